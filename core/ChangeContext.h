@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <set>
 
 namespace montala::core {
