@@ -11,6 +11,8 @@
 
 namespace montala::core {
 
+class VfxNameFilter;
+
 // An ordered list of shared events: the Old, New or Change EDL, or a scratch
 // list. It listens to every event it holds and reports their changes with
 // its own list kind. Operations that touch many events take the list out of
@@ -71,6 +73,20 @@ public:
     void offsetSrc(const Timecode& offset, bool add);
     bool canExtendToNeighbour(const EventPtr& event, bool toPrevious) const;
     void extendToNeighbour(const EventPtr& event, bool toPrevious);
+
+    // Writes the list as CMX text; a failure of the writer is thrown.
+    // (Defined with the writer.)
+    void saveEdl(const std::u16string& path) const;
+    // Heals the selected events of this list anew in the given mode; healed
+    // events among them are broken up into their parts first. The list ends
+    // sorted by DST IN and numbered. (Defined with the heal processing.)
+    void healEvents(const EventList& selection, const EventList& newList, int healMode);
+    // True if the selection is contiguous and healing it would change the
+    // number of events; this list is not touched.
+    bool canHealEvents(const EventList& selection, const EventList& newList, int healMode) const;
+    // Marks every event whose clip name (kind 1) or roll name (otherwise)
+    // matches the patterns as VFX.
+    void applyVfxPatterns(const VfxNameFilter& patterns, int kind);
 
     void changed(const ChangeContext& context) override;
 
