@@ -1,0 +1,33 @@
+#pragma once
+
+#include "core/CutEventBase.h"
+#include "core/EventBase.h"
+
+#include <memory>
+#include <vector>
+
+namespace montala::core {
+
+using CutEventPtr = std::shared_ptr<CutEventBase>;
+
+// The plan for one Change event: one piece per track that takes part. All
+// cuts of a run list their pieces in the same track order, so that the
+// pieces at one index of two cuts lie on the same track.
+class Cut {
+public:
+    Cut(EventPtr event, std::vector<CutEventPtr> pieces);
+
+    const EventPtr& getEvent() const { return event; }
+    const std::vector<CutEventPtr>& getPieces() const { return pieces; }
+    // The smallest dstStart of the pieces. Result::OutOfRange without pieces:
+    // such a cut has no place on the new timeline.
+    double getEarliestStart() const;
+
+private:
+    EventPtr event;
+    std::vector<CutEventPtr> pieces;
+};
+
+using CutPtr = std::shared_ptr<Cut>;
+
+} // namespace montala::core

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/Cut.h"
+#include "core/EventList.h"
+
+#include <map>
+#include <vector>
+
+namespace montala::core {
+
+// The cuts of one run in the order they were made, with their events in a
+// Change list of their own (shared, not copied).
+class CutList {
+public:
+    CutList() = default;
+    CutList(const CutList&) = delete;
+    CutList& operator=(const CutList&) = delete;
+
+    // A null cut is kept in its place (the run passes over it) and adds no
+    // event.
+    void append(const CutPtr& cut);
+    // Unchecked.
+    const CutPtr& getCut(size_t index) const { return cuts[index]; }
+    size_t size() const { return cuts.size(); }
+    const EventList& getEvents() const { return events; }
+
+    // The cuts by where they begin on the new timeline, earliest first. Of
+    // two cuts that begin at the very same position only the first made is
+    // taken: the detectors that walk neighbours see one of them.
+    std::map<double, CutPtr> getCutsByStart() const;
+
+private:
+    std::vector<CutPtr> cuts;
+    EventList events{EventList::ChangeKind};
+};
+
+} // namespace montala::core

@@ -1,0 +1,44 @@
+#include "core/InsertDetectAlgorithm.h"
+
+#include "core/CutList.h"
+#include "core/EventListIndex.h"
+#include "core/InformationContext.h"
+#include "util/Result.h"
+
+namespace montala::core {
+
+using util::Result;
+
+std::vector<InformationEntry> InsertDetectAlgorithm::detect(const CutList& cuts, const InformationContext& context,
+                                                            ProgressHandlerBase* progress)
+{
+    if (!context.newList)
+        throw Result::NotInitialized;
+    advance(progress, 1);
+    EventList changeEvents(EventList::ChangeKind);
+    for (size_t i = 0; i < cuts.size(); ++i) {
+        const CutPtr& cut = cuts.getCut(i);
+        if (cut && cut->getEvent())
+            changeEvents.addEvent(cut->getEvent());
+    }
+    const EventListIndex index(changeEvents, context.framerate);
+    advance(progress, 1);
+
+    std::vector<InformationEntry> entries;
+    const std::string label = translated(u"Insert") + ": ";
+    for (const EventPtr& event : context.newList->getEvents()) {
+        // An event whose timecodes do not fit the rate has no place to mark.
+        if (event->hasState(EventState::InvalidTimecode))
+            continue;
+        const double start = event->getDstIn().toSeconds(context.framerate);
+        const double end = event->getDstOut().toSeconds(context.framerate);
+        if (start > end)
+            throw Result::InvalidArgument;
+        for (const SecondsRange& gap : index.findDstGaps(SecondsRange(start, end)))
+            entries.push_back({gap.start, gap.end, label + eventName(*event, context), InformationKind::Insert});
+    }
+    advance(progress, 1);
+    return entries;
+}
+
+} // namespace montala::core

@@ -1,0 +1,176 @@
+#include "core/MontalerBase.h"
+
+#include "core/AutomationWarningDetectAlgorithm.h"
+#include "core/CutList.h"
+#include "core/EventList.h"
+#include "core/InsertDetectAlgorithm.h"
+#include "core/OverlapDetectAlgorithm.h"
+#include "core/ProgressHandlerBase.h"
+#include "core/RemainsDetectAlgorithm.h"
+#include "core/Settings.h"
+#include "core/SnippetAlgorithm.h"
+#include "core/TransitionDetectAlgorithm.h"
+#include "util/StringUtil.h"
+
+#include <cmath>
+
+namespace montala::core {
+
+using util::Result;
+using util::StringUtil;
+
+namespace {
+
+constexpr double positionTolerance = 2.6041666666666666e-6;
+
+void check(Result::Type code)
+{
+    if (code != Result::Ok)
+        throw code;
+}
+
+} // namespace
+
+void MontalerBase::buildArrangement(const EventList& events, CutList& cuts)
+{
+    check(clearWorkArea());
+    check(buildCuts(events, cuts));
+    SnippetContext snippetContext = getSnippetContext();
+    check(runSnippetAlgorithm(cuts, snippetContext));
+    check(applyCuts(cuts));
+}
+
+Result::Type MontalerBase::conform(const EventList& events)
+{
+    try {
+        {
+            CutList cuts;
+            buildArrangement(events, cuts);
+            const std::vector<InformationEntry> entries = collectInformation(cuts, getInformationContext());
+            check(generateMarkers(entries));
+        }
+        check(complete());
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type MontalerBase::preview(const EventList& events, size_t first, size_t last, bool showDestination)
+{
+    try {
+        CutList cuts;
+        buildArrangement(events, cuts);
+        if (events.getSize() == 0)
+            return Result::Ok;
+        const InformationContext context = getInformationContext();
+        std::vector<InformationEntry> entries = collectInformation(cuts, context);
+
+        // Only what reaches into the previewed stretch; an entry that merely
+        // touches one of its ends belongs to the neighbours.
+        //
+        //   previewed     S[=========]E
+        //   kept            [==]  [=====]
+        //   dropped   [==]S            E[==]
+        const double s = events.getEvent(0)->getDstIn().toSeconds(context.framerate);
+        const double e = events.getEvent(events.getSize() - 1)->getDstOut().toSeconds(context.framerate);
+        std::erase_if(entries, [s, e](const InformationEntry& entry) {
+            return s > entry.end || std::abs(entry.end - s) < positionTolerance || entry.start > e ||
+                   std::abs(entry.start - e) < positionTolerance;
+        });
+        check(generateMarkers(entries));
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type MontalerBase::deletePreview()
+{
+    return clearWorkArea();
+}
+
+Result::Type MontalerBase::buildCuts(const EventList& events, CutList& cuts)
+{
+    for (const EventPtr& event : events.getEvents()) {
+        if (!event || event->hasState(EventState::InvalidTimecode))
+            continue;
+        cuts.append(createCut(event));
+    }
+    return Result::Ok;
+}
+
+Result::Type MontalerBase::runSnippetAlgorithm(CutList& cuts, SnippetContext& context)
+{
+    try {
+        SnippetAlgorithm algorithm;
+        algorithm.process(cuts, context);
+    } catch (Result::Type code) {
+        return code;
+    }
+    return Result::Ok;
+}
+
+Result::Type MontalerBase::applyCuts(CutList& cuts)
+{
+    for (size_t i = 0; i < cuts.size(); ++i) {
+        const CutPtr& cut = cuts.getCut(i);
+        if (cut)
+            check(applyCut(*cut));
+    }
+    return Result::Ok;
+}
+
+std::vector<InformationEntry> MontalerBase::collectInformation(const CutList& cuts, const InformationContext& context)
+{
+    if (!context.settings)
+        throw Result::NotInitialized;
+    const Settings& settings = *context.settings;
+    std::vector<InformationEntry> entries;
+    const auto run = [&](MontalaInformationAlgorithm& detector, const char16_t* title) {
+        if (progress)
+            progress->setText(StringUtil::translate(title));
+        std::vector<InformationEntry> found = detector.detect(cuts, context, progress);
+        entries.insert(entries.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+    };
+
+    if (settings.getCreateInsertMarkers()) {
+        InsertDetectAlgorithm detector;
+        run(detector, u"Insert Markers");
+    }
+    if (settings.getCreateTransitionMarkers()) {
+        TransitionDetectAlgorithm detector;
+        run(detector, u"Dissolve/Wipe Markers");
+    }
+    if (settings.getCreateSnippetMarkers()) {
+        RemainsDetectAlgorithm detector;
+        run(detector, u"Audio Snippet Markers");
+    }
+    if (settings.getCreateAutomationWarningMarkers()) {
+        AutomationWarningDetectAlgorithm detector;
+        run(detector, u"Automation Warning Markers");
+    }
+    if (settings.getCreateOverlapMarkers()) {
+        OverlapDetectAlgorithm detector;
+        run(detector, u"Overlap Markers");
+    }
+    return entries;
+}
+
+int64_t MontalerBase::countSteps(int64_t eventCount, const Settings& settings, int64_t trackCount)
+{
+    int64_t steps = 0;
+    if (settings.getCreateInsertMarkers())
+        steps += InsertDetectAlgorithm().getStepCount(eventCount, trackCount);
+    if (settings.getCreateTransitionMarkers())
+        steps += TransitionDetectAlgorithm().getStepCount(eventCount, trackCount);
+    if (settings.getCreateSnippetMarkers())
+        steps += RemainsDetectAlgorithm().getStepCount(eventCount, trackCount);
+    if (settings.getCreateAutomationWarningMarkers())
+        steps += AutomationWarningDetectAlgorithm().getStepCount(eventCount, trackCount);
+    if (settings.getCreateOverlapMarkers())
+        steps += OverlapDetectAlgorithm().getStepCount(eventCount, trackCount);
+    return steps;
+}
+
+} // namespace montala::core

@@ -1,0 +1,79 @@
+#include "core/TransitionDetectAlgorithm.h"
+
+#include "core/CutList.h"
+#include "core/EventListIndex.h"
+#include "core/InformationContext.h"
+#include "util/Result.h"
+
+#include <algorithm>
+
+namespace montala::core {
+
+using util::Result;
+
+namespace {
+
+std::vector<EventPtr> transitionsOf(const EventList& list)
+{
+    std::vector<EventPtr> found;
+    for (const EventPtr& event : list.getEvents()) {
+        const int type = event->getTransitionType();
+        if ((type == EventBase::Dissolve || type == EventBase::Wipe) &&
+            !event->hasState(EventState::InvalidTimecode))
+            found.push_back(event);
+    }
+    return found;
+}
+
+const char* letterOf(int transitionType)
+{
+    switch (transitionType) {
+    case EventBase::Dissolve:
+        return "D";
+    case EventBase::Wipe:
+        return "W";
+    default:
+        return "C";
+    }
+}
+
+} // namespace
+
+std::vector<InformationEntry> TransitionDetectAlgorithm::detect(const CutList& cuts,
+                                                                const InformationContext& context,
+                                                                ProgressHandlerBase* progress)
+{
+    if (!context.oldList || !context.newList)
+        throw Result::NotInitialized;
+    const Framerate& rate = context.framerate;
+    const std::vector<EventPtr> oldTransitions = transitionsOf(*context.oldList);
+    std::vector<EventPtr> newTransitions = transitionsOf(*context.newList);
+
+    std::erase_if(newTransitions, [&](const EventPtr& event) {
+        return std::any_of(oldTransitions.begin(), oldTransitions.end(), [&](const EventPtr& old) {
+            return old->getDstIn() == event->getDstIn() && old->getDstOut() == event->getDstOut();
+        });
+    });
+    advance(progress, 1);
+
+    const EventListIndex index(cuts.getEvents(), rate);
+    std::erase_if(newTransitions, [&](const EventPtr& event) {
+        return index.isInsideOneEvent(SecondsRange(event->getDstIn().toSeconds(rate), event->getDstOut().toSeconds(rate)));
+    });
+    advance(progress, 1);
+
+    std::vector<InformationEntry> entries;
+    for (const EventPtr& event : newTransitions) {
+        Timecode duration;
+        duration.fromFrames(event->getTransitionDuration(), rate);
+        const double start = event->getDstIn().toSeconds(rate);
+        entries.push_back({start, start + duration.toSeconds(rate),
+                           std::string(letterOf(event->getTransitionType())) + " " +
+                               std::to_string(event->getEventNumber()) + " " + eventName(*event, context),
+                           InformationKind::Transition});
+    }
+    advance(progress, 1);
+    return entries;
+}
+
+} // namespace montala::core
