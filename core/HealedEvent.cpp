@@ -1,6 +1,7 @@
 #include "core/HealedEvent.h"
 
 #include "core/serialize/SerializationTree.h"
+#include "util/Result.h"
 
 namespace montala::core {
 
@@ -30,8 +31,32 @@ void HealedEvent::addHealedEvent(const EventPtr& event)
     computeMotionSpeed();
 }
 
+namespace {
+
+// Healing breaks healed events up into their parts, so nothing Montala
+// writes nests them; a damaged or hostile block could, deep enough to
+// exhaust the stack. The bound is far above any real use.
+constexpr int maxStoredNesting = 32;
+thread_local int storedNesting = 0;
+
+class StoredNestingGuard {
+public:
+    StoredNestingGuard()
+    {
+        if (storedNesting >= maxStoredNesting)
+            throw util::Result::BadStoredData;
+        ++storedNesting;
+    }
+    ~StoredNestingGuard() { --storedNesting; }
+    StoredNestingGuard(const StoredNestingGuard&) = delete;
+    StoredNestingGuard& operator=(const StoredNestingGuard&) = delete;
+};
+
+} // namespace
+
 void HealedEvent::readCurrent(serialize::SerializationTree& tree)
 {
+    StoredNestingGuard guard;
     EventBase::readCurrent(tree);
     tree.readObject(healedEvents);
 }
@@ -44,6 +69,7 @@ void HealedEvent::write(serialize::SerializationTree& tree) const
 
 void HealedEvent::readOld(serialize::SerializationTree& tree, uint32_t storedVersion)
 {
+    StoredNestingGuard guard;
     EventBase::readOld(tree, storedVersion);
     tree.readObject(healedEvents);
 }
