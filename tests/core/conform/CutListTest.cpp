@@ -1,0 +1,63 @@
+#include "ConformFixture.h"
+
+#include "util/Result.h"
+
+#include <gtest/gtest.h>
+
+using namespace montala::core;
+using montala::util::Result;
+
+namespace montala::test {
+namespace {
+
+class CutListTest : public ConformFixture {
+protected:
+    CutPtr cutAt(const EventPtr& made, std::initializer_list<double> starts)
+    {
+        std::vector<CutEventPtr> pieces;
+        for (double start : starts)
+            pieces.push_back(std::make_shared<FakeCutEvent>(track, host.audioInfoQueries, 0.0, 1.0, start, start + 1.0));
+        return std::make_shared<Cut>(made, std::move(pieces));
+    }
+
+    FakeTrack& track = host.addTrack("Dia 1");
+};
+
+TEST_F(CutListTest, EarliestStartIsTheSmallestDestinationAndNeedsPieces)
+{
+    const EventPtr made = event("10:00:00:00", "10:00:01:00", "10:00:00:00", "10:00:01:00");
+    EXPECT_DOUBLE_EQ(cutAt(made, {40.0, 12.5, 30.0})->getEarliestStart(), 12.5);
+    EXPECT_THROW(cutAt(made, {})->getEarliestStart(), Result::Type);
+    try {
+        cutAt(made, {})->getEarliestStart();
+    } catch (Result::Type code) {
+        EXPECT_EQ(code, Result::OutOfRange);
+    }
+}
+
+TEST_F(CutListTest, KeepsOrderOfCreationAndSortsByStartKeepingTheFirstOfEqualStarts)
+{
+    const EventPtr a = event("10:00:00:00", "10:00:01:00", "10:00:00:00", "10:00:01:00");
+    const EventPtr b = event("10:00:01:00", "10:00:02:00", "10:00:01:00", "10:00:02:00");
+    const EventPtr c = event("10:00:02:00", "10:00:03:00", "10:00:02:00", "10:00:03:00");
+    const CutPtr late = cutAt(a, {20.0});
+    const CutPtr early = cutAt(b, {10.0});
+    const CutPtr sameAsEarly = cutAt(c, {10.0});
+    cuts.append(late);
+    cuts.append(nullptr);
+    cuts.append(early);
+    cuts.append(sameAsEarly);
+
+    ASSERT_EQ(cuts.size(), 4u);
+    EXPECT_EQ(cuts.getCut(0), late);
+    EXPECT_EQ(cuts.getCut(1), nullptr) << "a null cut keeps its place";
+    EXPECT_EQ(cuts.getEvents().getEvents(), (std::vector<EventPtr>{a, b, c})) << "and adds no event";
+
+    const auto byStart = cuts.getCutsByStart();
+    ASSERT_EQ(byStart.size(), 2u);
+    EXPECT_EQ(byStart.begin()->second, early) << "the first cut made wins an equal start";
+    EXPECT_EQ(std::next(byStart.begin())->second, late);
+}
+
+} // namespace
+} // namespace montala::test
