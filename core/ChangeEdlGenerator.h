@@ -1,0 +1,91 @@
+#pragma once
+
+#include "core/EventBase.h"
+#include "core/EventList.h"
+#include "core/MatchCandidate.h"
+#include "core/Settings.h"
+#include "core/VfxNameFilter.h"
+
+#include <list>
+#include <string>
+#include <vector>
+
+namespace montala::core {
+
+// Works out the Change EDL from the Old and the New EDL. Source timecode is
+// the common ground: an Old and a New event show the same picture where
+// their match keys are equal and their source ranges overlap. Each such
+// overlap becomes one Change event whose SRC is the stretch of the old
+// record timeline and whose DST the stretch of the new one:
+//
+//   Old  src 01:00:00 |=========A=========| 01:00:10   at rec 10:00:00
+//   New  src      01:00:02 |===A===| 01:00:08           at rec 10:00:20
+//   Change         SRC 10:00:02-10:00:08  DST 10:00:20-10:00:26
+//
+// New picture found nowhere in the Old EDL gives no event (a hole), and
+// neither does Old picture that is gone.
+//
+// Rivals: when a source was used twice in the Old EDL, one New event gets
+// two candidates for the same source frames. The longer candidate stays;
+// of two equally long ones, the one whose time shift lies nearer to that of
+// the event emitted last, which keeps a moved run of shots together. On an
+// exact tie the candidate met later in the walk stays. A loser goes whole,
+// even where the winner does not cover all of it:
+//
+//   New source   |-------------------|
+//   candidate X  |======|                 (shorter: deleted whole)
+//   candidate Y      |===============|
+//   result       hole|===============|
+//
+// Transitions: the incoming clip of a dissolve or wipe is split into the
+// mixed part under the transition (named TRANS_<in>--<out>_<tc>_<tc>) and
+// the clean rest, so each matches on its own; an unchanged transition is
+// joined again at the end:
+//
+//   line 2  A  cut       rec 10:00:10:00-10:00:10:00
+//   line 3  B  diss 25   rec 10:00:10:00-10:00:15:00
+//   split   TRANS_B--A_...  10:00:10:00-10:00:11:00 | B 10:00:11:00-10:00:15:00
+//   merged  B               10:00:10:00-10:00:15:00
+//
+// The input lists are never touched; the work is done on deep copies and
+// every event placed in the change list is new. Failures are thrown as
+// Result::Type (OutOfRange when arithmetic leaves the day).
+class ChangeEdlGenerator {
+public:
+    // Takes the match name and the active, non-empty VFX rows. A row with a
+    // character that is not allowed throws Result::InvalidArgument.
+    void configure(MatchName rule, const std::vector<VfxPatternEntry>& vfxPatterns);
+
+    // Replaces the change list by the generated events. Returns 0; every
+    // failure is thrown.
+    int generate(const EventList& oldList, const EventList& newList, EventList& changeList);
+
+    // Splits every dissolve or wipe of the list into the part under the
+    // transition, appended behind all other events, and the clean rest.
+    void splitTransitions(EventList& list) const;
+    // The normalised name the rule compares; changedByVfx tells whether the
+    // VFX patterns changed it.
+    std::string matchKey(const EventBase& event, bool& changedByVfx) const;
+    bool tryMatch(const EventBase& oldEvent, const EventBase& newEvent, MatchCandidate& candidate) const;
+    // The overlap of the ranges a and b, with the offset of its start from
+    // each range's start. Ranges that only touch do not overlap; the
+    // outputs are left alone then.
+    static bool computeOverlap(const Timecode& aIn, const Timecode& aOut, const Timecode& bIn,
+                               const Timecode& bOut, Timecode& aOffset, Timecode& bOffset,
+                               Timecode& length);
+    // Joins the part under a transition with the clean rest that follows it
+    // on both timelines, and clears every transition type.
+    void mergeTransitions(EventList& changeList) const;
+
+    MatchName getMatchName() const { return matchName; }
+    const VfxNameFilter& getVfxFilter() const { return vfxFilter; }
+
+private:
+    void prune(std::list<MatchCandidate>& candidates, double lastShift) const;
+    const std::string& nameOf(const EventBase& event) const;
+
+    MatchName matchName = MatchName::RollName;
+    VfxNameFilter vfxFilter;
+};
+
+} // namespace montala::core
