@@ -1,0 +1,39 @@
+#pragma once
+
+#include "kelmar/IAlertService.h"
+#include "sim/SimBase.h"
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace montala::sim {
+
+// The message box. It keeps every message shown and answers with the buttons
+// a test has queued, the first button when none is queued.
+class SimAlertService : public SimBase, public Kelmar::IAlertService {
+public:
+    struct Alert {
+        std::u16string message;
+        std::optional<std::u16string> title;
+        std::optional<std::u16string> firstButton;
+        std::optional<std::u16string> secondButton;
+    };
+
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+
+    Kelmar::int32 show(const Kelmar::char16* message, const Kelmar::char16* title, const Kelmar::char16* firstButton,
+                       const Kelmar::char16* secondButton) override;
+
+    void queueAnswer(Kelmar::int32 button) { answers.push_back(button); }
+    const std::vector<Alert>& shown() const { return alerts; }
+    void clear() { alerts.clear(); }
+
+private:
+    std::vector<Alert> alerts;
+    std::deque<Kelmar::int32> answers;
+};
+
+} // namespace montala::sim

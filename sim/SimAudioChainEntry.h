@@ -1,0 +1,36 @@
+#pragma once
+
+#include "kelmar/IAudioChainEntry.h"
+#include "sim/SimBase.h"
+#include "sim/SimObject.h"
+
+#include <memory>
+
+namespace montala::sim {
+
+// One entry of a track's audio chain: the track's audio events, those in parts
+// included, in time order as they were when the chain was asked for.
+class SimAudioChainEntry : public SimBase, public Kelmar::IAudioChainEntry {
+public:
+    using Chain = std::shared_ptr<const SimObject::List>;
+
+    SimAudioChainEntry(Chain chain, std::size_t index);
+
+    // The chain of an audio track, in time order; layers at the same start
+    // keep their order.
+    static SimObject::List chainOf(SimObject& track);
+
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+
+    Kelmar::IProjectObject* getObject() override;
+    Kelmar::IAudioChainEntry* next(Kelmar::int32 flags) override;
+    double getStart() override;
+    double getEnd() override;
+
+private:
+    Chain chain;
+    std::size_t index;
+};
+
+} // namespace montala::sim

@@ -1,0 +1,130 @@
+#include "sim/SimEditGroup.h"
+
+namespace montala::sim {
+
+namespace {
+
+std::optional<Kelmar::FVariant> attributeOf(const SimObject& object, const std::string& name)
+{
+    const auto found = object.attributes().find(name);
+    if (found == object.attributes().end())
+        return std::nullopt;
+    return found->second;
+}
+
+} // namespace
+
+SimEditGroup::~SimEditGroup()
+{
+    // The host drops a group for good only here; its steps are told so.
+    for (auto& record : records)
+        if (record.type == Record::Type::Step)
+            record.step->discard();
+}
+
+void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& before)
+{
+    Record record;
+    record.type = Record::Type::Fields;
+    record.object = Kelmar::shared(&object);
+    record.fieldsBefore = before;
+    records.push_back(std::move(record));
+}
+
+void SimEditGroup::recordList(SimObject& object, const SimObject::List& before, bool automationList)
+{
+    Record record;
+    record.type = automationList ? Record::Type::Automation : Record::Type::Children;
+    record.object = Kelmar::shared(&object);
+    record.listBefore = before;
+    records.push_back(std::move(record));
+}
+
+void SimEditGroup::recordAttribute(SimObject& object, const std::string& name, const Kelmar::FVariant* before)
+{
+    Record record;
+    record.type = Record::Type::Attribute;
+    record.object = Kelmar::shared(&object);
+    record.name = name;
+    if (before)
+        record.attributeBefore = *before;
+    records.push_back(std::move(record));
+}
+
+void SimEditGroup::addStep(Kelmar::IEditStep* step)
+{
+    Record record;
+    record.type = Record::Type::Step;
+    record.step = Kelmar::shared(step);
+    records.push_back(std::move(record));
+}
+
+void SimEditGroup::noteChanged(SimObject& object)
+{
+    for (SimObject* node = &object; node; node = node->parent()) {
+        if (!node->contentChanged) {
+            node->contentChanged = true;
+            marked.push_back(Kelmar::shared(node));
+        }
+    }
+}
+
+void SimEditGroup::clearChangeMarks()
+{
+    for (auto& node : marked)
+        node->contentChanged = false;
+    marked.clear();
+}
+
+void SimEditGroup::markAll()
+{
+    for (auto& record : records)
+        if (record.object)
+            noteChanged(*record.object);
+}
+
+void SimEditGroup::undo()
+{
+    for (auto it = records.rbegin(); it != records.rend(); ++it) {
+        Record& r = *it;
+        switch (r.type) {
+        case Record::Type::Fields:
+            r.fieldsAfter = r.object->get();
+            r.object->restoreFields(r.fieldsBefore);
+            break;
+        case Record::Type::Children:
+        case Record::Type::Automation: {
+            const bool automation = r.type == Record::Type::Automation;
+            r.listAfter = automation ? r.object->automation() : r.object->children();
+            r.object->restoreChildren(r.listBefore, automation);
+            break;
+        }
+        case Record::Type::Attribute:
+            r.attributeAfter = attributeOf(*r.object, r.name);
+            r.object->restoreAttribute(r.name, r.attributeBefore ? &*r.attributeBefore : nullptr);
+            break;
+        case Record::Type::Step: r.step->undo(); break;
+        }
+    }
+    markAll();
+}
+
+void SimEditGroup::redo()
+{
+    for (Record& r : records) {
+        switch (r.type) {
+        case Record::Type::Fields: r.object->restoreFields(r.fieldsAfter); break;
+        case Record::Type::Children:
+        case Record::Type::Automation:
+            r.object->restoreChildren(r.listAfter, r.type == Record::Type::Automation);
+            break;
+        case Record::Type::Attribute:
+            r.object->restoreAttribute(r.name, r.attributeAfter ? &*r.attributeAfter : nullptr);
+            break;
+        case Record::Type::Step: r.step->redo(); break;
+        }
+    }
+    markAll();
+}
+
+} // namespace montala::sim

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "kelmar/FVariant.h"
+#include "kelmar/IEditStep.h"
+#include "kelmar/IPtr.h"
+#include "sim/SimObject.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace montala::sim {
+
+// One undo group: every change of a project made between opening and closing
+// it, in order, and the plug-in's edit steps among them. Undo walks the
+// records backwards and puts back each value as it was before its change;
+// redo walks forwards and puts back what undo found.
+class SimEditGroup {
+public:
+    SimEditGroup() = default;
+    SimEditGroup(const SimEditGroup&) = delete;
+    SimEditGroup& operator=(const SimEditGroup&) = delete;
+    ~SimEditGroup();
+
+    void recordFields(SimObject& object, const SimObject::Fields& before);
+    void recordList(SimObject& object, const SimObject::List& before, bool automationList);
+    void recordAttribute(SimObject& object, const std::string& name, const Kelmar::FVariant* before);
+    void addStep(Kelmar::IEditStep* step);
+
+    // Marks a changed node and the nodes above it (IProjectObject::kContentChanged).
+    void noteChanged(SimObject& object);
+    // Clears the marks of this group.
+    void clearChangeMarks();
+
+    void undo();
+    void redo();
+
+    bool isEmpty() const { return records.empty(); }
+    std::size_t recordCount() const { return records.size(); }
+
+    std::u16string title;
+    // The project the group's changes belong to: the first one recorded.
+    SimProject* project = nullptr;
+    // The edit hook is called at closing even when nothing was recorded, e.g.
+    // after a change of selection or an undo.
+    bool notifyAlways = false;
+
+private:
+    // One change: which values of which node, as they were before it and,
+    // once undone, as they were after it.
+    struct Record {
+        enum class Type { Fields, Children, Automation, Attribute, Step };
+        Type type = Type::Fields;
+        Kelmar::IPtr<SimObject> object;
+        SimObject::Fields fieldsBefore;
+        SimObject::Fields fieldsAfter;
+        SimObject::List listBefore;
+        SimObject::List listAfter;
+        std::string name;
+        std::optional<Kelmar::FVariant> attributeBefore;
+        std::optional<Kelmar::FVariant> attributeAfter;
+        Kelmar::IPtr<Kelmar::IEditStep> step;
+    };
+
+    void markAll();
+
+    std::vector<Record> records;
+    std::vector<Kelmar::IPtr<SimObject>> marked;
+};
+
+} // namespace montala::sim

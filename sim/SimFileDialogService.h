@@ -1,0 +1,47 @@
+#pragma once
+
+#include "kelmar/IFileDialogService.h"
+#include "sim/SimBase.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace montala::sim {
+
+// The file dialog. It keeps every call and answers with the results a test
+// has queued; with none queued the user cancels.
+class SimFileDialogService : public SimBase, public Kelmar::IFileDialogService {
+public:
+    struct Call {
+        std::u16string title;
+        std::vector<FileFilter> filters;
+        std::u16string startPath;
+        Kelmar::int32 flags = 0;
+    };
+
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+
+    Kelmar::tresult runFileDialog(const Kelmar::char16* title, const FileFilter* filters, Kelmar::int32 filterCount,
+                                  Kelmar::IPath* startPath, Kelmar::IObjectList* results, Kelmar::int32 flags) override;
+
+    // The user picks these files (an empty list: picks nothing but confirms).
+    void queueChoice(std::vector<std::u16string> paths) { answers.push_back({Kelmar::kResultOk, std::move(paths)}); }
+    void queueCancel() { answers.push_back({Kelmar::kResultFalse, {}}); }
+    // The host fails with this code.
+    void queueFailure(Kelmar::tresult code) { answers.push_back({code, {}}); }
+
+    const std::vector<Call>& calls() const { return log; }
+
+private:
+    struct Answer {
+        Kelmar::tresult result;
+        std::vector<std::u16string> paths;
+    };
+
+    std::vector<Call> log;
+    std::deque<Answer> answers;
+};
+
+} // namespace montala::sim

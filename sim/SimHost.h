@@ -1,0 +1,127 @@
+#pragma once
+
+#include "kelmar/IHostServices.h"
+#include "kelmar/IPtr.h"
+#include "sim/SimBase.h"
+
+#include <memory>
+#include <string>
+
+namespace Kelmar {
+class IPluginBase;
+class IPluginFactory;
+} // namespace Kelmar
+
+namespace montala::sim {
+
+class SimActionManager;
+class SimAlertService;
+class SimApplicationState;
+class SimClassFactory;
+class SimDependencyRegistry;
+class SimEditGroup;
+class SimFileDialogService;
+class SimMenuRegistry;
+class SimProgressService;
+class SimProject;
+class SimProjectManager;
+class SimSkinService;
+class SimTransport;
+class SimTranslationService;
+class SimWindowRegistry;
+
+// The simulated host: the context a plug-in is initialized with. It owns the
+// project manager and every service, and the one undo group that is open at
+// a time.
+//
+// getService hands out the shared services, and for IProjectEdit and
+// IRangeEdit (one object answering both), IObjectList, IStorage, IPath,
+// IPointMarker, IRangeMarker, IAutomationPoint and IAutomationCurvePoint a new
+// object for each call.
+class SimHost : public SimBase, public Kelmar::IHostServices {
+public:
+    static Kelmar::IPtr<SimHost> create();
+    ~SimHost() override;
+
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+    const char* isA() const override { return "SimHost"; }
+
+    Kelmar::tresult getService(const Kelmar::FUID& iid, void** service) override;
+
+    SimProjectManager& projectManager() const { return *manager; }
+    SimApplicationState& applicationState() const { return *appState; }
+    SimDependencyRegistry& dependencies() const { return *dependencyRegistry; }
+    SimTransport& transport() const { return *transportService; }
+    SimProgressService& progress() const { return *progressService; }
+    SimAlertService& alerts() const { return *alertService; }
+    SimFileDialogService& fileDialogs() const { return *fileDialogService; }
+    SimTranslationService& translation() const { return *translationService; }
+    SimSkinService& skins() const { return *skinService; }
+    SimMenuRegistry& menus() const { return *menuRegistry; }
+    SimActionManager& actionManager() const { return *actions; }
+    SimWindowRegistry& windows() const { return *windowRegistry; }
+    SimClassFactory& classFactory() const { return *factory; }
+
+    // ---- Undo groups
+    // The open group; a change made with none open opens an implicit one.
+    SimEditGroup& group();
+    bool isGroupOpen() const { return openGroup != nullptr; }
+    void beginGroup();
+    // Closes the group at the outermost level: the edit hooks of the
+    // project's notifications are called while it is still open (their
+    // changes join it), then it goes on the project's undo list.
+    Kelmar::tresult endGroup(SimProject* project, std::u16string title);
+    // Undo and redo of the project's last group; the edit hooks hear of it.
+    bool undo(SimProject& project);
+    bool redo(SimProject& project);
+    // A user's change that is no edit, such as a selection: only the hooks
+    // hear of it.
+    void notifyEdited(SimProject& project);
+
+    // ---- Resources of modules (translation tables, skins)
+    void setResourceFolder(std::string folder) { resources = std::move(folder); }
+    std::string resourcePath(const std::string& resource) const;
+
+    // ---- The run loop
+    void runIdle(int turns = 1);
+
+    // ---- A plug-in module
+    // Creates the factory's first class of category "Service" and initializes
+    // it with this host. False when there is none or it refuses.
+    bool loadPlugin(Kelmar::IPluginFactory* factory);
+    // Terminates and releases the plug-in.
+    void unloadPlugin();
+    Kelmar::IPluginBase* plugin() const { return pluginObject.get(); }
+
+    // Closes every project and releases the plug-in and all the services
+    // hold, so that nothing is left when the last reference goes.
+    void shutdown();
+
+private:
+    SimHost();
+    void callEditHooks(SimProject& project);
+
+    Kelmar::IPtr<SimProjectManager> manager;
+    Kelmar::IPtr<SimApplicationState> appState;
+    Kelmar::IPtr<SimDependencyRegistry> dependencyRegistry;
+    Kelmar::IPtr<SimTransport> transportService;
+    Kelmar::IPtr<SimProgressService> progressService;
+    Kelmar::IPtr<SimAlertService> alertService;
+    Kelmar::IPtr<SimFileDialogService> fileDialogService;
+    Kelmar::IPtr<SimTranslationService> translationService;
+    Kelmar::IPtr<SimSkinService> skinService;
+    Kelmar::IPtr<SimMenuRegistry> menuRegistry;
+    Kelmar::IPtr<SimActionManager> actions;
+    Kelmar::IPtr<SimWindowRegistry> windowRegistry;
+    Kelmar::IPtr<SimClassFactory> factory;
+
+    std::unique_ptr<SimEditGroup> openGroup;
+    int depth = 0;
+    bool closing = false;
+
+    std::string resources = ".";
+    Kelmar::IPtr<Kelmar::IPluginBase> pluginObject;
+};
+
+} // namespace montala::sim

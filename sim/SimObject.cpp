@@ -1,0 +1,663 @@
+#include "sim/SimObject.h"
+
+#include "kelmar/IStorage.h"
+#include "sim/SimAudioChainEntry.h"
+#include "sim/SimEditGroup.h"
+#include "sim/SimMediaPool.h"
+#include "sim/SimObjectIterator.h"
+#include "sim/SimPoolClip.h"
+#include "sim/SimProject.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+namespace {
+
+bool same(const char8* a, const char* b)
+{
+    return a && std::strcmp(a, b) == 0;
+}
+
+// A copy that owns its payload, as attributes are kept and handed out.
+FVariant ownedCopy(const FVariant& value)
+{
+    FVariant copy;
+    if (value.isString8())
+        copy.setString8(value.getString8(), true);
+    else if (value.isString16())
+        copy.setString16(value.getString16(), true);
+    else if (value.isObject())
+        copy.setObject(value.getObject(), true);
+    else
+        copy = value;
+    return copy;
+}
+
+bool isPointKind(ObjectKind kind)
+{
+    return kind == ObjectKind::PointMarker || kind == ObjectKind::AutomationPoint;
+}
+
+} // namespace
+
+const char* kindName(ObjectKind kind)
+{
+    switch (kind) {
+    case ObjectKind::Project: return "project";
+    case ObjectKind::Folder: return "folder";
+    case ObjectKind::AudioTrack: return "audio";
+    case ObjectKind::VideoTrack: return "video";
+    case ObjectKind::MarkerTrack: return "marker";
+    case ObjectKind::RulerTrack: return "ruler";
+    case ObjectKind::AutomationTrack: return "automation";
+    case ObjectKind::AutomationPoint: return "point";
+    case ObjectKind::AudioEvent: return "audio";
+    case ObjectKind::Part: return "part";
+    case ObjectKind::VideoEvent: return "video";
+    case ObjectKind::PointMarker: return "point";
+    case ObjectKind::RangeMarker: return "range";
+    }
+    return "?";
+}
+
+SimObject* simObject(FUnknown* object)
+{
+    return dynamic_cast<SimObject*>(object);
+}
+
+IPtr<SimObject> SimObject::create(ObjectKind kind)
+{
+    return owned(new SimObject(kind));
+}
+
+SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
+
+SimObject::~SimObject()
+{
+    if (owner)
+        owner->unregisterNode(this);
+}
+
+tresult SimObject::queryInterface(const FUID& iid, void** obj)
+{
+    if (!obj)
+        return kInvalidArgument;
+    if (answerInterface<IProjectObject>(this, iid, obj))
+        return kResultOk;
+    if (iid == FUnknown::iid) {
+        *obj = static_cast<IProjectObject*>(this);
+        addRef();
+        return kResultOk;
+    }
+    bool answered = false;
+    if (isTrack())
+        answered = answerInterface<ITrack>(this, iid, obj)
+                   || (objectKind == ObjectKind::MarkerTrack && answerInterface<IMarkerTrack>(this, iid, obj));
+    switch (objectKind) {
+    case ObjectKind::AudioEvent: answered = answerInterface<IAudioChainEvent>(this, iid, obj); break;
+    case ObjectKind::VideoEvent: answered = answerInterface<IVideoEvent>(this, iid, obj); break;
+    case ObjectKind::PointMarker: answered = answerInterface<IPointMarker>(this, iid, obj); break;
+    case ObjectKind::RangeMarker: answered = answerInterface<IRangeMarker>(this, iid, obj); break;
+    case ObjectKind::AutomationTrack: answered = answerInterface<IAutomationTrack>(this, iid, obj); break;
+    case ObjectKind::AutomationPoint:
+        answered = answerInterface<IAutomationPoint>(this, iid, obj)
+                   || answerInterface<IAutomationCurvePoint>(this, iid, obj);
+        break;
+    default: break;
+    }
+    if (answered)
+        return kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+// ---- What the node is
+
+bool SimObject::isTrack() const
+{
+    switch (objectKind) {
+    case ObjectKind::Folder:
+    case ObjectKind::AudioTrack:
+    case ObjectKind::VideoTrack:
+    case ObjectKind::MarkerTrack:
+    case ObjectKind::RulerTrack: return true;
+    default: return false;
+    }
+}
+
+bool SimObject::isContentTrack() const
+{
+    return objectKind == ObjectKind::AudioTrack || objectKind == ObjectKind::VideoTrack
+           || objectKind == ObjectKind::MarkerTrack;
+}
+
+bool SimObject::isTimed() const
+{
+    switch (objectKind) {
+    case ObjectKind::AutomationPoint:
+    case ObjectKind::AudioEvent:
+    case ObjectKind::Part:
+    case ObjectKind::VideoEvent:
+    case ObjectKind::PointMarker:
+    case ObjectKind::RangeMarker: return true;
+    default: return false;
+    }
+}
+
+bool SimObject::accepts(ObjectKind child) const
+{
+    const bool childIsTrack = child == ObjectKind::Folder || child == ObjectKind::AudioTrack
+                              || child == ObjectKind::VideoTrack || child == ObjectKind::MarkerTrack
+                              || child == ObjectKind::RulerTrack;
+    switch (objectKind) {
+    case ObjectKind::Project:
+    case ObjectKind::Folder: return childIsTrack;
+    case ObjectKind::AudioTrack: return child == ObjectKind::AudioEvent || child == ObjectKind::Part;
+    case ObjectKind::Part: return child == ObjectKind::AudioEvent;
+    case ObjectKind::VideoTrack: return child == ObjectKind::VideoEvent;
+    case ObjectKind::MarkerTrack: return child == ObjectKind::PointMarker || child == ObjectKind::RangeMarker;
+    case ObjectKind::AutomationTrack: return child == ObjectKind::AutomationPoint;
+    default: return false;
+    }
+}
+
+bool SimObject::isKind(const char8* kind)
+{
+    if (!kind)
+        return false;
+    if (same(kind, "track"))
+        return isTrack();
+    if (same(kind, "audio"))
+        return objectKind == ObjectKind::AudioTrack || objectKind == ObjectKind::AudioEvent;
+    if (same(kind, "video"))
+        return objectKind == ObjectKind::VideoTrack || objectKind == ObjectKind::VideoEvent;
+    if (same(kind, "marker"))
+        return objectKind == ObjectKind::MarkerTrack || objectKind == ObjectKind::PointMarker
+               || objectKind == ObjectKind::RangeMarker;
+    if (same(kind, "folder"))
+        return objectKind == ObjectKind::Folder;
+    if (same(kind, "ruler"))
+        return objectKind == ObjectKind::RulerTrack;
+    if (same(kind, "part"))
+        return objectKind == ObjectKind::Part;
+    if (same(kind, "range"))
+        return objectKind == ObjectKind::RangeMarker;
+    if (same(kind, "automation"))
+        return objectKind == ObjectKind::AutomationTrack;
+    if (same(kind, "point"))
+        return objectKind == ObjectKind::AutomationPoint;
+    if (same(kind, "project"))
+        return objectKind == ObjectKind::Project;
+    return false;
+}
+
+SimObject* SimObject::track()
+{
+    for (SimObject* node = this; node; node = node->parentNode)
+        if (node->isTrack())
+            return node;
+    return nullptr;
+}
+
+bool SimObject::isLockedContent()
+{
+    SimObject* holder = track();
+    return holder && holder->fields.locked && holder->objectKind != ObjectKind::Folder;
+}
+
+double SimObject::timelineStart() const
+{
+    if (parentNode && parentNode->objectKind == ObjectKind::Part)
+        return parentNode->fields.start + fields.start;
+    return fields.start;
+}
+
+double SimObject::timelineEnd() const
+{
+    if (parentNode && parentNode->objectKind == ObjectKind::Part)
+        return parentNode->fields.start + fields.end;
+    return fields.end;
+}
+
+bool SimObject::isInProject() const
+{
+    const SimObject* root = this;
+    while (root->parentNode)
+        root = root->parentNode;
+    return owner && root == static_cast<const SimObject*>(owner);
+}
+
+Kelmar::int32 SimObject::getFlags()
+{
+    int32 flags = 0;
+    if (!isInProject())
+        flags |= kLeftProject;
+    if (contentChanged)
+        flags |= kContentChanged;
+    return flags;
+}
+
+// ---- Recording
+
+void SimObject::noteFieldsChange()
+{
+    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+        group->recordFields(*this, fields);
+        group->noteChanged(*this);
+    }
+}
+
+void SimObject::noteListChange(bool automation)
+{
+    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+        group->recordList(*this, automation ? automationList : childList, automation);
+        group->noteChanged(*this);
+    }
+}
+
+void SimObject::setFields(const Fields& values)
+{
+    if (values == fields)
+        return;
+    noteFieldsChange();
+    fields = values;
+}
+
+tresult SimObject::changeFields(const Fields& values)
+{
+    setFields(values);
+    return kResultOk;
+}
+
+void SimObject::setListParents(const List& list)
+{
+    for (const auto& child : list) {
+        child->parentNode = this;
+        if (child->owner != owner)
+            child->bindTo(owner);
+    }
+}
+
+void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
+{
+    if (!child || child->parentNode)
+        return;
+    noteListChange(false);
+    index = std::min(index, childList.size());
+    child->parentNode = this;
+    child->bindTo(owner);
+    childList.insert(childList.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
+}
+
+void SimObject::appendChild(IPtr<SimObject> child)
+{
+    insertChild(std::move(child), childList.size());
+}
+
+void SimObject::insertPoint(IPtr<SimObject> point)
+{
+    const double time = point->fields.start;
+    std::size_t index = 0;
+    while (index < childList.size() && childList[index]->fields.start <= time)
+        ++index;
+    insertChild(std::move(point), index);
+}
+
+bool SimObject::removeChild(SimObject* child)
+{
+    const auto found = std::find_if(childList.begin(), childList.end(),
+                                    [child](const auto& entry) { return entry.get() == child; });
+    if (found == childList.end())
+        return false;
+    noteListChange(false);
+    child->parentNode = nullptr;
+    childList.erase(found);
+    return true;
+}
+
+void SimObject::replaceChildren(const List& list)
+{
+    noteListChange(false);
+    for (const auto& child : childList)
+        if (child->parentNode == this)
+            child->parentNode = nullptr;
+    childList = list;
+    setListParents(childList);
+}
+
+void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
+{
+    if (!automationTrack || automationTrack->parentNode)
+        return;
+    noteListChange(true);
+    automationTrack->parentNode = this;
+    automationTrack->bindTo(owner);
+    automationList.push_back(std::move(automationTrack));
+}
+
+void SimObject::putAttribute(const std::string& name, const FVariant& value)
+{
+    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+        const auto found = attributeMap.find(name);
+        group->recordAttribute(*this, name, found == attributeMap.end() ? nullptr : &found->second);
+        group->noteChanged(*this);
+    }
+    attributeMap[name] = ownedCopy(value);
+}
+
+void SimObject::dropAttribute(const std::string& name)
+{
+    const auto found = attributeMap.find(name);
+    if (found == attributeMap.end())
+        return;
+    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+        group->recordAttribute(*this, name, &found->second);
+        group->noteChanged(*this);
+    }
+    attributeMap.erase(found);
+}
+
+void SimObject::restoreFields(const Fields& values)
+{
+    fields = values;
+}
+
+void SimObject::restoreChildren(const List& list, bool automation)
+{
+    List& target = automation ? automationList : childList;
+    for (const auto& child : target)
+        if (child->parentNode == this)
+            child->parentNode = nullptr;
+    target = list;
+    setListParents(target);
+}
+
+void SimObject::restoreAttribute(const std::string& name, const FVariant* value)
+{
+    if (value)
+        attributeMap[name] = ownedCopy(*value);
+    else
+        attributeMap.erase(name);
+}
+
+IPtr<SimObject> SimObject::cloneTree() const
+{
+    IPtr<SimObject> copy = create(objectKind);
+    copy->fields = fields;
+    copy->selected = selected;
+    for (const auto& [name, value] : attributeMap)
+        copy->attributeMap[name] = ownedCopy(value);
+    for (const auto& child : childList) {
+        IPtr<SimObject> childCopy = child->cloneTree();
+        childCopy->parentNode = copy.get();
+        copy->childList.push_back(childCopy);
+    }
+    for (const auto& automationTrack : automationList) {
+        IPtr<SimObject> trackCopy = automationTrack->cloneTree();
+        trackCopy->parentNode = copy.get();
+        copy->automationList.push_back(trackCopy);
+    }
+    return copy;
+}
+
+void SimObject::bindTo(SimProject* project)
+{
+    if (owner != project) {
+        if (owner)
+            owner->unregisterNode(this);
+        owner = project;
+        if (owner)
+            owner->registerNode(this);
+    }
+    for (const auto& child : childList)
+        child->bindTo(project);
+    for (const auto& automationTrack : automationList)
+        automationTrack->bindTo(project);
+}
+
+// ---- Attributes
+
+tresult SimObject::setAttribute(const char8* name, const FVariant& value, int32)
+{
+    if (!name || !*name || value.isEmpty())
+        return kInvalidArgument;
+    if (value.isObject()) {
+        // Objects kept in attributes are stores; nothing else could be saved.
+        if (!Kelmar::queryInterface<IStorage>(value.getObject()))
+            return kInvalidArgument;
+    }
+    putAttribute(name, value);
+    return kResultOk;
+}
+
+tresult SimObject::getAttribute(const char8* name, FVariant& value)
+{
+    const auto found = name ? attributeMap.find(name) : attributeMap.end();
+    if (found == attributeMap.end())
+        return kResultFalse;
+    value = ownedCopy(found->second);
+    return kResultOk;
+}
+
+tresult SimObject::hasAttribute(const char8* name)
+{
+    return name && attributeMap.count(name) ? kResultOk : kResultFalse;
+}
+
+tresult SimObject::removeAttribute(const char8* name)
+{
+    if (!name || !attributeMap.count(name))
+        return kResultFalse;
+    dropAttribute(name);
+    return kResultOk;
+}
+
+// ---- Names and times
+
+tresult SimObject::getName(String& name)
+{
+    name.assign(std::u16string_view(fields.name));
+    return kResultOk;
+}
+
+tresult SimObject::setName(IEditContext*, const char16* name, int32)
+{
+    if (!name)
+        return kInvalidArgument;
+    Fields values = fields;
+    values.name = name;
+    return changeFields(values);
+}
+
+double SimObject::getStart(IEditContext*)
+{
+    return isTimed() ? fields.start : 0.0;
+}
+
+double SimObject::getEnd(IEditContext*)
+{
+    if (objectKind == ObjectKind::Project)
+        return fields.end;
+    if (isTrack())
+        return owner ? owner->length() : 0.0;
+    return isPointKind(objectKind) ? fields.start : fields.end;
+}
+
+double SimObject::getOffset(IEditContext*)
+{
+    return fields.offset;
+}
+
+tresult SimObject::setStart(IEditContext*, double start, int32)
+{
+    if (!isTimed())
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    Fields values = fields;
+    values.end = isPointKind(objectKind) ? start : start + (fields.end - fields.start);
+    values.start = start;
+    if (objectKind == ObjectKind::AutomationPoint && parentNode) {
+        // Points stay in time order: take the point out and put it back.
+        IPtr<SimObject> self = shared(this);
+        SimObject* automationTrack = parentNode;
+        automationTrack->removeChild(this);
+        setFields(values);
+        automationTrack->insertPoint(self);
+        return kResultOk;
+    }
+    return changeFields(values);
+}
+
+tresult SimObject::setLength(IEditContext* context, double length, int32 flags)
+{
+    if (objectKind == ObjectKind::Project)
+        return owner ? owner->setProjectLength(length) : kResultFalse;
+    if (!isTimed() || isPointKind(objectKind))
+        return kNotImplemented;
+    if (length < 0.0)
+        return kInvalidArgument;
+    return setEnd(context, fields.start + length, flags);
+}
+
+tresult SimObject::setEnd(IEditContext*, double end, int32)
+{
+    if (objectKind == ObjectKind::Project)
+        return owner ? owner->setProjectLength(end) : kResultFalse;
+    if (!isTimed() || isPointKind(objectKind))
+        return kNotImplemented;
+    if (end < fields.start)
+        return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    Fields values = fields;
+    values.end = end;
+    return changeFields(values);
+}
+
+// ---- Tree
+
+IObjectIterator* SimObject::getChildren()
+{
+    return new SimObjectIterator(childList);
+}
+
+IProjectObject* SimObject::getParent()
+{
+    if (!parentNode)
+        return nullptr;
+    parentNode->addRef();
+    return parentNode;
+}
+
+// ---- Tracks
+
+IObjectIterator* SimObject::getAutomationTracks()
+{
+    if (!isTrack() || automationList.empty())
+        return nullptr;
+    return new SimObjectIterator(automationList);
+}
+
+IAudioChainEntry* SimObject::getAudioChain()
+{
+    if (objectKind != ObjectKind::AudioTrack)
+        return nullptr;
+    auto chain = std::make_shared<const List>(SimAudioChainEntry::chainOf(*this));
+    if (chain->empty())
+        return nullptr;
+    return new SimAudioChainEntry(chain, 0);
+}
+
+tresult SimObject::setToggle(const char8* name, bool on)
+{
+    if (!isTrack())
+        return kNotImplemented;
+    if (!same(name, "lock"))
+        return kInvalidArgument;
+    Fields values = fields;
+    values.locked = on;
+    return changeFields(values);
+}
+
+tresult SimObject::getToggle(const char8* name)
+{
+    if (!isTrack())
+        return kNotImplemented;
+    if (!same(name, "lock"))
+        return kInvalidArgument;
+    return fields.locked ? kResultOk : kResultFalse;
+}
+
+// ---- Events
+
+IProjectObject* SimObject::getNextInChain()
+{
+    if (objectKind != ObjectKind::AudioEvent || !fields.joinedToNext)
+        return nullptr;
+    SimObject* holder = track();
+    if (!holder || holder->objectKind != ObjectKind::AudioTrack)
+        return nullptr;
+    const List chain = SimAudioChainEntry::chainOf(*holder);
+    for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
+        if (chain[i].get() == this) {
+            chain[i + 1]->addRef();
+            return chain[i + 1].get();
+        }
+    }
+    return nullptr;
+}
+
+IPoolClip* SimObject::getClip()
+{
+    if (objectKind != ObjectKind::VideoEvent || !owner)
+        return nullptr;
+    SimPoolClip* clip = owner->mediaPool().findClip(fields.clipId);
+    if (!clip)
+        return nullptr;
+    clip->addRef();
+    return clip;
+}
+
+tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
+{
+    if (objectKind != ObjectKind::VideoEvent)
+        return kNotImplemented;
+    auto* clip = dynamic_cast<SimPoolClip*>(source);
+    if (!clip)
+        return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    Fields values = fields;
+    values.clipId = clip->id();
+    return changeFields(values);
+}
+
+// ---- Automation points
+
+tresult SimObject::setValue(IEditContext*, float value, int32)
+{
+    if (objectKind != ObjectKind::AutomationPoint)
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    Fields values = fields;
+    values.value = value;
+    return changeFields(values);
+}
+
+tresult SimObject::setSegmentEnd(IEditContext*, bool segmentEnd, int32)
+{
+    if (objectKind != ObjectKind::AutomationPoint)
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    Fields values = fields;
+    values.segmentEnd = segmentEnd;
+    return changeFields(values);
+}
+
+} // namespace montala::sim

@@ -1,0 +1,219 @@
+#pragma once
+
+#include "kelmar/FVariant.h"
+#include "kelmar/IAudioChainEvent.h"
+#include "kelmar/IAutomationCurvePoint.h"
+#include "kelmar/IAutomationPoint.h"
+#include "kelmar/IAutomationTrack.h"
+#include "kelmar/IMarkerTrack.h"
+#include "kelmar/IPointMarker.h"
+#include "kelmar/IProjectObject.h"
+#include "kelmar/IPtr.h"
+#include "kelmar/IRangeMarker.h"
+#include "kelmar/ITrack.h"
+#include "kelmar/IVideoEvent.h"
+#include "sim/SimBase.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace montala::sim {
+
+class SimProject;
+
+// What a node of the project tree is.
+enum class ObjectKind {
+    Project,
+    Folder,
+    AudioTrack,
+    VideoTrack,
+    MarkerTrack,
+    RulerTrack,
+    AutomationTrack,
+    AutomationPoint,
+    AudioEvent,
+    Part,
+    VideoEvent,
+    PointMarker,
+    RangeMarker,
+};
+
+const char* kindName(ObjectKind kind);
+
+// One node of a simulated project: a track of any sort, an automation track
+// or point, an event, a part or a marker (the project is a node too). One
+// class serves all of them so that copying, undo and the session file treat
+// every node alike; each node answers only the interfaces of its kind.
+//
+// Times are seconds relative to the project start, except for events inside a
+// part, which are relative to the part's start. Every change made while the
+// node belongs to an open project is recorded in the host's open undo group.
+class SimObject : public SimBase,
+                  public Kelmar::IProjectObject,
+                  public Kelmar::ITrack,
+                  public Kelmar::IMarkerTrack,
+                  public Kelmar::IAudioChainEvent,
+                  public Kelmar::IVideoEvent,
+                  public Kelmar::IPointMarker,
+                  public Kelmar::IRangeMarker,
+                  public Kelmar::IAutomationTrack,
+                  public Kelmar::IAutomationPoint,
+                  public Kelmar::IAutomationCurvePoint {
+public:
+    // The values of a node that undo restores as one.
+    struct Fields {
+        std::u16string name;
+        double start = 0.0;
+        double end = 0.0;
+        double offset = 0.0;       // source offset of an audio or video event
+        std::string file;          // source file of an audio event
+        bool joinedToNext = false; // an audio event joined to the next in the chain
+        std::int64_t clipId = 0;   // pool clip of a video event
+        bool locked = false;       // the track's "lock" toggle
+        int curveType = 1;         // of an automation track
+        double value = 0.0;        // of an automation point
+        bool segmentEnd = false;   // of an automation point
+
+        bool operator==(const Fields&) const = default;
+    };
+
+    using List = std::vector<Kelmar::IPtr<SimObject>>;
+    using Attributes = std::map<std::string, Kelmar::FVariant>;
+
+    static Kelmar::IPtr<SimObject> create(ObjectKind kind);
+
+    ~SimObject() override;
+
+    // ---- Kelmar::FUnknown
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+    const char* isA() const override { return "SimObject"; }
+
+    // ---- Kelmar::IProjectObject
+    bool isKind(const Kelmar::char8* kind) override;
+    Kelmar::int32 getFlags() override;
+    Kelmar::tresult setAttribute(const Kelmar::char8* name, const Kelmar::FVariant& value,
+                                 Kelmar::int32 notify) override;
+    Kelmar::tresult getAttribute(const Kelmar::char8* name, Kelmar::FVariant& value) override;
+    Kelmar::tresult hasAttribute(const Kelmar::char8* name) override;
+    Kelmar::tresult removeAttribute(const Kelmar::char8* name) override;
+    Kelmar::tresult getName(Kelmar::String& name) override;
+    Kelmar::tresult setName(Kelmar::IEditContext* context, const Kelmar::char16* name, Kelmar::int32 flags) override;
+    bool isSelected() override { return selected; }
+    double getStart(Kelmar::IEditContext* context) override;
+    // Moves the node; its length stays.
+    Kelmar::tresult setStart(Kelmar::IEditContext* context, double start, Kelmar::int32 flags) override;
+    Kelmar::tresult setLength(Kelmar::IEditContext* context, double length, Kelmar::int32 flags) override;
+    double getEnd(Kelmar::IEditContext* context) override;
+    Kelmar::tresult setEnd(Kelmar::IEditContext* context, double end, Kelmar::int32 flags) override;
+    double getOffset(Kelmar::IEditContext* context) override;
+    Kelmar::IObjectIterator* getChildren() override;
+    Kelmar::IProjectObject* getParent() override;
+
+    // ---- Kelmar::ITrack
+    Kelmar::IObjectIterator* getAutomationTracks() override;
+    Kelmar::IAudioChainEntry* getAudioChain() override;
+    Kelmar::tresult setToggle(const Kelmar::char8* name, bool on) override;
+    Kelmar::tresult getToggle(const Kelmar::char8* name) override;
+
+    // ---- Kelmar::IAudioChainEvent
+    Kelmar::IProjectObject* getNextInChain() override;
+
+    // ---- Kelmar::IVideoEvent
+    Kelmar::IPoolClip* getClip() override;
+    Kelmar::tresult setClip(Kelmar::IEditContext* context, Kelmar::IClipSource* clip, Kelmar::int32 flags) override;
+
+    // ---- Kelmar::IAutomationTrack
+    Kelmar::int32 getCurveType() override { return fields.curveType; }
+
+    // ---- Kelmar::IAutomationPoint and IAutomationCurvePoint
+    float getValue() override { return static_cast<float>(fields.value); }
+    Kelmar::tresult setValue(Kelmar::IEditContext* context, float value, Kelmar::int32 flags) override;
+    bool isSegmentEnd() override { return fields.segmentEnd; }
+    Kelmar::tresult setSegmentEnd(Kelmar::IEditContext* context, bool segmentEnd, Kelmar::int32 flags) override;
+
+    // ---- The simulator's own view of the node
+    ObjectKind kind() const { return objectKind; }
+    bool isTrack() const;
+    bool isContentTrack() const; // a track that holds events: audio, video, marker
+    bool isTimed() const;        // an event, part, marker or automation point
+    // Whether `child` may be put into this node.
+    bool accepts(ObjectKind child) const;
+
+    const Fields& get() const { return fields; }
+    const List& children() const { return childList; }
+    const List& automation() const { return automationList; }
+    const Attributes& attributes() const { return attributeMap; }
+    SimObject* parent() const { return parentNode; }
+    SimProject* project() const { return owner; }
+    bool selectedFlag() const { return selected; }
+
+    // The track that holds this node (itself for a track); null if none.
+    SimObject* track();
+    // Whether a change of this node's content is refused: the node is, or lies
+    // in, a locked track.
+    bool isLockedContent();
+    // Start and end on the timeline, with a part's start added.
+    double timelineStart() const;
+    double timelineEnd() const;
+    // Whether the node lies in its project's tree.
+    bool isInProject() const;
+
+    // Changes, recorded for undo. The list changes keep the parents right.
+    void setFields(const Fields& values);
+    void insertChild(Kelmar::IPtr<SimObject> child, std::size_t index);
+    void appendChild(Kelmar::IPtr<SimObject> child);
+    // Puts an automation point among the others in time order, after those at
+    // the same time.
+    void insertPoint(Kelmar::IPtr<SimObject> point);
+    bool removeChild(SimObject* child);
+    void replaceChildren(const List& list);
+    void appendAutomation(Kelmar::IPtr<SimObject> automationTrack);
+    void putAttribute(const std::string& name, const Kelmar::FVariant& value);
+    void dropAttribute(const std::string& name);
+    // Selection is not an edit: it is not recorded.
+    void setSelectedFlag(bool on) { selected = on; }
+
+    // A copy of the node and everything below it, in no project.
+    Kelmar::IPtr<SimObject> cloneTree() const;
+
+    // Binds the node and all below it to `project`, or to none with null.
+    void bindTo(SimProject* project);
+    // Only for a project that goes away: forgets it without telling it.
+    void forgetProject() { owner = nullptr; }
+
+    // Used by undo: puts back values without recording.
+    void restoreFields(const Fields& values);
+    void restoreChildren(const List& list, bool automationList);
+    void restoreAttribute(const std::string& name, const Kelmar::FVariant* value);
+
+    // Set while the node has changed in the open undo group.
+    bool contentChanged = false;
+
+protected:
+    explicit SimObject(ObjectKind kind);
+
+private:
+    Kelmar::tresult changeFields(const Fields& values);
+    // Records a change of this node with the host, if it is in an open project.
+    void noteFieldsChange();
+    void noteListChange(bool automationList);
+    void setListParents(const List& list);
+
+    ObjectKind objectKind;
+    Fields fields;
+    List childList;
+    List automationList;
+    Attributes attributeMap;
+    bool selected = false;
+    SimObject* parentNode = nullptr;
+    SimProject* owner = nullptr;
+};
+
+// The node behind an interface pointer of the simulator, or null for an
+// object the simulator did not make.
+SimObject* simObject(Kelmar::FUnknown* object);
+
+} // namespace montala::sim

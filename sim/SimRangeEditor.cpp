@@ -1,0 +1,241 @@
+#include "sim/SimRangeEditor.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+namespace {
+
+void shift(SimObject& node, double delta)
+{
+    SimObject::Fields values = node.get();
+    values.start += delta;
+    values.end += delta;
+    node.restoreFields(values);
+}
+
+IPtr<SimObject> newPoint(double time, double value)
+{
+    IPtr<SimObject> point = SimObject::create(ObjectKind::AutomationPoint);
+    SimObject::Fields values;
+    values.start = time;
+    values.end = time;
+    values.value = value;
+    point->restoreFields(values);
+    return point;
+}
+
+// `list` with `point` put after the points at or before its time.
+void insertSorted(SimObject::List& list, IPtr<SimObject> point)
+{
+    const double time = point->get().start;
+    auto at = std::find_if(list.begin(), list.end(), [time](const auto& p) { return p->get().start > time; });
+    list.insert(at, std::move(point));
+}
+
+} // namespace
+
+std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, double time)
+{
+    const SimObject::List& points = automationTrack.children();
+    if (points.empty())
+        return std::nullopt;
+    if (time < points.front()->get().start)
+        return points.front()->get().value;
+    // The last point at or before `time`, and the one after it.
+    std::size_t before = 0;
+    while (before + 1 < points.size() && points[before + 1]->get().start <= time)
+        ++before;
+    const SimObject::Fields& p = points[before]->get();
+    if (before + 1 >= points.size())
+        return p.value;
+    const SimObject::Fields& q = points[before + 1]->get();
+    const int curve = automationTrack.get().curveType;
+    if (p.segmentEnd || curve == 0 || curve == 3 || q.start - p.start <= epsilon)
+        return p.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start, double end)
+{
+    const SimObject::Fields& f = node.get();
+    const ObjectKind kind = node.kind();
+    if (kind == ObjectKind::PointMarker || (kind == ObjectKind::RangeMarker && f.end - f.start <= epsilon)) {
+        if (f.start < start - epsilon || f.start >= end - epsilon)
+            return nullptr;
+        return node.cloneTree();
+    }
+    const double low = std::max(f.start, start);
+    const double high = std::min(f.end, end);
+    if (high - low <= epsilon)
+        return nullptr;
+    if (kind == ObjectKind::Part) {
+        IPtr<SimObject> part = SimObject::create(ObjectKind::Part);
+        SimObject::Fields values = f;
+        values.start = low;
+        values.end = high;
+        part->restoreFields(values);
+        for (const auto& [name, value] : node.attributes())
+            part->restoreAttribute(name, &value);
+        SimObject::List inner;
+        for (const auto& event : node.children()) {
+            // The inner event on the timeline, cut to the part's new range,
+            // then made relative to the part again.
+            IPtr<SimObject> onTimeline = event->cloneTree();
+            shift(*onTimeline, f.start);
+            if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, low, high)) {
+                shift(*piece, -low);
+                inner.push_back(piece);
+            }
+        }
+        part->restoreChildren(inner, false);
+        return part;
+    }
+    IPtr<SimObject> copy = node.cloneTree();
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    if (kind == ObjectKind::AudioEvent || kind == ObjectKind::VideoEvent)
+        values.offset += low - f.start;
+    if (high < f.end)
+        values.joinedToNext = false;
+    copy->restoreFields(values);
+    return copy;
+}
+
+SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end)
+{
+    TrackCopy copy;
+    copy.track = shared(&track);
+    for (const auto& child : track.children()) {
+        if (IPtr<SimObject> piece = trimmedCopy(*child, start, end)) {
+            shift(*piece, -start);
+            copy.items.push_back(piece);
+        }
+    }
+    for (const auto& automationTrack : track.automation()) {
+        SimObject::List points;
+        if (!automationTrack->children().empty()) {
+            points.push_back(newPoint(0.0, *valueAt(*automationTrack, start)));
+            for (const auto& point : automationTrack->children()) {
+                const double time = point->get().start;
+                if (time > start + epsilon && time < end - epsilon) {
+                    IPtr<SimObject> pointCopy = point->cloneTree();
+                    shift(*pointCopy, -start);
+                    points.push_back(pointCopy);
+                }
+            }
+            points.push_back(newPoint(end - start, *valueAt(*automationTrack, end)));
+        }
+        copy.automation.emplace_back(automationTrack, std::move(points));
+    }
+    return copy;
+}
+
+void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
+{
+    SimObject& track = *copy.track;
+    if (!copy.items.empty()) {
+        SimObject::List children = track.children();
+        for (const auto& item : copy.items) {
+            IPtr<SimObject> placed = item->cloneTree();
+            shift(*placed, position);
+            children.push_back(placed);
+        }
+        track.replaceChildren(children);
+    }
+    for (const auto& [automationTrack, points] : copy.automation) {
+        if (points.empty())
+            continue;
+        SimObject::List kept;
+        for (const auto& point : automationTrack->children()) {
+            const double time = point->get().start;
+            if (time <= position + epsilon || time >= position + length - epsilon)
+                kept.push_back(point);
+        }
+        for (const auto& point : points) {
+            IPtr<SimObject> placed = point->cloneTree();
+            shift(*placed, position);
+            insertSorted(kept, placed);
+        }
+        automationTrack->replaceChildren(kept);
+    }
+}
+
+void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
+{
+    SimObject::List children;
+    bool changed = false;
+    for (const auto& child : track.children()) {
+        const SimObject::Fields f = child->get();
+        const bool point = child->kind() == ObjectKind::PointMarker
+                           || (child->kind() == ObjectKind::RangeMarker && f.end - f.start <= epsilon);
+        if (point) {
+            if (f.start >= start - epsilon && f.start < end - epsilon)
+                changed = true;
+            else
+                children.push_back(child);
+            continue;
+        }
+        if (f.end <= start + epsilon || f.start >= end - epsilon) {
+            children.push_back(child);
+            continue;
+        }
+        changed = true;
+        if (f.start >= start - epsilon && f.end <= end + epsilon)
+            continue; // wholly inside
+        IPtr<SimObject> left = f.start < start ? trimmedCopy(*child, f.start, start) : nullptr;
+        IPtr<SimObject> right = f.end > end ? trimmedCopy(*child, end, f.end) : nullptr;
+        // The node itself becomes the first piece, as a host keeps an event it
+        // trims; a second piece is a new event beside it.
+        IPtr<SimObject> first = left ? left : right;
+        if (!first)
+            continue;
+        child->setFields(first->get());
+        if (child->kind() == ObjectKind::Part) {
+            SimObject::List inner;
+            for (const auto& event : first->children())
+                inner.push_back(event->cloneTree());
+            child->replaceChildren(inner);
+        }
+        children.push_back(child);
+        if (left && right)
+            children.push_back(right);
+    }
+    if (changed)
+        track.replaceChildren(children);
+
+    for (const auto& automationTrack : track.automation()) {
+        const SimObject::List& points = automationTrack->children();
+        if (points.empty())
+            continue;
+        const double valueAtStart = *valueAt(*automationTrack, start);
+        const double valueAtEnd = *valueAt(*automationTrack, end);
+        SimObject::List kept;
+        bool removed = false;
+        bool hasStart = false;
+        bool hasEnd = false;
+        for (const auto& p : points) {
+            const double time = p->get().start;
+            if (time > start + epsilon && time < end - epsilon) {
+                removed = true;
+                continue;
+            }
+            hasStart = hasStart || std::abs(time - start) <= epsilon;
+            hasEnd = hasEnd || std::abs(time - end) <= epsilon;
+            kept.push_back(p);
+        }
+        if (!removed)
+            continue;
+        if (!hasStart)
+            insertSorted(kept, newPoint(start, valueAtStart));
+        if (!hasEnd)
+            insertSorted(kept, newPoint(end, valueAtEnd));
+        automationTrack->replaceChildren(kept);
+    }
+}
+
+} // namespace montala::sim

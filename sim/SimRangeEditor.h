@@ -1,0 +1,59 @@
+#pragma once
+
+#include "kelmar/IPtr.h"
+#include "sim/SimObject.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace montala::sim {
+
+// The range work of the simulated host on one track.
+//
+// Copying [s, e) of a track takes what overlaps the range, cut at its edges:
+//
+//        s              e                    what is copied
+//   |--A--|---B---|--C--|--D--|      ->     |A'|---B---|C'|
+//
+// A' keeps its sound from where the range starts: its source offset grows by
+// (s - A's start). Automation is taken with a point at each edge that holds
+// the curve's value there. Pasting puts the copy on top of what lies at the
+// destination, as a layer; automation points inside the destination range
+// make way for the copied ones.
+//
+// Deleting [s, e) removes what lies inside and cuts what crosses an edge:
+//
+//        s              e
+//   |--A--|---B---|--C--|--D--|      ->     |-A-|            |D-|
+//
+// Nothing after the range moves; automation gets a point at each edge that
+// holds the old value, so the curve outside the range keeps its shape.
+class SimRangeEditor {
+public:
+    // What a copy of one track holds; times are relative to the range start.
+    struct TrackCopy {
+        Kelmar::IPtr<SimObject> track;
+        SimObject::List items;
+        std::vector<std::pair<Kelmar::IPtr<SimObject>, SimObject::List>> automation;
+    };
+
+    static TrackCopy copyTrack(SimObject& track, double start, double end);
+    static void paste(const TrackCopy& copy, double position, double length);
+    static void deleteOnTrack(SimObject& track, double start, double end);
+
+    // The part of `node` (a direct child of a track) that lies in [start, end),
+    // as a new node with timeline times; null when nothing of it lies there.
+    static Kelmar::IPtr<SimObject> trimmedCopy(const SimObject& node, double start, double end);
+
+    // The curve's value at `time`: before the first point the first value,
+    // after the last the last; a stepped curve (types 0 and 3) or a segment
+    // end holds the earlier point's value, the others are linear between
+    // points. None when the automation track has no point.
+    static std::optional<double> valueAt(const SimObject& automationTrack, double time);
+
+    // Times closer than this are the same.
+    static constexpr double epsilon = 1e-9;
+};
+
+} // namespace montala::sim

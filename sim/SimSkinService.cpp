@@ -1,0 +1,76 @@
+#include "sim/SimSkinService.h"
+
+#include "kelmar/IPlugController.h"
+#include "kelmar/IViewBuilder.h"
+#include "sim/SimHost.h"
+#include "sim/XmlElement.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+tresult SimSkinService::queryInterface(const FUID& iid, void** obj)
+{
+    if (answerInterface<ISkinService>(this, iid, obj))
+        return kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+tresult SimSkinService::loadSkin(ModuleHandle, const char8* resource)
+{
+    if (!resource)
+        return kInvalidArgument;
+    const std::string path = host->resourcePath(resource);
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        error = path + ": cannot be read";
+        return kResultFalse;
+    }
+    std::ostringstream content;
+    content << file.rdbuf();
+    std::string parseError;
+    const auto root = XmlElement::parse(content.str(), parseError);
+    if (!root || root->name() != "skin") {
+        error = path + ": " + (root ? std::string("the root is not <skin>") : parseError);
+        return kResultFalse;
+    }
+    for (const auto& element : root->children())
+        if (const std::string* name = element->attribute("name"); element->name() == "template" && name)
+            templates.insert(*name);
+    error.clear();
+    return kResultOk;
+}
+
+tresult SimSkinService::openWindow(const char8* name, IPlugController* controller, IPlugWindow** window)
+{
+    if (!name || !controller || !window)
+        return kInvalidArgument;
+    *window = nullptr;
+    if (!templates.count(name)) {
+        error = std::string("no template \"") + name + "\" in the loaded skins";
+        return kInvalidArgument;
+    }
+    IPtr<IPlugView> view;
+    if (auto builder = Kelmar::queryInterface<IViewBuilder>(controller)) {
+        if (builder->createView(name, nullptr, view.put()) != kResultOk) {
+            error = std::string("the view of \"") + name + "\" could not be built";
+            return kResultFailed;
+        }
+    }
+    auto created = owned(new SimPlugWindow(name, view));
+    opened.push_back(created);
+    *window = created.take();
+    return kResultOk;
+}
+
+std::size_t SimSkinService::openWindowCount() const
+{
+    return static_cast<std::size_t>(
+        std::count_if(opened.begin(), opened.end(), [](const auto& window) { return window->isOpen(); }));
+}
+
+} // namespace montala::sim
