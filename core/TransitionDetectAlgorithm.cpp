@@ -5,7 +5,8 @@
 #include "core/InformationContext.h"
 #include "util/Result.h"
 
-#include <algorithm>
+#include <set>
+#include <utility>
 
 namespace montala::core {
 
@@ -46,13 +47,13 @@ std::vector<InformationEntry> TransitionDetectAlgorithm::detect(const CutList& c
     if (!context.oldList || !context.newList)
         throw Result::NotInitialized;
     const Framerate& rate = context.framerate;
-    const std::vector<EventPtr> oldTransitions = transitionsOf(*context.oldList);
+    std::set<std::pair<Timecode, Timecode>> oldPlaces;
+    for (const EventPtr& old : transitionsOf(*context.oldList))
+        oldPlaces.emplace(old->getDstIn(), old->getDstOut());
     std::vector<EventPtr> newTransitions = transitionsOf(*context.newList);
 
     std::erase_if(newTransitions, [&](const EventPtr& event) {
-        return std::any_of(oldTransitions.begin(), oldTransitions.end(), [&](const EventPtr& old) {
-            return old->getDstIn() == event->getDstIn() && old->getDstOut() == event->getDstOut();
-        });
+        return oldPlaces.count({event->getDstIn(), event->getDstOut()}) != 0;
     });
     advance(progress, 1);
 
