@@ -22,29 +22,33 @@ SimEditGroup::~SimEditGroup()
             record.step->discard();
 }
 
-void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& before)
+SimEditGroup::Record SimEditGroup::about(SimObject& object, Record::Type type)
 {
     Record record;
-    record.type = Record::Type::Fields;
-    record.object = Kelmar::shared(&object);
+    record.type = type;
+    record.object = &object;
+    if (object.kind() != ObjectKind::Project)
+        record.keep = Kelmar::shared(&object);
+    return record;
+}
+
+void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& before)
+{
+    Record record = about(object, Record::Type::Fields);
     record.fieldsBefore = before;
     records.push_back(std::move(record));
 }
 
 void SimEditGroup::recordList(SimObject& object, const SimObject::List& before, bool automationList)
 {
-    Record record;
-    record.type = automationList ? Record::Type::Automation : Record::Type::Children;
-    record.object = Kelmar::shared(&object);
+    Record record = about(object, automationList ? Record::Type::Automation : Record::Type::Children);
     record.listBefore = before;
     records.push_back(std::move(record));
 }
 
 void SimEditGroup::recordAttribute(SimObject& object, const std::string& name, const Kelmar::FVariant* before)
 {
-    Record record;
-    record.type = Record::Type::Attribute;
-    record.object = Kelmar::shared(&object);
+    Record record = about(object, Record::Type::Attribute);
     record.name = name;
     if (before)
         record.attributeBefore = *before;
@@ -64,14 +68,16 @@ void SimEditGroup::noteChanged(SimObject& object)
     for (SimObject* node = &object; node; node = node->parent()) {
         if (!node->contentChanged) {
             node->contentChanged = true;
-            marked.push_back(Kelmar::shared(node));
+            marked.push_back(node);
         }
     }
 }
 
 void SimEditGroup::clearChangeMarks()
 {
-    for (auto& node : marked)
+    // Every marked node is held by a record of this group or lies above one
+    // in the tree, so it is still there.
+    for (SimObject* node : marked)
         node->contentChanged = false;
     marked.clear();
 }

@@ -51,7 +51,10 @@ private:
     struct Record {
         enum class Type { Fields, Children, Automation, Attribute, Step };
         Type type = Type::Fields;
-        Kelmar::IPtr<SimObject> object;
+        SimObject* object = nullptr;
+        // Holds the node while the group may still act on it; not the project
+        // node, whose undo list holds the group.
+        Kelmar::IPtr<SimObject> keep;
         SimObject::Fields fieldsBefore;
         SimObject::Fields fieldsAfter;
         SimObject::List listBefore;
@@ -63,9 +66,10 @@ private:
     };
 
     void markAll();
+    static Record about(SimObject& object, Record::Type type);
 
     std::vector<Record> records;
-    std::vector<Kelmar::IPtr<SimObject>> marked;
+    std::vector<SimObject*> marked;
 };
 
 } // namespace montala::sim

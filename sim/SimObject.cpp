@@ -74,6 +74,71 @@ IPtr<SimObject> SimObject::create(ObjectKind kind)
     return owned(new SimObject(kind));
 }
 
+IPtr<SimObject> SimObject::makeTrack(ObjectKind kind, std::u16string name)
+{
+    IPtr<SimObject> track = create(kind);
+    track->fields.name = std::move(name);
+    return track;
+}
+
+IPtr<SimObject> SimObject::makeAudioEvent(std::u16string name, double start, double end, std::string file,
+                                          double offset)
+{
+    IPtr<SimObject> event = create(ObjectKind::AudioEvent);
+    event->fields.name = std::move(name);
+    event->fields.start = start;
+    event->fields.end = end;
+    event->fields.file = std::move(file);
+    event->fields.offset = offset;
+    return event;
+}
+
+IPtr<SimObject> SimObject::makeVideoEvent(double start, double end, std::int64_t clipId, double offset)
+{
+    IPtr<SimObject> event = create(ObjectKind::VideoEvent);
+    event->fields.start = start;
+    event->fields.end = end;
+    event->fields.clipId = clipId;
+    event->fields.offset = offset;
+    return event;
+}
+
+IPtr<SimObject> SimObject::makePart(std::u16string name, double start, double end)
+{
+    IPtr<SimObject> part = create(ObjectKind::Part);
+    part->fields.name = std::move(name);
+    part->fields.start = start;
+    part->fields.end = end;
+    return part;
+}
+
+IPtr<SimObject> SimObject::makeMarker(std::u16string name, double start, double end)
+{
+    IPtr<SimObject> marker = create(end == start ? ObjectKind::PointMarker : ObjectKind::RangeMarker);
+    marker->fields.name = std::move(name);
+    marker->fields.start = start;
+    marker->fields.end = end;
+    return marker;
+}
+
+IPtr<SimObject> SimObject::makeAutomation(std::u16string name, int curveType)
+{
+    IPtr<SimObject> automationTrack = create(ObjectKind::AutomationTrack);
+    automationTrack->fields.name = std::move(name);
+    automationTrack->fields.curveType = curveType;
+    return automationTrack;
+}
+
+IPtr<SimObject> SimObject::makePoint(double time, double value, bool segmentEnd)
+{
+    IPtr<SimObject> point = create(ObjectKind::AutomationPoint);
+    point->fields.start = time;
+    point->fields.end = time;
+    point->fields.value = value;
+    point->fields.segmentEnd = segmentEnd;
+    return point;
+}
+
 SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
 
 SimObject::~SimObject()

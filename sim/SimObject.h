@@ -83,6 +83,16 @@ public:
     using Attributes = std::map<std::string, Kelmar::FVariant>;
 
     static Kelmar::IPtr<SimObject> create(ObjectKind kind);
+    // Shorthands for building a project by hand; times as in Fields.
+    static Kelmar::IPtr<SimObject> makeTrack(ObjectKind kind, std::u16string name);
+    static Kelmar::IPtr<SimObject> makeAudioEvent(std::u16string name, double start, double end, std::string file,
+                                                  double offset);
+    static Kelmar::IPtr<SimObject> makeVideoEvent(double start, double end, std::int64_t clipId, double offset);
+    static Kelmar::IPtr<SimObject> makePart(std::u16string name, double start, double end);
+    // A point marker when `end` equals `start`, else a range marker.
+    static Kelmar::IPtr<SimObject> makeMarker(std::u16string name, double start, double end);
+    static Kelmar::IPtr<SimObject> makeAutomation(std::u16string name, int curveType);
+    static Kelmar::IPtr<SimObject> makePoint(double time, double value, bool segmentEnd = false);
 
     ~SimObject() override;
 
