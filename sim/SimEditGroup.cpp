@@ -82,14 +82,14 @@ void SimEditGroup::clearChangeMarks()
     marked.clear();
 }
 
-void SimEditGroup::markAll()
+void SimEditGroup::markAll(SimEditGroup& marks)
 {
     for (auto& record : records)
         if (record.object)
-            noteChanged(*record.object);
+            marks.noteChanged(*record.object);
 }
 
-void SimEditGroup::undo()
+void SimEditGroup::undo(SimEditGroup& marks)
 {
     for (auto it = records.rbegin(); it != records.rend(); ++it) {
         Record& r = *it;
@@ -112,10 +112,10 @@ void SimEditGroup::undo()
         case Record::Type::Step: r.step->undo(); break;
         }
     }
-    markAll();
+    markAll(marks);
 }
 
-void SimEditGroup::redo()
+void SimEditGroup::redo(SimEditGroup& marks)
 {
     for (Record& r : records) {
         switch (r.type) {
@@ -130,7 +130,7 @@ void SimEditGroup::redo()
         case Record::Type::Step: r.step->redo(); break;
         }
     }
-    markAll();
+    markAll(marks);
 }
 
 } // namespace montala::sim

@@ -32,8 +32,10 @@ public:
     // Clears the marks of this group.
     void clearChangeMarks();
 
-    void undo();
-    void redo();
+    // The nodes touched are marked as changed in `marks` (the group that is
+    // open while the edit hooks hear of the undo).
+    void undo(SimEditGroup& marks);
+    void redo(SimEditGroup& marks);
 
     bool isEmpty() const { return records.empty(); }
     std::size_t recordCount() const { return records.size(); }
@@ -65,7 +67,7 @@ private:
         Kelmar::IPtr<Kelmar::IEditStep> step;
     };
 
-    void markAll();
+    void markAll(SimEditGroup& marks);
     static Record about(SimObject& object, Record::Type type);
 
     std::vector<Record> records;

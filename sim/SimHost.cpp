@@ -186,31 +186,33 @@ void SimHost::notifyEdited(SimProject& project)
 
 bool SimHost::undo(SimProject& project)
 {
+    return stepHistory(project, true);
+}
+
+bool SimHost::redo(SimProject& project)
+{
+    return stepHistory(project, false);
+}
+
+bool SimHost::stepHistory(SimProject& project, bool backwards)
+{
     if (openGroup) {
         if (depth > 0 || closing)
             return false; // an explicit group is still open
         endGroup(nullptr, u"");
     }
-    SimEditGroup* undone = project.undo();
-    if (!undone)
+    // The hooks hear of it in a group of their own, which also carries the
+    // marks of what changed.
+    beginGroup();
+    openGroup->notifyAlways = true;
+    openGroup->project = &project;
+    const bool done = backwards ? project.undo(*openGroup) : project.redo(*openGroup);
+    if (!done) {
+        openGroup.reset();
+        depth = 0;
         return false;
-    notifyEdited(project);
-    undone->clearChangeMarks();
-    return true;
-}
-
-bool SimHost::redo(SimProject& project)
-{
-    if (openGroup) {
-        if (depth > 0 || closing)
-            return false;
-        endGroup(nullptr, u"");
     }
-    SimEditGroup* redone = project.redo();
-    if (!redone)
-        return false;
-    notifyEdited(project);
-    redone->clearChangeMarks();
+    endGroup(&project, u"");
     return true;
 }
 

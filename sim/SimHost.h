@@ -101,6 +101,7 @@ public:
 private:
     SimHost();
     void callEditHooks(SimProject& project);
+    bool stepHistory(SimProject& project, bool backwards);
 
     Kelmar::IPtr<SimProjectManager> manager;
     Kelmar::IPtr<SimApplicationState> appState;

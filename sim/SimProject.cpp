@@ -186,22 +186,20 @@ void SimProject::commitGroup(std::unique_ptr<SimEditGroup> group)
     undoPosition = history.size();
 }
 
-SimEditGroup* SimProject::undo()
+bool SimProject::undo(SimEditGroup& marks)
 {
     if (!canUndo())
-        return nullptr;
-    SimEditGroup* group = history[--undoPosition].get();
-    group->undo();
-    return group;
+        return false;
+    history[--undoPosition]->undo(marks);
+    return true;
 }
 
-SimEditGroup* SimProject::redo()
+bool SimProject::redo(SimEditGroup& marks)
 {
     if (!canRedo())
-        return nullptr;
-    SimEditGroup* group = history[undoPosition++].get();
-    group->redo();
-    return group;
+        return false;
+    history[undoPosition++]->redo(marks);
+    return true;
 }
 
 std::u16string SimProject::undoTitle() const

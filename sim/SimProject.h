@@ -86,9 +86,10 @@ public:
     void commitGroup(std::unique_ptr<SimEditGroup> group);
     bool canUndo() const { return undoPosition > 0; }
     bool canRedo() const { return undoPosition < history.size(); }
-    // The group taken back or done again; null when there is none.
-    SimEditGroup* undo();
-    SimEditGroup* redo();
+    // Takes back (or does again) the last group; false when there is none.
+    // What changed is marked in `marks`.
+    bool undo(SimEditGroup& marks);
+    bool redo(SimEditGroup& marks);
     std::size_t undoCount() const { return undoPosition; }
     // Title of the group that the next undo takes back.
     std::u16string undoTitle() const;
