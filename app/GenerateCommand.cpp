@@ -1,16 +1,311 @@
 #include "app/Commands.h"
+#include "app/EdlLoading.h"
+#include "app/EventPrinting.h"
+#include "core/DataModel.h"
+#include "core/VfxNameFilter.h"
+#include "core/fileio/CmxWriter.h"
+#include "util/Result.h"
+#include "util/StringConverter.h"
+#include "util/StringUtil.h"
 
+#include <exception>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <stdexcept>
 
 namespace montala::app {
 
+using util::Result;
+using util::StringUtil;
+
+namespace {
+
+struct GenerateOptions {
+    std::vector<std::string> oldFiles;
+    std::vector<std::string> newFiles;
+    std::string output;
+    std::string rate;
+    std::string match = "roll";
+    std::string heal;
+    std::vector<std::string> vfx;
+    bool acceptAudio = false;
+    bool noBRollRenaming = false;
+    bool json = false;
+};
+
+const std::map<std::string, core::MatchName> matchNames = {
+    {"roll", core::MatchName::RollName},
+    {"clip", core::MatchName::ClipName},
+};
+
+const std::map<std::string, core::HealProcessingMode> healModes = {
+    {"none", core::HealProcessingMode::None},
+    {"normal", core::HealProcessingMode::Normal},
+    {"gaps-without-inserts", core::HealProcessingMode::GapsWithoutInserts},
+    {"gaps-with-inserts", core::HealProcessingMode::GapsWithInserts},
+};
+
+template <typename Value>
+std::vector<std::string> keysOf(const std::map<std::string, Value>& map)
+{
+    std::vector<std::string> keys;
+    for (const auto& entry : map)
+        keys.push_back(entry.first);
+    return keys;
+}
+
+const char* const commandName = "montala generate: ";
+
+// "PREFIX:POSTFIX" split at its first colon; either side may be empty.
+std::optional<core::VfxPatternEntry> parseVfxPattern(const std::string& text)
+{
+    const size_t colon = text.find(':');
+    if (colon == std::string::npos)
+        return std::nullopt;
+    return core::VfxPatternEntry(text.substr(0, colon), text.substr(colon + 1), true);
+}
+
+// Why generation failed, in the user's terms. For a refused VFX row the
+// filter itself tells which row it is, so the rule lives in one place.
+std::string describeFailure(Result::Type code, const core::Settings& settings)
+{
+    if (code == Result::InvalidArgument) {
+        for (size_t index = 0; index < core::Settings::vfxPatternCount; ++index) {
+            const core::VfxPatternEntry& entry = settings.getVfxPattern(index);
+            if (!entry.active || (entry.prefix.empty() && entry.postfix.empty()))
+                continue;
+            try {
+                core::VfxNameFilter filter;
+                filter.setPatterns({{entry.prefix, entry.postfix}});
+            } catch (Result::Type) {
+                return "VFX pattern " + std::to_string(index + 1) + " \"" + entry.prefix + ":" + entry.postfix +
+                       "\" holds a character outside letters, digits and . * - _";
+            }
+        }
+        return "an argument was refused";
+    }
+    if (code == Result::OutOfRange)
+        return "a timecode left the day (00:00:00:00 to 23:59:59) while the events were worked out";
+    return "generation failed";
+}
+
+std::string fileNameOf(const std::string& path)
+{
+    const size_t slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+nlohmann::json filesToJson(const std::vector<LoadedEdlFile>& files, const char* listName)
+{
+    nlohmann::json array = nlohmann::json::array();
+    for (const LoadedEdlFile& file : files) {
+        array.push_back({{"path", file.path},
+                         {"list", listName},
+                         {"opened", file.opened},
+                         {"suggestedRate", framerateToJson(file.suggestedRate)},
+                         {"events", file.events}});
+    }
+    return array;
+}
+
+// The paths the writer uses for a list of this size.
+std::vector<std::string> outputPaths(const std::string& output, size_t eventCount)
+{
+    const size_t perFile = core::fileio::CmxWriter::maxEventsPerFile;
+    if (eventCount <= perFile)
+        return {output};
+    std::vector<std::string> paths;
+    const std::u16string wide = StringUtil::fromUtf8(output);
+    for (size_t part = 1; part <= (eventCount + perFile - 1) / perFile; ++part)
+        paths.push_back(StringUtil::toUtf8(core::fileio::CmxWriter::numberedPath(wide, part)));
+    return paths;
+}
+
+class GenerateRun {
+public:
+    GenerateRun(const GenerateOptions& options, CommandIo& io)
+        : options(options), io(io), notes(options.json ? io.err : io.out)
+    {
+    }
+
+    int run()
+    {
+        util::StringConverter converter;
+        util::ScopedStringConverter converterScope(converter);
+
+        std::vector<core::VfxPatternEntry> patterns;
+        if (options.vfx.size() > core::Settings::vfxPatternCount) {
+            io.err << commandName << "at most " << core::Settings::vfxPatternCount << " --vfx patterns\n";
+            return 2;
+        }
+        for (const std::string& text : options.vfx) {
+            const std::optional<core::VfxPatternEntry> entry = parseVfxPattern(text);
+            if (!entry) {
+                io.err << commandName << "--vfx \"" << text << "\" is not PREFIX:POSTFIX\n";
+                return 2;
+            }
+            patterns.push_back(*entry);
+        }
+
+        std::optional<core::Framerate> rate;
+        if (!options.rate.empty()) {
+            rate = parseRateName(options.rate);
+        } else {
+            std::vector<std::string> all = options.oldFiles;
+            all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
+            rate = suggestProjectRate(all, io.err);
+            if (!rate)
+                return 2;
+        }
+        core::FixedFramerateProvider provider(*rate);
+        core::ScopedFramerateProvider providerScope(&provider);
+
+        core::DataModel model;
+        core::Settings& settings = model.getSettings();
+        settings.setMatchName(matchNames.at(options.match));
+        if (!options.heal.empty())
+            settings.setHealProcessing(healModes.at(options.heal));
+        settings.setBRollRenaming(!options.noBRollRenaming);
+        for (size_t index = 0; index < patterns.size(); ++index)
+            settings.setVfxPattern(patterns[index], index);
+
+        EdlLoadOptions loadOptions;
+        loadOptions.acceptAudio = options.acceptAudio;
+        loadOptions.renameBRolls = settings.getBRollRenaming();
+        std::vector<LoadedEdlFile> oldFiles;
+        std::vector<LoadedEdlFile> newFiles;
+        const bool oldOpened =
+            loadEdlFiles(options.oldFiles, model.getOldList(), loadOptions, oldFiles, notes, io.err);
+        const bool newOpened =
+            loadEdlFiles(options.newFiles, model.getNewList(), loadOptions, newFiles, notes, io.err);
+        if (!oldOpened || !newOpened) {
+            // A Change EDL from part of a cut would move audio to wrong places.
+            io.err << commandName << "not generated, since not every EDL file could be read\n";
+            return 1;
+        }
+
+        Result::Type result = Result::Ok;
+        try {
+            // As after the settings dialog: the rows mark the VFX events.
+            model.applyVfxPatterns();
+            result = model.generateChangeEdl();
+        } catch (Result::Type code) {
+            result = code;
+        } catch (const std::out_of_range& e) {
+            // The VFX name rule's one standard failure: a prefix whose
+            // pattern is longer than a name it was tried on.
+            io.err << commandName << "the Change EDL could not be generated: a VFX pattern does not fit a name it "
+                   << "was tried on (" << e.what() << ")\n";
+            return 1;
+        }
+        const core::EventList& change = model.getChangeList();
+
+        if (result != Result::Ok) {
+            io.err << commandName << "the Change EDL could not be generated: " << describeFailure(result, settings)
+                   << " (" << Result::name(result) << ")\n";
+        }
+
+        std::vector<std::string> written;
+        int status = result == Result::Ok ? 0 : 1;
+        if (status == 0 && !options.output.empty())
+            status = writeOutput(change, written);
+
+        if (options.json) {
+            nlohmann::json files = filesToJson(oldFiles, "old");
+            for (const nlohmann::json& file : filesToJson(newFiles, "new"))
+                files.push_back(file);
+            const nlohmann::json document = {
+                {"rate", framerateToJson(*rate)},
+                {"files", files},
+                {"events", eventListToJson(change)},
+                {"total", change.getSize()},
+                {"invalid", change.countFlawedEvents()},
+                {"result", static_cast<int>(result)},
+                {"written", written},
+            };
+            io.out << document.dump(2) << "\n";
+        } else if (result == Result::Ok) {
+            io.out << "Project rate: " << rateName(*rate) << "\n";
+            printEventTable(io.out, change);
+            for (const std::string& path : written)
+                io.out << "Wrote " << path << "\n";
+        }
+        return status;
+    }
+
+private:
+    int writeOutput(const core::EventList& change, std::vector<std::string>& written)
+    {
+        if (change.getSize() == 0) {
+            io.err << commandName << "nothing written to " << options.output
+                   << ": the Change EDL is empty (no picture of the Old EDL is found in the New one)\n";
+            return 1;
+        }
+        const std::vector<std::string> paths = outputPaths(options.output, change.getSize());
+        const Result::Type code = core::fileio::writeEdlFile(StringUtil::fromUtf8(options.output), change);
+        if (code != Result::Ok) {
+            io.err << commandName << "could not write " << options.output << ": ";
+            if (code == Result::FileNotOpened)
+                io.err << "the file cannot be created there";
+            else if (code == Result::NotInitialized)
+                io.err << "the path names no file";
+            else
+                io.err << "no event of the Change EDL can be written";
+            io.err << " (" << Result::name(code) << ")\n";
+            // Parts written before the failure stay and are named.
+            for (const std::string& path : paths) {
+                if (std::ifstream(path).good())
+                    io.err << commandName << "part already written: " << path << "\n";
+            }
+            return 1;
+        }
+        written = paths;
+        if (paths.size() > 1)
+            notes << "The Change EDL has " << change.getSize() << " events, more than a CMX EDL holds; it went to "
+                  << paths.size() << " files\n";
+        return 0;
+    }
+
+    const GenerateOptions& options;
+    CommandIo& io;
+    std::ostream& notes;
+};
+
+} // namespace
+
 void registerGenerateCommand(CLI::App& program, CommandIo& io)
 {
-    auto* command = program.add_subcommand("generate", "Not available in this build yet.");
-    command->allow_extras();
-    command->callback([&io] {
-        io.err << "montala generate: not available in this build yet\n";
-        io.exitStatus = 2;
+    auto options = std::make_shared<GenerateOptions>();
+    auto* command = program.add_subcommand(
+        "generate", "Compare Old and New EDLs and work out the Change EDL: where each stretch of the old cut now lies.");
+    command->add_option("--old", options->oldFiles, "Old EDL file (the cut the sound was done on); repeatable")
+        ->required();
+    command->add_option("--new", options->newFiles, "New EDL file (the re-cut picture); repeatable")->required();
+    command->add_option("-o,--output", options->output, "Write the Change EDL to this CMX file");
+    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(rateNames()));
+    command->add_option("--match", options->match, "Match events by roll name or clip name")
+        ->check(CLI::IsMember(keysOf(matchNames)));
+    command->add_option("--heal", options->heal, "How neighbouring Change events are joined")
+        ->check(CLI::IsMember(keysOf(healModes)));
+    command->add_option("--vfx", options->vfx, "VFX name pattern PREFIX:POSTFIX, up to three");
+    command->add_flag("--accept-audio", options->acceptAudio, "Accept audio-only events (channel A)");
+    command->add_flag("--no-broll-renaming", options->noBRollRenaming, "Keep roll names that end in B as they are");
+    command->add_flag("--json", options->json, "Print one JSON document for scripts");
+    command->callback([options, &io] {
+        try {
+            io.exitStatus = GenerateRun(*options, io).run();
+        } catch (Result::Type code) {
+            io.err << commandName << "failed: " << Result::name(code) << "\n";
+            io.exitStatus = 1;
+        } catch (const std::exception& e) {
+            // A standard exception of the model's own rules (a VFX prefix
+            // longer than a name, say) ends the run, never the program.
+            io.err << commandName << "failed: " << e.what() << "\n";
+            io.exitStatus = 1;
+        }
     });
 }
 
