@@ -1,0 +1,109 @@
+#include "app/Commands.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <unistd.h>
+
+using montala::app::CommandIo;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct SessionRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+SessionRun session(std::vector<std::string> arguments)
+{
+    std::ostringstream out, err;
+    CommandIo io{out, err};
+    CLI::App program;
+    montala::app::registerSessionCommand(program, io);
+    arguments.insert(arguments.begin(), "session");
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    program.parse(reversed);
+    return {io.exitStatus, out.str(), err.str()};
+}
+
+std::string sample(const char* name)
+{
+    return std::string(MONTALA_SOURCE_DIR) + "/samples/sessions/" + name;
+}
+
+std::string contentOf(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+TEST(SessionCommand, CheckPrintsWhatTheSessionHolds)
+{
+    const SessionRun run = session({"check", sample("short-film-25.json")});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("Frame rate: 25 fps\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("Range: 01:00:00:00 - 01:06:10:00 (length 00:06:10:00)\n"), std::string::npos);
+    EXPECT_NE(run.out.find("Tracks: 12 (audio 6, video 1, marker 2, folder 2, ruler 1)\n"), std::string::npos);
+    EXPECT_NE(run.out.find("Markers: 10\n"), std::string::npos);
+    EXPECT_NE(run.out.find("Automation points: 32 on 3 automation tracks\n"), std::string::npos);
+    EXPECT_NE(run.out.find("  GUIDE     audio         1        0           0  locked\n"), std::string::npos);
+    EXPECT_NE(run.out.find("    DX A    audio        40"), std::string::npos) << "tracks in a folder are indented";
+
+    const SessionRun dropFrame = session({"check", sample("short-film-2997df.json")});
+    ASSERT_EQ(dropFrame.status, 0) << dropFrame.err;
+    EXPECT_NE(dropFrame.out.find("Frame rate: 29.97 fps drop frame\n"), std::string::npos);
+    EXPECT_NE(dropFrame.out.find("Range: 01:00:00;00 - 01:01:30;00"), std::string::npos);
+}
+
+TEST(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
+{
+    const fs::path path = fs::temp_directory_path() / ("montala-bad-session-" + std::to_string(::getpid()) + ".json");
+    std::ofstream(path) << R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+        "start": "01:00:00:00", "end": "01:01:00:00",
+        "tracks": [{"kind": "audio", "events": [{"kind": "audio", "start": 20, "end": 10, "file": "a.wav"}]}]})";
+    const SessionRun run = session({"check", path.string()});
+    fs::remove(path);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "montala session check: " + path.string() + ": /tracks/0/events/0: the event ends before it starts\n");
+
+    const SessionRun missing = session({"check", "/nonexistent/film.json"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "montala session check: /nonexistent/film.json: cannot be opened\n");
+}
+
+TEST(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
+{
+    const fs::path folder = fs::temp_directory_path() / ("montala-normalize-" + std::to_string(::getpid()));
+    fs::create_directories(folder);
+    for (const char* name : {"short-film-25.json", "short-film-2997df.json"}) {
+        const fs::path output = folder / name;
+        const SessionRun run = session({"normalize", sample(name), "-o", output.string()});
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, "Wrote " + output.string() + "\n");
+        EXPECT_EQ(contentOf(output), contentOf(sample(name))) << name << " is not in canonical form";
+    }
+
+    // A hand-written file: times on a frame come out as timecode, others as seconds.
+    const fs::path hand = folder / "hand.json";
+    std::ofstream(hand) << R"({"format":"montala-session","version":1,"frameRate":{"fps":25},"start":3600,
+        "end":60,"tracks":[{"kind":"marker","name":"M","events":[{"kind":"point","start":1.48},{"kind":"point","start":1.5}]}]})";
+    ASSERT_EQ(session({"normalize", hand.string(), "-o", hand.string()}).status, 0);
+    EXPECT_NE(contentOf(hand).find(R"({"kind": "point", "start": "01:00:01:12"},
+        {"kind": "point", "start": 1.5})"), std::string::npos)
+        << contentOf(hand);
+
+    const SessionRun failed = session({"normalize", sample("short-film-25.json"), "-o", (folder / "no/such/dir.json").string()});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_NE(failed.err.find("cannot be created"), std::string::npos) << failed.err;
+    fs::remove_all(folder);
+}
+
+} // namespace
