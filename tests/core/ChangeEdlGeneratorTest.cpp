@@ -144,22 +144,6 @@ TEST_F(ChangeEdlGeneratorTest, FreezeTakesTheShorterRecordLengthFromBothStarts)
               0u);
 }
 
-TEST_F(ChangeEdlGeneratorTest, OverlapOfRangesThatOnlyTouchIsNone)
-{
-    Timecode aOffset = test::tc("00:00:09:09"), bOffset = aOffset, length = aOffset;
-    EXPECT_FALSE(ChangeEdlGenerator::computeOverlap(test::tc("01:00:00:00"), test::tc("01:00:05:00"),
-                                                    test::tc("01:00:05:00"), test::tc("01:00:09:00"),
-                                                    aOffset, bOffset, length));
-    EXPECT_EQ(length, test::tc("00:00:09:09")) << "outputs must be left alone";
-
-    ASSERT_TRUE(ChangeEdlGenerator::computeOverlap(test::tc("01:00:00:00"), test::tc("01:00:05:00"),
-                                                   test::tc("01:00:03:00"), test::tc("01:00:09:00"),
-                                                   aOffset, bOffset, length));
-    EXPECT_EQ(aOffset, test::tc("00:00:03:00"));
-    EXPECT_EQ(bOffset, test::tc("00:00:00:00"));
-    EXPECT_EQ(length, test::tc("00:00:02:00"));
-}
-
 using DissolveTest = ChangeEdlGeneratorTest;
 
 TEST_F(DissolveTest, SplitsTheIncomingClipAndNamesTheMixWithTheCutPointTwice)
