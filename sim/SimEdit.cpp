@@ -97,8 +97,6 @@ tresult SimEdit::addObject(IEditContext* context, IProjectObject* object)
     const bool asAutomation = node->kind() == ObjectKind::AutomationTrack;
     if (asAutomation ? !container->isTrack() : !container->accepts(node->kind()))
         return kInvalidArgument;
-    if (!container->project())
-        return kInvalidArgument;
     if (refused(*container))
         return kResultFalse;
     put(*container, shared(node));

@@ -83,8 +83,10 @@ IParameterContainer* SimProject::getLocators()
 
 IEditContext* SimProject::getEditContext(IProjectObject* container)
 {
+    // A new node that is in no project yet has a context too, so that it can
+    // be named before it is added.
     SimObject* node = container ? simObject(container) : this;
-    if (!node || node->project() != this)
+    if (!node || (node->project() && node->project() != this))
         return nullptr;
     return new SimEditContext(Kelmar::shared(node));
 }

@@ -242,6 +242,9 @@ TEST_F(SimEditTest, ObjectsGoOnlyWhereTheirKindBelongsAndNotIntoLockedTracks)
 
     // A track moves into a folder and back out.
     auto folder = owned(project->createTrack("folder"));
+    auto newFolderContext = owned(project->getEditContext(folder.get()));
+    ASSERT_TRUE(newFolderContext) << "a new track can be named in its context before it is added";
+    EXPECT_EQ(folder->setName(newFolderContext.get(), u"Montala Markers", 0), kResultOk);
     auto root = owned(project->getEditContext(nullptr));
     ASSERT_EQ(edit->addObject(root.get(), folder.get()), kResultOk);
     auto folderContext = owned(project->getEditContext(folder.get()));
