@@ -113,6 +113,6 @@ void conform(benchmark::State& state)
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-BENCHMARK(conform)->Args({250, 32})->Args({1000, 8})->Args({1000, 32})->Args({4000, 32})->Unit(benchmark::kMillisecond);
+BENCHMARK(conform)->Args({250, 32})->Args({1000, 8})->Args({1000, 32})->Args({2000, 32})->Args({4000, 32})->Unit(benchmark::kMillisecond);
 
 } // namespace
