@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ModelFixture.h"
+#include "support/ModelFixture.h"
 
 #include "core/EventBase.h"
 #include "core/EventList.h"

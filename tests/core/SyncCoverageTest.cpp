@@ -4,7 +4,7 @@
 // is covered by exactly one Change event, and that event maps it to the old
 // record frame that showed the same source frame. Nothing else is covered.
 
-#include "ModelFixture.h"
+#include "support/ModelFixture.h"
 
 #include "core/ChangeEdlGenerator.h"
 #include "core/EventList.h"

@@ -1,0 +1,134 @@
+#include "app/Commands.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+using montala::app::CommandIo;
+
+namespace {
+
+struct CommandRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+CommandRun inspect(std::vector<std::string> arguments)
+{
+    std::ostringstream out, err;
+    CommandIo io{out, err};
+    CLI::App program;
+    montala::app::registerInspectCommand(program, io);
+    arguments.insert(arguments.begin(), "inspect");
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    program.parse(reversed);
+    return {io.exitStatus, out.str(), err.str()};
+}
+
+std::string writeFile(const std::string& name, const std::string& text)
+{
+    const std::string path = ::testing::TempDir() + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+const char* const reel =
+    "TITLE: REEL 1\nFCM: NON-DROP FRAME\n"
+    "001  A001     V     C        10:00:00:00 10:00:04:00 01:00:00:00 01:00:04:00\n"
+    "* FROM CLIP NAME: A001_C001.mov\n"
+    "002  A001B    V     C        10:00:10:00 10:00:12:24 01:00:04:00 01:00:06:24\n"
+    "003  B+1      V     C        10:00:10:00 10:00:12:00 01:00:06:24 01:00:08:24\n";
+
+} // namespace
+
+TEST(InspectCommand, PrintsEventsWithStatesAndCounts)
+{
+    const std::string path = writeFile("inspect_reel.edl", reel);
+    const CommandRun run = inspect({path, "--rate", "25"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("inspect_reel.edl: suggests 25 fps non-drop"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("A001_C001.mov"), std::string::npos);
+    EXPECT_NE(run.out.find("Roll name contains non-alphanumeric characters."), std::string::npos);
+    EXPECT_NE(run.out.find("Total: 3"), std::string::npos);
+    EXPECT_NE(run.out.find("Invalid: 1"), std::string::npos);
+    EXPECT_EQ(run.err, "");
+    std::remove(path.c_str());
+}
+
+TEST(InspectCommand, JsonDocumentKeepsTheScriptInterface)
+{
+    const std::string path = writeFile("inspect_json.edl", reel);
+    const CommandRun run = inspect({path, "--rate", "25", "--json"});
+    ASSERT_EQ(run.status, 0);
+    const auto document = nlohmann::json::parse(run.out);
+    EXPECT_EQ(document["rate"], (nlohmann::json{{"fps", 25}, {"pulled", false}, {"dropMode", 0}}));
+    EXPECT_EQ(document["files"][0]["suggestedRate"]["fps"], 25);
+    EXPECT_EQ(document["files"][0]["events"], 3);
+    EXPECT_EQ(document["total"], 3);
+    EXPECT_EQ(document["invalid"], 1);
+    const auto& second = document["events"][1];
+    EXPECT_EQ(second["rollName"], "A001") << "B-roll renaming is on by default";
+    EXPECT_EQ(second["srcOut"], "10:00:12:24");
+    EXPECT_EQ(second["dstIn"], "01:00:04:00");
+    EXPECT_EQ(second["edlFile"], "inspect_json.edl");
+    EXPECT_EQ(second["transitionType"], 0);
+    EXPECT_DOUBLE_EQ(second["motionSpeed"].template get<double>(), 1.0);
+    EXPECT_EQ(second["states"], nlohmann::json::array());
+    EXPECT_EQ(document["events"][2]["states"], (nlohmann::json{3}));
+
+    const CommandRun kept = inspect({path, "--rate", "25", "--json", "--no-broll-renaming"});
+    EXPECT_EQ(nlohmann::json::parse(kept.out)["events"][1]["rollName"], "A001B");
+    std::remove(path.c_str());
+}
+
+TEST(InspectCommand, WarnsWhenTheFileDoesNotFitTheProjectRate)
+{
+    const std::string path = writeFile("inspect_rate.edl", reel);
+    const CommandRun run = inspect({path, "--rate", "24"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.err.find("Frame rate mismatch between current project and loaded EDL inspect_rate.edl"),
+              std::string::npos);
+    EXPECT_NE(run.err.find("Some timecodes in the loaded EDL file inspect_rate.edl do not match the current "
+                           "project frame rate."),
+              std::string::npos);
+    std::remove(path.c_str());
+}
+
+TEST(InspectCommand, RateComesFromTheFirstFileOrTheUserMustNameIt)
+{
+    const std::string withoutFcm = writeFile("inspect_nofcm.edl",
+                                             "001 A V C 10:00:00:00 10:00:00:29 01:00:00:00 01:00:00:29\n");
+    CommandRun run = inspect({withoutFcm});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.err.find("assuming non-drop frame"), std::string::npos);
+    EXPECT_NE(run.out.find("Project rate: 30"), std::string::npos);
+
+    const std::string dropFrame = writeFile("inspect_df.edl", "FCM: DROP FRAME\n"
+                                                              "001 A V C 10:00:00;00 10:00:01;00 01:00:00;00 01:00:01;00\n");
+    run = inspect({dropFrame});
+    EXPECT_NE(run.out.find("Project rate: 29.97df"), std::string::npos);
+
+    const std::string empty = writeFile("inspect_empty.edl", "TITLE: NOTHING\n");
+    run = inspect({empty});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("--rate"), std::string::npos);
+    run = inspect({empty, "--rate", "25"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.err.find("The loaded EDL file inspect_empty.edl does not contain valid entries."), std::string::npos);
+    for (const std::string& path : {withoutFcm, dropFrame, empty})
+        std::remove(path.c_str());
+}
+
+TEST(InspectCommand, UnreadableFileIsReportedAndTheOthersStillRead)
+{
+    const std::string path = writeFile("inspect_ok.edl", reel);
+    const CommandRun run = inspect({"/nonexistent/missing.edl", path, "--rate", "25"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("An error occurred while loading the file. /nonexistent/missing.edl"), std::string::npos);
+    EXPECT_NE(run.out.find("Total: 3"), std::string::npos);
+    std::remove(path.c_str());
+}

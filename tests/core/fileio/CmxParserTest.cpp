@@ -1,0 +1,293 @@
+#include "support/ModelFixture.h"
+
+#include "core/EventList.h"
+#include "core/fileio/CmxParser.h"
+#include "util/Result.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+using namespace montala::core;
+using montala::core::fileio::CmxParser;
+using montala::test::ModelFixture;
+using montala::test::tc;
+using montala::util::Result;
+
+namespace {
+
+class CmxParserTest : public ModelFixture {
+protected:
+    // Parses EDL text as if it were the file "reel.edl".
+    Result::Type parse(const std::string& text, bool acceptAudio = false)
+    {
+        std::istringstream stream(text);
+        return parser.parseStream(stream, "reel.edl", list, suggested, acceptAudio);
+    }
+
+    const EventBase& event(size_t index) const { return *list.getEvent(index); }
+
+    CmxParser parser;
+    EventList list{EventList::ChangeKind};
+    Framerate suggested;
+};
+
+const char* const dissolvePair =
+    "TITLE: DISSOLVES\n"
+    "FCM: NON-DROP FRAME\n"
+    "001  A001     V     C        10:00:00:00 10:00:04:00 01:00:00:00 01:00:04:00\n"
+    "* FROM CLIP NAME:  first.mov\n"
+    "002  A001     V     C        10:00:04:00 10:00:04:00 01:00:04:00 01:00:04:00\n"
+    "002  B001     V     D    025 20:00:00:00 20:00:05:00 01:00:04:00 01:00:09:00\n"
+    "* EFFECT NAME: CROSS DISSOLVE\n"
+    "* FROM CLIP NAME:  outgoing.mov\n"
+    "* TO CLIP NAME:  incoming.mov\n"
+    "003  B001     V     C        20:00:05:00 20:00:06:24 01:00:09:00 01:00:10:24\n";
+
+} // namespace
+
+TEST_F(CmxParserTest, DissolvePairBecomesTwoEventsWithTheirClipNames)
+{
+    ASSERT_EQ(parse(dissolvePair), Result::Ok);
+    ASSERT_EQ(list.getSize(), 4u);
+    EXPECT_EQ(event(0).getClipName(), "first.mov");
+    EXPECT_EQ(event(1).getClipName(), "outgoing.mov");
+    EXPECT_EQ(event(1).getTransitionType(), EventBase::Cut);
+    EXPECT_EQ(event(2).getClipName(), "incoming.mov");
+    EXPECT_EQ(event(2).getTransitionType(), EventBase::Dissolve);
+    EXPECT_EQ(event(2).getTransitionDuration(), 25);
+    EXPECT_EQ(event(2).getEventNumber(), 2);
+    EXPECT_EQ(event(2).getSrcIn(), tc("20:00:00:00"));
+    EXPECT_EQ(event(2).getDstOut(), tc("01:00:09:00"));
+    // A comment of the pair that is neither FROM nor TO is dropped.
+    EXPECT_EQ(event(1).getEdlText(),
+              "002  A001     V     C        10:00:04:00 10:00:04:00 01:00:04:00 01:00:04:00\n"
+              "* FROM CLIP NAME:  outgoing.mov");
+    EXPECT_EQ(event(2).getEdlText().find("EFFECT"), std::string::npos);
+    EXPECT_EQ(event(3).getEdlFile(), "reel.edl");
+    for (size_t i = 0; i < 4; ++i)
+        EXPECT_TRUE(event(i).isFlawless()) << i;
+    EXPECT_EQ(suggested, Framerate(25, 0));
+}
+
+TEST_F(CmxParserTest, LineEndsOfEveryKindReadAlike)
+{
+    std::string crLf, crOnly;
+    for (char c : std::string(dissolvePair)) {
+        crLf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+        crOnly += c == '\n' ? '\r' : c;
+    }
+    for (const std::string& text : {crLf, crOnly}) {
+        list.clear();
+        ASSERT_EQ(parse(text), Result::Ok);
+        ASSERT_EQ(list.getSize(), 4u);
+        EXPECT_EQ(event(2).getClipName(), "incoming.mov");
+        EXPECT_EQ(event(3).getDstOut(), tc("01:00:10:24"));
+        EXPECT_EQ(event(3).getEdlText().find('\r'), std::string::npos);
+    }
+}
+
+TEST_F(CmxParserTest, LastLineWithoutLineEndIsRead)
+{
+    ASSERT_EQ(parse("001  A001 V C 10:00:00:00 10:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "002  A002 V C 10:00:00:00 10:00:01:00 01:00:01:00 01:00:02:00\n"
+                    "* FROM CLIP NAME: last.mov"),
+              Result::Ok);
+    ASSERT_EQ(list.getSize(), 2u);
+    EXPECT_EQ(event(1).getClipName(), "last.mov");
+}
+
+TEST_F(CmxParserTest, CommentsBeforeTheFirstEventAndUnknownLinesAreIgnored)
+{
+    ASSERT_EQ(parse("TITLE: X\n* NOTE: cut by the editor\n* FROM CLIP NAME: stray.mov\n"
+                    "M2   A001       050.0                10:00:00:00\n"
+                    "AUD  3    4\n"
+                    "001  A001 V C 10:00:00:00 10:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "M2   A001       050.0                10:00:00:00\n"),
+              Result::Ok);
+    ASSERT_EQ(list.getSize(), 1u);
+    EXPECT_EQ(event(0).getClipName(), "");
+    EXPECT_DOUBLE_EQ(event(0).getMotionSpeed(), 1.0) << "M2 lines are not read: speed comes from the ranges";
+}
+
+TEST_F(CmxParserTest, TitleAndFcmOnlyGiveNoEventsAndNoRate)
+{
+    ASSERT_EQ(parse("TITLE: EMPTY\nFCM: NON-DROP FRAME\n"), Result::Ok);
+    EXPECT_EQ(list.getSize(), 0u);
+    EXPECT_EQ(suggested.getFps(), 0);
+    EXPECT_EQ(suggested.getDropMode(), 0);
+    EXPECT_TRUE(suggested.isUndefined());
+}
+
+TEST_F(CmxParserTest, ShortLinesAreDroppedWithTheirComments)
+{
+    ASSERT_EQ(parse("001  AX V\n* FROM CLIP NAME: lost.mov\n"
+                    "1 AX V C 01:00:00:00 01:00:01:00 01:00:00:00\n"
+                    "2 AX V D 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "X1 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"),
+              Result::Ok);
+    // The dissolve line misses a piece, since its duration is not a number
+    // and the timecodes start one piece later.
+    EXPECT_EQ(list.getSize(), 0u);
+}
+
+TEST_F(CmxParserTest, BadFieldsKeepTheEventWithItsState)
+{
+    ASSERT_EQ(parse("1X A+B A X 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "2 AX V D 0X5 01:00:00:00 100:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "3 AX NONE c 01:00:00:00 01:00:01:00 1:0:0:0 01:00:01:00\n"),
+              Result::Ok);
+    ASSERT_EQ(list.getSize(), 3u);
+    EXPECT_EQ(event(0).getStates(), (std::set<EventState>{EventState::BadEventNumber, EventState::BadRollName,
+                                                         EventState::NotVideoEvent,
+                                                         EventState::UnsupportedTransition}));
+    EXPECT_EQ(event(0).getEventNumber(), 0);
+    EXPECT_EQ(event(0).getRollName(), "");
+    EXPECT_EQ(event(0).getDstOut(), tc("01:00:01:00"));
+    EXPECT_EQ(event(1).getStates(), (std::set<EventState>{EventState::BadTransitionDuration, EventState::BadSrcOut,
+                                                         EventState::UninitializedTimecode}));
+    EXPECT_FALSE(event(1).getSrcOut().isInitialized());
+    EXPECT_EQ(event(2).getStates(),
+              (std::set<EventState>{EventState::NotVideoEvent, EventState::UnsupportedTransition}));
+    EXPECT_EQ(event(2).getDstIn(), tc("01:00:00:00"));
+}
+
+TEST_F(CmxParserTest, ChannelCheckWidensForAudioOnlyWhenAsked)
+{
+    const std::string lines = "1 AX A C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                              "2 AX AA/V C 01:00:00:00 01:00:01:00 01:00:01:00 01:00:02:00\n"
+                              "3 AX B C 01:00:00:00 01:00:01:00 01:00:02:00 01:00:03:00\n"
+                              "4 AX none C 01:00:00:00 01:00:01:00 01:00:03:00 01:00:04:00\n";
+    ASSERT_EQ(parse(lines), Result::Ok);
+    EXPECT_TRUE(event(0).hasState(EventState::NotVideoEvent));
+    EXPECT_TRUE(event(1).isFlawless());
+    EXPECT_TRUE(event(2).isFlawless());
+    EXPECT_TRUE(event(3).hasState(EventState::NotVideoEvent));
+    list.clear();
+    ASSERT_EQ(parse(lines, true), Result::Ok);
+    EXPECT_TRUE(event(0).isFlawless());
+    EXPECT_TRUE(event(3).hasState(EventState::NotVideoEvent));
+}
+
+TEST_F(CmxParserTest, SuggestedRateIsALowerBoundFromTheHighestFrames)
+{
+    const auto rateOf = [this](const std::string& frames) {
+        list.clear();
+        parse("1 AX V C 01:00:00:" + frames + " 01:00:01:00 01:00:00:00 01:00:01:00\n");
+        return suggested;
+    };
+    EXPECT_EQ(rateOf("24").getFps(), 25);
+    EXPECT_EQ(rateOf("23").getFps(), 24);
+    EXPECT_EQ(rateOf("29").getFps(), 30);
+    EXPECT_EQ(rateOf("30").getFps(), 60);
+    EXPECT_EQ(rateOf("24").getDropMode(), -1) << "no FCM line leaves the drop mode open";
+}
+
+TEST_F(CmxParserTest, OnlyTheFcmLineSaysDropFrame)
+{
+    // ";" as separator does not make a file drop frame.
+    ASSERT_EQ(parse("1 AX V C 01:00:00;10 01:00:01;00 01:00:00;00 01:00:01;00\n"), Result::Ok);
+    EXPECT_EQ(event(0).getSrcIn(), tc("01:00:00:10"));
+    EXPECT_EQ(suggested.getDropMode(), -1);
+    list.clear();
+    // "NON-DROP FRAME" contains "DROP FRAME": it is looked for first; the last FCM line wins.
+    ASSERT_EQ(parse("FCM: DROP FRAME\nFCM: NON-DROP FRAME\n1 AX V C 01:00:00:10 01:00:01:00 01:00:00:00 01:00:01:00\n"),
+              Result::Ok);
+    EXPECT_EQ(suggested, Framerate(25, 0));
+    list.clear();
+    ASSERT_EQ(parse("FCM: NON-DROP FRAME\nFCM: DROP FRAME\n"), Result::Ok);
+    EXPECT_EQ(suggested, Framerate(30, 1));
+    list.clear();
+    ASSERT_EQ(parse("fcm: drop frame\n"), Result::Ok);
+    EXPECT_EQ(suggested.getDropMode(), -1);
+}
+
+TEST_F(CmxParserTest, DropFrameEventsAcrossMinuteBoundaries)
+{
+    setRate(30, 1, true);
+    ASSERT_EQ(parse("FCM: DROP FRAME\n"
+                    "001  A001 V C 14:00:59;20 14:01:00;10 01:00:59;20 01:01:00;10\n"
+                    "002  A001 V C 14:09:59;28 14:10:00;02 01:09:59;28 01:10:00;02\n"
+                    "003  A001 V C 14:01:00;00 14:01:00;10 01:01:00;02 01:01:00;12\n"),
+              Result::Ok);
+    ASSERT_EQ(list.getSize(), 3u);
+    // 20 to 29 of second 59 are 10 frames, then 02 to 09 of the next minute are 8.
+    EXPECT_TRUE(event(0).isFlawless());
+    EXPECT_EQ(event(0).getDstOut().toFrames() - event(0).getDstIn().toFrames(), 18);
+    // At the tenth minute nothing is dropped.
+    EXPECT_TRUE(event(1).isFlawless());
+    EXPECT_EQ(event(1).getDstOut().toFrames() - event(1).getDstIn().toFrames(), 4);
+    // Frame 00 of minute 1 does not exist at drop frame.
+    EXPECT_TRUE(event(2).hasState(EventState::InvalidTimecode));
+    EXPECT_EQ(suggested, Framerate(30, 1));
+}
+
+TEST_F(CmxParserTest, CutKeepsTheLastClipName)
+{
+    ASSERT_EQ(parse("1 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "* FROM CLIP NAME: a.mov\n* LOC: 01:00:00:12 RED marker\n* TO CLIP NAME: b.mov\n"
+                    "* FROM CLIP NAME:   \n"),
+              Result::Ok);
+    EXPECT_EQ(event(0).getClipName(), "b.mov");
+    // A NAME: with nothing behind it is not recorded at all.
+    EXPECT_EQ(event(0).getEdlText(), "1 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                                     "* FROM CLIP NAME: a.mov\n* LOC: 01:00:00:12 RED marker\n"
+                                     "* TO CLIP NAME: b.mov");
+}
+
+TEST_F(CmxParserTest, HugeEventNumberIsABadNumberNotACrash)
+{
+    ASSERT_EQ(parse("99999999999999999999 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"), Result::Ok);
+    EXPECT_TRUE(event(0).hasState(EventState::BadEventNumber));
+}
+
+TEST_F(CmxParserTest, FilesAreReadByPathAndAMissingFileFails)
+{
+    const std::string path = ::testing::TempDir() + "montala_parser_test.edl";
+    {
+        std::ofstream file(path, std::ios::binary);
+        file << dissolvePair;
+    }
+    Framerate rate;
+    EventList target(EventList::OldKind);
+    target.addEvent(std::make_shared<EventBase>());
+    ASSERT_EQ(fileio::parseEdlFile(converter.fromUtf8(path), target, rate, false), Result::Ok);
+    EXPECT_EQ(target.getSize(), 4u);
+    EXPECT_EQ(target.getListKind(), EventList::OldKind);
+    EXPECT_EQ(target.getEvent(0)->getEdlFile(), "montala_parser_test.edl");
+    std::remove(path.c_str());
+
+    rate = Framerate(24, 0);
+    EXPECT_EQ(fileio::parseEdlFile(converter.fromUtf8(path), target, rate, false), Result::FileNotOpened);
+    EXPECT_EQ(target.getSize(), 0u) << "the list takes the empty result";
+    EXPECT_EQ(rate, Framerate(24, 0)) << "the rate is written only on success";
+}
+
+TEST_F(CmxParserTest, LoadEdlAppendsAndRenamesBRollsPerFile)
+{
+    const std::string first = ::testing::TempDir() + "montala_load_a.edl";
+    const std::string second = ::testing::TempDir() + "montala_load_b.edl";
+    {
+        std::ofstream(first, std::ios::binary) << "1 A001 V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                                                  "2 A001B V C 01:00:00:00 01:00:01:00 01:00:01:00 01:00:02:00\n";
+        std::ofstream(second, std::ios::binary) << "1 A001B V C 01:00:00:00 01:00:01:00 01:00:02:00 01:00:03:00\n";
+    }
+    EventList target(EventList::NewKind);
+    Framerate rate;
+    target.loadEdl(converter.fromUtf8(first), false, rate, true, false);
+    target.loadEdl(converter.fromUtf8(second), true, rate, true, false);
+    ASSERT_EQ(target.getSize(), 3u);
+    EXPECT_EQ(target.getEvent(1)->getRollName(), "A001");
+    EXPECT_EQ(target.getEvent(2)->getRollName(), "A001B") << "each file is renamed by itself";
+    try {
+        target.loadEdl(u"/nonexistent/montala.edl", true, rate, true, false);
+        FAIL();
+    } catch (Result::Type code) {
+        EXPECT_EQ(code, Result::FileNotOpened);
+    }
+    EXPECT_EQ(target.getSize(), 3u) << "a failed append leaves the list as it was";
+    std::remove(first.c_str());
+    std::remove(second.c_str());
+}
