@@ -8,7 +8,8 @@ class IPoolClip;
 class IEditContext;
 class IClipSource;
 
-// An event of a video track.
+// An event of a video track. From IHostServices::getService: a new event, not
+// yet in a track.
 class IVideoEvent : public FUnknown {
 public:
     virtual IPoolClip* getClip() = 0;

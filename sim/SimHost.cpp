@@ -117,6 +117,8 @@ tresult SimHost::getService(const FUID& iid, void** service)
         made = newNode(ObjectKind::RangeMarker);
     else if (iid == IAutomationPoint::iid || iid == IAutomationCurvePoint::iid)
         made = newNode(ObjectKind::AutomationPoint);
+    else if (iid == IVideoEvent::iid)
+        made = newNode(ObjectKind::VideoEvent);
     if (!made)
         return kNoInterface;
     return made->queryInterface(iid, service);

@@ -36,8 +36,8 @@ class SimWindowRegistry;
 //
 // getService hands out the shared services, and for IProjectEdit and
 // IRangeEdit (one object answering both), IObjectList, IStorage, IPath,
-// IPointMarker, IRangeMarker, IAutomationPoint and IAutomationCurvePoint a new
-// object for each call.
+// IPointMarker, IRangeMarker, IAutomationPoint, IAutomationCurvePoint and
+// IVideoEvent (a video event for a picture track) a new object for each call.
 class SimHost : public SimBase, public Kelmar::IHostServices {
 public:
     static Kelmar::IPtr<SimHost> create();

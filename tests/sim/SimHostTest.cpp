@@ -16,6 +16,7 @@
 #include "kelmar/IRangeEdit.h"
 #include "kelmar/ITransport.h"
 #include "kelmar/ITimeParameter.h"
+#include "kelmar/IVideoEvent.h"
 #include "kelmar/IVideoFrame.h"
 #include "kelmar/IVideoThumbnailFactory.h"
 #include "sim/SimActionManager.h"
@@ -51,6 +52,9 @@ TEST_F(SimHostTest, SharesItsServicesAndMakesANewObjectForEachRequestOfTheOthers
     auto edit = service<IRangeEdit>(*host);
     ASSERT_TRUE(edit);
     EXPECT_TRUE(Kelmar::queryInterface<IProjectEdit>(edit.get())) << "the range edit is also a project edit";
+    auto videoEvent = service<IVideoEvent>(*host);
+    ASSERT_TRUE(videoEvent);
+    EXPECT_TRUE(Kelmar::queryInterface<IProjectObject>(videoEvent.get())->isKind("video"));
     auto point = service<IAutomationCurvePoint>(*host);
     ASSERT_TRUE(point);
     EXPECT_EQ(owned(Kelmar::queryInterface<IProjectObject>(point.get())->getParent()), nullptr);
