@@ -130,6 +130,17 @@ TEST_F(ChangeEdlGeneratorTest, VarispeedTurnsSourceTimeIntoRecordTime)
     EXPECT_EQ(generate({slow}, {far}).getSize(), 0u);
 }
 
+TEST_F(ChangeEdlGeneratorTest, NearlyNormalSpeedIsConformedAtTheSourceLength)
+{
+    // 250 source frames over 248 record frames is speed 1.008: within 0.01
+    // of 1 it counts as normal, and the Change event takes the length of
+    // the source, two frames past the New event's out. Required as it
+    // stands: the Old event's speed alone chooses how lengths are taken.
+    EXPECT_EQ(describe(generate({event("A", "01:00:00:00", "01:00:10:00", "10:00:00:00", "10:00:10:00")},
+                                {event("A", "01:00:00:00", "01:00:10:00", "20:00:00:00", "20:00:09:23")})),
+              (Lines{"A SRC 10:00:00:00-10:00:10:00 DST 20:00:00:00-20:00:10:00"}));
+}
+
 TEST_F(ChangeEdlGeneratorTest, FreezeTakesTheShorterRecordLengthFromBothStarts)
 {
     EventPtr oldFreeze = event("A", "01:00:00:00", "01:00:00:01", "10:00:00:00", "10:00:05:00");

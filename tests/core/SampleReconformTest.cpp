@@ -7,14 +7,18 @@
 #include "core/EventList.h"
 #include "core/HealProcessing.h"
 #include "core/Settings.h"
+#include "core/fileio/CmxParser.h"
 #include "util/StringUtil.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace montala::core {
 namespace {
 
 using Lines = std::vector<std::string>;
+using util::Result;
 
 class SampleReconformTest : public test::ChangeEdlFixture {
 protected:
@@ -96,6 +100,66 @@ TEST_F(SampleReconformTest, ShortFilmAt2997DropFrameFollowsTheRecordMap)
         "01:00:39:22-01:01:04:22 -> 01:00:39:27-01:01:04:27",  // 011-016 +5, across 01:01:00
         "01:01:08:01-01:01:21:26 -> 01:01:04:27-01:01:18:22",  // 017-019 -94
     }));
+}
+
+TEST_F(SampleReconformTest, EdlsOfOtherToolsGenerateWithoutHarm)
+{
+    // Every file of the corpus against itself and against its neighbour,
+    // at the rate it suggests: generation either succeeds or throws one of
+    // our codes, and never places an event outside the New cut's span.
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(MONTALA_CORPUS_DIR)) {
+        if (entry.is_regular_file() && entry.path().extension() != ".md")
+            files.push_back(entry.path().string());
+    }
+    std::sort(files.begin(), files.end());
+    ASSERT_GT(files.size(), 10u);
+
+    Settings settings;
+    settings.setVfxPattern(VfxPatternEntry("*_", "", true), 0);
+    settings.setHealProcessing(HealProcessingMode::GapsWithInserts);
+    ChangeEdlGenerator generator;
+    generator.configure(settings.getMatchName(), settings.getVfxPatterns());
+    for (size_t i = 0; i < files.size(); ++i) {
+        const std::string& oldFile = files[i];
+        for (const std::string& newFile : {oldFile, files[(i + 1) % files.size()]}) {
+            EventList oldList(EventList::OldKind);
+            EventList newList(EventList::NewKind);
+            Framerate rate;
+            if (fileio::parseEdlFile(converter.fromUtf8(oldFile), oldList, rate, false) != Result::Ok)
+                continue;
+            if (!rate.isUndefined())
+                provider.setFramerate(rate);
+            if (fileio::parseEdlFile(converter.fromUtf8(newFile), newList, rate, false) != Result::Ok)
+                continue;
+            for (EventList* events : {&oldList, &newList}) {
+                for (const EventPtr& e : events->getEvents())
+                    e->revalidate();
+            }
+            EventList changes(EventList::ChangeKind);
+            try {
+                generator.generate(oldList, newList, changes);
+                EventListAlgorithm::Context context{&newList, &settings, provider.getFramerate()};
+                HealProcessing().process(changes, context);
+            } catch (Result::Type code) {
+                EXPECT_EQ(code, Result::OutOfRange) << oldFile << " -> " << newFile;
+                continue;
+            }
+            if (changes.getSize() == 0)
+                continue;
+            // A New event within 0.01 of normal speed is conformed at its
+            // source length, so it may pass the New cut's end by up to 1 %.
+            const TimecodeRange span = newList.getRange(EventList::Dst);
+            for (const EventPtr& e : changes.getEvents()) {
+                const std::string where = oldFile + " -> " + newFile + ": " + describe(*e);
+                EXPECT_FALSE(e->getDstIn() < span.start) << where;
+                const int over = e->getDstOut().toFrames() - span.end.toFrames();
+                const int length = e->getDstOut().toFrames() - e->getDstIn().toFrames();
+                EXPECT_LE(over * 100, length) << where;
+            }
+        }
+        provider.setFramerate(Framerate(25, 0));
+    }
 }
 
 } // namespace
