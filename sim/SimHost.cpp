@@ -63,9 +63,12 @@ SimHost::SimHost()
 
 SimHost::~SimHost()
 {
-    // Quietly: whoever registered notifications may be gone by now.
+    // Quietly: whoever registered notifications may be gone by now. Projects
+    // still held elsewhere stop recording into a host that is going.
     pluginObject.reset();
     openGroup.reset();
+    for (const auto& project : manager->openProjects())
+        project->setRecording(false);
 }
 
 tresult SimHost::queryInterface(const FUID& iid, void** obj)
