@@ -279,8 +279,11 @@ EventPtr findNeighbour(const EventListIndex& index, const EventPtr& event, bool 
     if (!index.containsEvent(event))
         return nullptr;
     const auto& byDstIn = index.getByDstIn();
-    auto it = byDstIn.find(event->getDstIn());
-    if (it == byDstIn.end())
+    // Among the events that share its DST IN, find this very one.
+    auto [it, end] = byDstIn.equal_range(event->getDstIn());
+    while (it != end && it->second.lock() != event)
+        ++it;
+    if (it == end)
         return nullptr;
     if (toPrevious) {
         if (it == byDstIn.begin())

@@ -17,7 +17,9 @@ namespace montala::core {
 class EventListIndex {
 public:
     using EdgeMap = std::multimap<double, std::weak_ptr<EventBase>>;
-    using TimecodeMap = std::map<Timecode, std::weak_ptr<EventBase>>;
+    // Events may share a timecode (the two lines of a dissolve share their
+    // DST IN): they all stay, in list order.
+    using TimecodeMap = std::multimap<Timecode, std::weak_ptr<EventBase>>;
 
     EventListIndex(const EventList& list, const Framerate& rate);
 

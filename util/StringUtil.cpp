@@ -2,6 +2,7 @@
 
 #include "util/Result.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
@@ -133,7 +134,8 @@ std::string StringUtil::replaceAll(const std::string& text, const std::string& s
     while (position != std::string::npos) {
         if (position <= result.size())
             result.replace(position, search.size(), replacement);
-        position = text.find(search, position + replacement.size());
+        // An empty replacement would search the same place forever.
+        position = text.find(search, position + std::max<size_t>(replacement.size(), 1));
     }
     return result;
 }

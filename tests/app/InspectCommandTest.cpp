@@ -76,7 +76,7 @@ TEST(InspectCommand, JsonDocumentKeepsTheScriptInterface)
     EXPECT_EQ(second["dstIn"], "01:00:04:00");
     EXPECT_EQ(second["edlFile"], "inspect_json.edl");
     EXPECT_EQ(second["transitionType"], 0);
-    EXPECT_DOUBLE_EQ(second["motionSpeed"].template get<double>(), 1.0);
+    EXPECT_NEAR(second["motionSpeed"].template get<double>(), 1.0, 1e-9);
     EXPECT_EQ(second["states"], nlohmann::json::array());
     EXPECT_EQ(document["events"][2]["states"], (nlohmann::json{3}));
 

@@ -79,6 +79,7 @@ TEST_F(EventListIndexTest, EqualEventsAreTwoEventsWithFourEdgesEach)
     EXPECT_TRUE(index.containsEvent(second));
     EXPECT_EQ(index.getDstEdges().size(), 4u);
     EXPECT_EQ(index.getSrcEdges().size(), 4u);
+    EXPECT_EQ(index.getByDstIn().size(), 2u) << "a shared DST IN keeps both events";
 }
 
 TEST_F(EventListIndexTest, EventsThatDoNotFitTheRateAreLeftOut)

@@ -146,8 +146,10 @@ TEST_F(CmxParserTest, BadFieldsKeepTheEventWithItsState)
     EXPECT_EQ(event(0).getEventNumber(), 0);
     EXPECT_EQ(event(0).getRollName(), "");
     EXPECT_EQ(event(0).getDstOut(), tc("01:00:01:00"));
+    // The unread SRC OUT stays 00:00:00:00, before SRC IN: a range fault too.
     EXPECT_EQ(event(1).getStates(), (std::set<EventState>{EventState::BadTransitionDuration, EventState::BadSrcOut,
-                                                         EventState::UninitializedTimecode}));
+                                                         EventState::UninitializedTimecode,
+                                                         EventState::InvalidTimecodeRange}));
     EXPECT_FALSE(event(1).getSrcOut().isInitialized());
     EXPECT_EQ(event(2).getStates(),
               (std::set<EventState>{EventState::NotVideoEvent, EventState::UnsupportedTransition}));
@@ -193,7 +195,7 @@ TEST_F(CmxParserTest, OnlyTheFcmLineSaysDropFrame)
     EXPECT_EQ(suggested.getDropMode(), -1);
     list.clear();
     // "NON-DROP FRAME" contains "DROP FRAME": it is looked for first; the last FCM line wins.
-    ASSERT_EQ(parse("FCM: DROP FRAME\nFCM: NON-DROP FRAME\n1 AX V C 01:00:00:10 01:00:01:00 01:00:00:00 01:00:01:00\n"),
+    ASSERT_EQ(parse("FCM: DROP FRAME\nFCM: NON-DROP FRAME\n1 AX V C 01:00:00:24 01:00:01:00 01:00:00:00 01:00:01:00\n"),
               Result::Ok);
     EXPECT_EQ(suggested, Framerate(25, 0));
     list.clear();
