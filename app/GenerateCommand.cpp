@@ -92,12 +92,6 @@ std::string describeFailure(Result::Type code, const core::Settings& settings)
     return "generation failed";
 }
 
-std::string fileNameOf(const std::string& path)
-{
-    const size_t slash = path.find_last_of("/\\");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 nlohmann::json filesToJson(const std::vector<LoadedEdlFile>& files, const char* listName)
 {
     nlohmann::json array = nlohmann::json::array();

@@ -35,6 +35,8 @@ public:
 
     static std::u16string utf8ToUtf16(std::string_view utf8);
     static std::string utf16ToUtf8(std::u16string_view utf16);
+    // Appends one code point as UTF-8.
+    static void appendUtf8(std::string& out, char32_t codePoint);
     // Length of a zero-terminated 16-bit text; 0 for null.
     static std::size_t length16(const char16* text);
 

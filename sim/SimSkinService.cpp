@@ -6,8 +6,6 @@
 #include "sim/XmlElement.h"
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 
 namespace montala::sim {
 
@@ -25,17 +23,11 @@ tresult SimSkinService::loadSkin(ModuleHandle, const char8* resource)
     if (!resource)
         return kInvalidArgument;
     const std::string path = host->resourcePath(resource);
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        error = path + ": cannot be read";
+    const auto root = XmlElement::parseFile(path, error);
+    if (!root)
         return kResultFalse;
-    }
-    std::ostringstream content;
-    content << file.rdbuf();
-    std::string parseError;
-    const auto root = XmlElement::parse(content.str(), parseError);
-    if (!root || root->name() != "skin") {
-        error = path + ": " + (root ? std::string("the root is not <skin>") : parseError);
+    if (root->name() != "skin") {
+        error = path + ": the root is not <skin>";
         return kResultFalse;
     }
     for (const auto& element : root->children())

@@ -3,8 +3,6 @@
 #include "sim/SimHost.h"
 #include "sim/XmlElement.h"
 
-#include <fstream>
-#include <sstream>
 
 namespace montala::sim {
 
@@ -36,19 +34,9 @@ tresult SimTranslationService::loadTable(ModuleHandle, const char8* resource, co
     if (!resource || !table)
         return kInvalidArgument;
     const std::string path = host->resourcePath(resource);
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        error = path + ": cannot be read";
+    const auto root = XmlElement::parseFile(path, error);
+    if (!root)
         return kResultFalse;
-    }
-    std::ostringstream content;
-    content << file.rdbuf();
-    std::string parseError;
-    const auto root = XmlElement::parse(content.str(), parseError);
-    if (!root) {
-        error = path + ": " + parseError;
-        return kResultFalse;
-    }
     const XmlElement* strings = root->child("StringTable");
     if (root->name() != "Translation" || !strings) {
         error = path + ": no <Translation> with a <StringTable>";

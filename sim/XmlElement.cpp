@@ -1,5 +1,10 @@
 #include "sim/XmlElement.h"
 
+#include "kelmar/String.h"
+
+#include <fstream>
+#include <sstream>
+
 #include <cstdint>
 
 namespace montala::sim {
@@ -99,24 +104,6 @@ private:
         return std::string(text.substr(start, pos - start));
     }
 
-    static void appendUtf8(std::string& out, std::uint32_t c)
-    {
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
 
     // At '&': appends the character the entity stands for.
     void entity(std::string& out)
@@ -155,7 +142,7 @@ private:
                 }
                 code = code * (hex ? 16 : 10) + static_cast<std::uint32_t>(digit);
             }
-            appendUtf8(out, code);
+            Kelmar::String::appendUtf8(out, static_cast<char32_t>(code));
         } else {
             fail("the unknown entity &" + std::string(body) + ";");
             return;
@@ -269,6 +256,22 @@ const XmlElement* XmlElement::child(std::string_view childName) const
         if (element->elementName == childName)
             return element.get();
     return nullptr;
+}
+
+std::unique_ptr<XmlElement> XmlElement::parseFile(const std::string& path, std::string& error)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        error = path + ": cannot be read";
+        return nullptr;
+    }
+    std::ostringstream content;
+    content << file.rdbuf();
+    std::string parseError;
+    auto root = parse(content.str(), parseError);
+    if (!root)
+        error = path + ": " + parseError;
+    return root;
 }
 
 } // namespace montala::sim

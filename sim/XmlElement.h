@@ -16,6 +16,8 @@ class XmlElement {
 public:
     // The root element, or null with `error` naming line and column.
     static std::unique_ptr<XmlElement> parse(std::string_view text, std::string& error);
+    // Reads and parses a file; on failure `error` starts with the path.
+    static std::unique_ptr<XmlElement> parseFile(const std::string& path, std::string& error);
 
     const std::string& name() const { return elementName; }
     const std::string& text() const { return content; }
