@@ -1,3 +1,4 @@
+#include "support/ModelFixture.h"
 #include "core/DataModel.h"
 #include "core/DataModelChangeScope.h"
 #include "core/DataModelCommandCreator.h"
@@ -15,34 +16,13 @@
 namespace montala::core {
 namespace {
 
+using montala::test::thrownCode;
+using montala::test::tc;
+using montala::test::makeEvent;
+
 using serialize::SerializationTree;
 using util::Result;
 using Bytes = std::vector<uint8_t>;
-
-template <typename Call>
-Result::Type failureOf(Call&& call)
-{
-    try {
-        call();
-    } catch (Result::Type code) {
-        return code;
-    }
-    return Result::Ok;
-}
-
-Timecode tc(const char* text)
-{
-    return Timecode(std::string(text));
-}
-
-EventPtr makeEvent(const std::string& roll, const char* srcIn, const char* srcOut, const char* dstIn,
-                   const char* dstOut)
-{
-    EventPtr event = EventBase::create(EventBase::Plain);
-    event->setTimecodes(tc(srcIn), tc(srcOut), tc(dstIn), tc(dstOut));
-    event->setRollName(roll);
-    return event;
-}
 
 // Stands in for the window: records what the model reports.
 class RecordingNotifier : public ChangeContextNotificationBase {
@@ -187,7 +167,7 @@ TEST_F(DataModelTest, Version0BlockHasNoVideosAndLeavesTheListEmpty)
     // Whatever fails inside a version 0 block is reported as an unknown version.
     Bytes cut(block.begin(), block.begin() + 40);
     SerializationTree cutTree = treeOf(cut);
-    EXPECT_EQ(Result::UnknownVersion, failureOf([&] { cutTree.readObject(model); }));
+    EXPECT_EQ(Result::UnknownVersion, thrownCode([&] { cutTree.readObject(model); }));
     EXPECT_TRUE(isEmpty(model));
 }
 
@@ -197,10 +177,10 @@ TEST_F(DataModelTest, NewerOrUnknownVersionsLeaveTheModelUntouched)
     Bytes block = storedModel(model);
     block[0] = 2;
     SerializationTree tree = treeOf(block);
-    EXPECT_EQ(Result::NewerVersion, failureOf([&] { tree.readObject(model); }));
+    EXPECT_EQ(Result::NewerVersion, thrownCode([&] { tree.readObject(model); }));
     EXPECT_EQ(2u, model.getOldList().getSize());
     tree.rewind();
-    EXPECT_EQ(Result::UnknownVersion, failureOf([&] { model.readOld(tree, 7); }));
+    EXPECT_EQ(Result::UnknownVersion, thrownCode([&] { model.readOld(tree, 7); }));
     EXPECT_EQ(2u, model.getVideoList().getSize());
 }
 
@@ -214,7 +194,7 @@ TEST_F(DataModelTest, BlockCutAtAnyPositionLeavesAnEmptyModel)
     for (size_t length = 1; length < 4; ++length) {
         fillModel(model);
         SerializationTree tree = treeOf(Bytes(block.begin(), block.begin() + static_cast<long>(length)));
-        ASSERT_EQ(Result::StreamExhausted, failureOf([&] { tree.readObject(model); }));
+        ASSERT_EQ(Result::StreamExhausted, thrownCode([&] { tree.readObject(model); }));
         ASSERT_EQ(2u, model.getOldList().getSize());
         model.clearAll();
     }
@@ -222,7 +202,7 @@ TEST_F(DataModelTest, BlockCutAtAnyPositionLeavesAnEmptyModel)
         fillModel(model);
         notifier.kinds.clear();
         SerializationTree tree = treeOf(Bytes(block.begin(), block.begin() + static_cast<long>(length)));
-        ASSERT_EQ(Result::StreamExhausted, failureOf([&] { tree.readObject(model); })) << "cut at " << length;
+        ASSERT_EQ(Result::StreamExhausted, thrownCode([&] { tree.readObject(model); })) << "cut at " << length;
         ASSERT_TRUE(isEmpty(model)) << "cut at " << length;
         // Told once, and listening again.
         ASSERT_EQ(std::vector<int>{ChangeContext::DataModelKind}, notifier.kinds) << "cut at " << length;
@@ -248,7 +228,7 @@ TEST_F(DataModelTest, DamagedBlocksEndInACodeWithTheModelEmptyOrWhole)
             damaged[position(random)] = static_cast<uint8_t>(byte(random));
         DataModel read;
         SerializationTree tree = treeOf(damaged);
-        const Result::Type code = failureOf([&] { tree.readObject(read); });
+        const Result::Type code = thrownCode([&] { tree.readObject(read); });
         if (code != Result::Ok) {
             ++failures;
             ASSERT_TRUE(isEmpty(read)) << "round " << round << " code " << code;
@@ -282,7 +262,7 @@ TEST_F(DataModelTest, RestoringAnUndoStepKeepsTheSettingsOfTheMoment)
     // A failed restore still reports once and keeps the settings.
     notifier.kinds.clear();
     SerializationTree broken = treeOf({1, 0, 0, 0, 0, 0});
-    EXPECT_EQ(Result::StreamExhausted, failureOf([&] { model.restoreKeepingSettings(broken); }));
+    EXPECT_EQ(Result::StreamExhausted, thrownCode([&] { model.restoreKeepingSettings(broken); }));
     EXPECT_EQ(0u, model.getOldList().getSize());
     EXPECT_EQ(HealProcessingMode::None, model.getSettings().getHealProcessing());
     EXPECT_EQ(std::vector<int>{ChangeContext::DataModelKind}, notifier.kinds);
@@ -375,7 +355,7 @@ TEST_F(DataModelTest, PropertiesPreviewAndNotification)
     ASSERT_EQ(Result::Ok, model.getProperty(PropertyKey::OldSelectedRows, value));
     EXPECT_EQ("3", value.asText());
 
-    EXPECT_EQ(Result::NotInitialized, failureOf([&] { model.notifyPreviewChanged(); }));
+    EXPECT_EQ(Result::NotInitialized, thrownCode([&] { model.notifyPreviewChanged(); }));
     model.setNotifier(&notifier);
     model.notifyPreviewChanged();
     // Setting values is silent; the parts' changes pass through.

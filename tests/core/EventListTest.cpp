@@ -14,6 +14,8 @@ using montala::util::Result;
 
 namespace {
 
+using montala::test::thrownCode;
+
 EventPtr makeEvent(const char* srcIn, const char* srcOut, const char* dstIn, const char* dstOut,
                    const std::string& roll = "A001")
 {
@@ -34,17 +36,6 @@ public:
     std::vector<int> kinds;
     std::vector<int> listKinds;
 };
-
-template <typename F>
-Result::Type thrownCode(F&& action)
-{
-    try {
-        action();
-    } catch (Result::Type code) {
-        return code;
-    }
-    return Result::Ok;
-}
 
 // Two cuts with a two-second hole between them on the record side.
 //   A: 01:00:00:00-01:00:10:00    B: 01:00:12:00-01:00:20:00

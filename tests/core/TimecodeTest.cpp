@@ -17,16 +17,7 @@ using montala::util::Result;
 
 namespace {
 
-template <typename F>
-Result::Type thrownCode(F&& action)
-{
-    try {
-        action();
-    } catch (Result::Type code) {
-        return code;
-    }
-    return Result::Ok;
-}
+using montala::test::thrownCode;
 
 const Framerate df30(30, 1);
 const Framerate ndf25(25, 0);
@@ -152,8 +143,9 @@ TEST(Timecode, DropFrameRoundTripsEveryFrameOfTheDay)
         value.fromFrames(n, df30);
         ASSERT_TRUE(value.isValid(df30)) << n;
         ASSERT_EQ(value.toFrames(df30), n) << value.toString();
-        if (n > 0)
+        if (n > 0) {
             ASSERT_LT(previous, value) << n;
+        }
         previous = value;
     }
 }

@@ -1,3 +1,4 @@
+#include "support/ModelFixture.h"
 #include "core/Variant.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
@@ -8,6 +9,8 @@
 
 namespace montala::core {
 namespace {
+
+using montala::test::thrownCode;
 
 using serialize::SerializationTree;
 using util::Result;
@@ -27,18 +30,6 @@ Variant readBack(const std::vector<uint8_t>& bytes)
     tree.readObject(value);
     EXPECT_EQ(bytes.size(), tree.getPosition());
     return value;
-}
-
-// The code a call throws, Ok if it throws none.
-template <typename Call>
-Result::Type failureOf(Call&& call)
-{
-    try {
-        call();
-    } catch (Result::Type code) {
-        return code;
-    }
-    return Result::Ok;
 }
 
 TEST(VariantStoredForm, MatchesGoldenBytesForEveryType)
@@ -85,12 +76,12 @@ TEST(VariantStoredForm, ReadsFloatsUnknownTypesAndVersionZero)
     Variant value;
     SerializationTree newer;
     newer.assign("\x02\x00\x00\x00\x01\x00\x00\x00\x00\x00\x00\x00", 12);
-    EXPECT_EQ(Result::NewerVersion, failureOf([&] { newer.readObject(value); }));
+    EXPECT_EQ(Result::NewerVersion, thrownCode([&] { newer.readObject(value); }));
     SerializationTree cut;
     cut.assign("\x01\x00\x00\x00\x04\x00\x00\x00\x00\x00", 10);
-    EXPECT_EQ(Result::StreamExhausted, failureOf([&] { cut.readObject(value); }));
+    EXPECT_EQ(Result::StreamExhausted, thrownCode([&] { cut.readObject(value); }));
     cut.rewind();
-    EXPECT_EQ(Result::UnknownVersion, failureOf([&] { value.readOld(cut, 5); }));
+    EXPECT_EQ(Result::UnknownVersion, thrownCode([&] { value.readOld(cut, 5); }));
 }
 
 TEST(VariantValues, AssignmentKeepsOnlyTheFieldOfTheNewType)

@@ -1,3 +1,4 @@
+#include "support/ModelFixture.h"
 #include "core/VideoList.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
@@ -9,12 +10,9 @@
 namespace montala::core {
 namespace {
 
-using util::Result;
+using montala::test::tc;
 
-Timecode tc(const char* text)
-{
-    return Timecode(std::string(text));
-}
+using util::Result;
 
 class CountingListener : public ChangeContextListenerInterface {
 public:

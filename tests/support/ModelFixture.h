@@ -1,10 +1,15 @@
 #pragma once
 
+#include "core/EventBase.h"
 #include "core/Framerate.h"
 #include "core/Timecode.h"
+#include "util/Result.h"
 #include "util/StringConverter.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
 
 namespace montala::test {
 
@@ -28,6 +33,28 @@ protected:
 inline core::Timecode tc(const char* text)
 {
     return core::Timecode(std::string(text));
+}
+
+// A plain event with its four timecodes (at the provider's rate) and roll.
+inline core::EventPtr makeEvent(const std::string& roll, const char* srcIn, const char* srcOut, const char* dstIn,
+                                const char* dstOut)
+{
+    core::EventPtr event = core::EventBase::create(core::EventBase::Plain);
+    event->setTimecodes(tc(srcIn), tc(srcOut), tc(dstIn), tc(dstOut));
+    event->setRollName(roll);
+    return event;
+}
+
+// The code a call throws, Ok if it throws none.
+template <typename Call>
+util::Result::Type thrownCode(Call&& call)
+{
+    try {
+        call();
+    } catch (util::Result::Type code) {
+        return code;
+    }
+    return util::Result::Ok;
 }
 
 } // namespace montala::test

@@ -1,3 +1,4 @@
+#include "support/ModelFixture.h"
 #include "core/EventList.h"
 #include "core/fileio/CmxParser.h"
 #include "core/fileio/CmxWriter.h"
@@ -14,22 +15,11 @@
 namespace montala::core::fileio {
 namespace {
 
+using montala::test::tc;
+using montala::test::makeEvent;
+
 using util::Result;
 namespace fs = std::filesystem;
-
-Timecode tc(const char* text)
-{
-    return Timecode(std::string(text));
-}
-
-EventPtr makeEvent(const std::string& roll, const char* srcIn, const char* srcOut, const char* dstIn,
-                   const char* dstOut)
-{
-    EventPtr event = EventBase::create(EventBase::Plain);
-    event->setTimecodes(tc(srcIn), tc(srcOut), tc(dstIn), tc(dstOut));
-    event->setRollName(roll);
-    return event;
-}
 
 // A list of count one-second cuts laid end to end from 01:00:00:00.
 EventList makeCuts(size_t count)

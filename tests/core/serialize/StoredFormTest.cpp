@@ -1,3 +1,4 @@
+#include "support/ModelFixture.h"
 #include "core/EventList.h"
 #include "core/HealedEvent.h"
 #include "core/serialize/SerializationTree.h"
@@ -16,19 +17,11 @@
 namespace montala::core::serialize {
 namespace {
 
+using montala::test::thrownCode;
+using montala::test::tc;
+
 using util::Result;
 using Bytes = std::vector<uint8_t>;
-
-template <typename Call>
-Result::Type failureOf(Call&& call)
-{
-    try {
-        call();
-    } catch (Result::Type code) {
-        return code;
-    }
-    return Result::Ok;
-}
 
 Bytes storedObject(const Serializable& object)
 {
@@ -50,11 +43,6 @@ Bytes concat(std::initializer_list<Bytes> parts)
     for (const Bytes& part : parts)
         all.insert(all.end(), part.begin(), part.end());
     return all;
-}
-
-Timecode tc(const char* text)
-{
-    return Timecode(std::string(text));
 }
 
 class StoredFormTest : public ::testing::Test {
@@ -132,9 +120,9 @@ TEST_F(StoredFormTest, TimecodeReadsAllThreeVersions)
     EXPECT_TRUE(read.isInitialized());
 
     SerializationTree newer = treeOf({3, 0, 0, 0, 1, 2, 3, 4, 1});
-    EXPECT_EQ(Result::NewerVersion, failureOf([&] { newer.readObject(read); }));
+    EXPECT_EQ(Result::NewerVersion, thrownCode([&] { newer.readObject(read); }));
     SerializationTree cut = treeOf({2, 0, 0, 0, 1, 2, 3, 4});
-    EXPECT_EQ(Result::StreamExhausted, failureOf([&] { cut.readObject(read); }));
+    EXPECT_EQ(Result::StreamExhausted, thrownCode([&] { cut.readObject(read); }));
 }
 
 TEST_F(StoredFormTest, TimecodeFieldsAbove255LoseTheirHighBits)
@@ -163,7 +151,7 @@ TEST_F(StoredFormTest, EventVersion2MatchesGoldenBytesAndReadsBack)
     EXPECT_EQ(1.0, read->getMotionSpeed());
 
     SerializationTree newer = treeOf(concat({{3, 0, 0, 0}, eventV2Body}));
-    EXPECT_EQ(Result::NewerVersion, failureOf([&] { newer.readObject(*read); }));
+    EXPECT_EQ(Result::NewerVersion, thrownCode([&] { newer.readObject(*read); }));
 }
 
 TEST_F(StoredFormTest, EventVersion1ReplacesStatesAndDropsTheEdlTextOnTheNextSave)
@@ -242,7 +230,7 @@ TEST_F(StoredFormTest, EventVersion0AddsTheLegacyStateToWhatTheEventHeld)
     Bytes bad = v0;
     bad[4 + 80 + 4 + 6 + 4] = 2;
     SerializationTree badTree = treeOf(bad);
-    EXPECT_EQ(Result::BadStoredData, failureOf([&] { badTree.readObject(*read); }));
+    EXPECT_EQ(Result::BadStoredData, thrownCode([&] { badTree.readObject(*read); }));
 }
 
 TEST_F(StoredFormTest, EventStatesFollowTheRateAtTheTimeOfReading)
@@ -300,7 +288,7 @@ TEST_F(StoredFormTest, EventListRefusesUnknownEventTypesAndKeepsItsEvents)
     list.addEvent(goldenEvent(EventBase::Plain));
     const Bytes typeTwo = concat({{0, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0, 2, 0, 0, 0}, eventV2Body});
     SerializationTree tree = treeOf(typeTwo);
-    EXPECT_EQ(Result::BadStoredData, failureOf([&] { tree.readObject(list); }));
+    EXPECT_EQ(Result::BadStoredData, thrownCode([&] { tree.readObject(list); }));
     EXPECT_EQ(1u, list.getSize());
 
     const Bytes empty = {0, 0, 0, 0, 0, 0, 0, 0};
@@ -311,7 +299,7 @@ TEST_F(StoredFormTest, EventListRefusesUnknownEventTypesAndKeepsItsEvents)
 
     // EventList has no older form.
     SerializationTree older = treeOf({0, 0, 0, 0});
-    EXPECT_EQ(Result::NotSupported, failureOf([&] { list.readOld(older, 0); }));
+    EXPECT_EQ(Result::NotSupported, thrownCode([&] { list.readOld(older, 0); }));
 }
 
 TEST_F(StoredFormTest, BlocksCutAnywhereAreExhaustedNeverMisread)
@@ -326,7 +314,7 @@ TEST_F(StoredFormTest, BlocksCutAnywhereAreExhaustedNeverMisread)
     for (size_t length = 0; length < whole.size(); ++length) {
         EventList read(EventList::ChangeKind);
         SerializationTree tree = treeOf(Bytes(whole.begin(), whole.begin() + static_cast<long>(length)));
-        EXPECT_EQ(Result::StreamExhausted, failureOf([&] { tree.readObject(read); })) << "cut at " << length;
+        EXPECT_EQ(Result::StreamExhausted, thrownCode([&] { tree.readObject(read); })) << "cut at " << length;
     }
 }
 
@@ -346,10 +334,10 @@ TEST_F(StoredFormTest, DeeplyNestedHealedEventsAreBadDataNotAStackOverflow)
     EXPECT_EQ(shallow.getSize(), shallow.getPosition());
     EXPECT_EQ(1u, read.getSize());
     SerializationTree deep = treeOf(nested(5000));
-    EXPECT_EQ(Result::BadStoredData, failureOf([&] { deep.readObject(read); }));
+    EXPECT_EQ(Result::BadStoredData, thrownCode([&] { deep.readObject(read); }));
     // The bound is per read: a good block still loads afterwards.
     shallow.rewind();
-    EXPECT_EQ(Result::Ok, failureOf([&] { shallow.readObject(read); }));
+    EXPECT_EQ(Result::Ok, thrownCode([&] { shallow.readObject(read); }));
 }
 
 } // namespace
