@@ -1,4 +1,5 @@
 #include "support/ModelFixture.h"
+#include "support/StoredBytes.h"
 #include "core/DataModel.h"
 #include "core/DataModelChangeScope.h"
 #include "core/DataModelCommandCreator.h"
@@ -16,6 +17,9 @@
 namespace montala::core {
 namespace {
 
+using montala::test::storedBytes;
+using montala::test::treeOf;
+
 using montala::test::thrownCode;
 using montala::test::tc;
 using montala::test::makeEvent;
@@ -31,20 +35,6 @@ public:
     size_t count(int kind) const { return static_cast<size_t>(std::count(kinds.begin(), kinds.end(), kind)); }
     std::vector<int> kinds;
 };
-
-Bytes storedModel(const DataModel& model)
-{
-    SerializationTree tree;
-    tree.writeObject(model);
-    return tree.getBytes();
-}
-
-SerializationTree treeOf(const Bytes& bytes)
-{
-    SerializationTree tree;
-    tree.assign(bytes.data(), bytes.size());
-    return tree;
-}
 
 bool isEmpty(const DataModel& model)
 {
@@ -101,14 +91,14 @@ protected:
 TEST_F(DataModelTest, FullModelSurvivesAStoredRoundTrip)
 {
     fillModel(model);
-    const Bytes block = storedModel(model);
+    const Bytes block = storedBytes(model);
 
     DataModel read;
     read.setNotifier(&notifier);
     SerializationTree tree = treeOf(block);
     tree.readObject(read);
     EXPECT_EQ(block.size(), tree.getPosition());
-    EXPECT_EQ(block, storedModel(read));
+    EXPECT_EQ(block, storedBytes(read));
 
     ASSERT_EQ(2u, read.getOldList().getSize());
     EXPECT_EQ(tc("02:00:05:00"), read.getOldList().getEvent(1)->getSrcOut());
@@ -137,7 +127,7 @@ TEST_F(DataModelTest, FullModelSurvivesAStoredRoundTrip)
 
 TEST_F(DataModelTest, EmptyModelBlockStartsWithTheVersions)
 {
-    const Bytes block = storedModel(model);
+    const Bytes block = storedBytes(model);
     // Model version 1, then the three lists (version 0, no events), no values.
     const Bytes start = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                          0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -152,7 +142,7 @@ TEST_F(DataModelTest, Version0BlockHasNoVideosAndLeavesTheListEmpty)
     DataModel source;
     fillModel(source);
     source.getVideoList().clear();
-    Bytes block = storedModel(source);
+    Bytes block = storedBytes(source);
     // Version 0: the same without the video list at the end.
     block[0] = 0;
     block.resize(block.size() - 8);
@@ -174,7 +164,7 @@ TEST_F(DataModelTest, Version0BlockHasNoVideosAndLeavesTheListEmpty)
 TEST_F(DataModelTest, NewerOrUnknownVersionsLeaveTheModelUntouched)
 {
     fillModel(model);
-    Bytes block = storedModel(model);
+    Bytes block = storedBytes(model);
     block[0] = 2;
     SerializationTree tree = treeOf(block);
     EXPECT_EQ(Result::NewerVersion, thrownCode([&] { tree.readObject(model); }));
@@ -188,7 +178,7 @@ TEST_F(DataModelTest, BlockCutAtAnyPositionLeavesAnEmptyModel)
 {
     DataModel source;
     fillModel(source);
-    const Bytes block = storedModel(source);
+    const Bytes block = storedBytes(source);
     model.setNotifier(&notifier);
     // Cut inside the leading version the block never reaches the model.
     for (size_t length = 1; length < 4; ++length) {
@@ -216,7 +206,7 @@ TEST_F(DataModelTest, DamagedBlocksEndInACodeWithTheModelEmptyOrWhole)
 {
     DataModel source;
     fillModel(source);
-    const Bytes block = storedModel(source);
+    const Bytes block = storedBytes(source);
     std::mt19937 random(20240611);
     std::uniform_int_distribution<size_t> position(0, block.size() - 1);
     std::uniform_int_distribution<int> byte(0, 255);
@@ -234,10 +224,10 @@ TEST_F(DataModelTest, DamagedBlocksEndInACodeWithTheModelEmptyOrWhole)
             ASSERT_TRUE(isEmpty(read)) << "round " << round << " code " << code;
         } else {
             // Read whole: it stores again without loss of what it read.
-            SerializationTree again = treeOf(storedModel(read));
+            SerializationTree again = treeOf(storedBytes(read));
             DataModel copy;
             again.readObject(copy);
-            ASSERT_EQ(storedModel(read), storedModel(copy)) << "round " << round;
+            ASSERT_EQ(storedBytes(read), storedBytes(copy)) << "round " << round;
         }
     }
     // Most damage is noticed; the test would be idle otherwise.
@@ -247,7 +237,7 @@ TEST_F(DataModelTest, DamagedBlocksEndInACodeWithTheModelEmptyOrWhole)
 TEST_F(DataModelTest, RestoringAnUndoStepKeepsTheSettingsOfTheMoment)
 {
     fillModel(model);
-    SerializationTree snapshot = treeOf(storedModel(model));
+    SerializationTree snapshot = treeOf(storedBytes(model));
     model.clearAll();
     model.getSettings().setHealProcessing(HealProcessingMode::None);
     model.setNotifier(&notifier);

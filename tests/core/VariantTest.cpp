@@ -1,4 +1,5 @@
 #include "support/ModelFixture.h"
+#include "support/StoredBytes.h"
 #include "core/Variant.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
@@ -10,17 +11,12 @@
 namespace montala::core {
 namespace {
 
+using montala::test::storedBytes;
+
 using montala::test::thrownCode;
 
 using serialize::SerializationTree;
 using util::Result;
-
-std::vector<uint8_t> stored(const Variant& value)
-{
-    SerializationTree tree;
-    tree.writeObject(value);
-    return tree.getBytes();
-}
 
 Variant readBack(const std::vector<uint8_t>& bytes)
 {
@@ -36,27 +32,27 @@ TEST(VariantStoredForm, MatchesGoldenBytesForEveryType)
 {
     using Bytes = std::vector<uint8_t>;
     // Version 1, type, value. Bool and int travel as a 32-bit float.
-    EXPECT_EQ((Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}), stored(Variant()));
-    EXPECT_EQ((Bytes{1, 0, 0, 0, 0, 0, 0, 0, 0x00, 0x00, 0x80, 0x3F}), stored(Variant(true)));
-    EXPECT_EQ((Bytes{1, 0, 0, 0, 1, 0, 0, 0, 0x00, 0x00, 0x28, 0xC2}), stored(Variant(-42)));
-    EXPECT_EQ((Bytes{1, 0, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 'a', 'b'}), stored(Variant("ab")));
-    EXPECT_EQ((Bytes{1, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE0, 0x3F}), stored(Variant(0.5)));
+    EXPECT_EQ((Bytes{1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0}), storedBytes(Variant()));
+    EXPECT_EQ((Bytes{1, 0, 0, 0, 0, 0, 0, 0, 0x00, 0x00, 0x80, 0x3F}), storedBytes(Variant(true)));
+    EXPECT_EQ((Bytes{1, 0, 0, 0, 1, 0, 0, 0, 0x00, 0x00, 0x28, 0xC2}), storedBytes(Variant(-42)));
+    EXPECT_EQ((Bytes{1, 0, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 'a', 'b'}), storedBytes(Variant("ab")));
+    EXPECT_EQ((Bytes{1, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xE0, 0x3F}), storedBytes(Variant(0.5)));
 }
 
 TEST(VariantStoredForm, IntsPassThroughFloatPrecisionWhileDoublesKeepTheirValue)
 {
     // 2^24 + 1 has no float of its own.
-    const Variant asInt = readBack(stored(Variant(16777217)));
+    const Variant asInt = readBack(storedBytes(Variant(16777217)));
     EXPECT_EQ(Variant::Int, asInt.getType());
     EXPECT_EQ(16777216, asInt.asInt());
-    const Variant asDouble = readBack(stored(Variant(16777217.0)));
+    const Variant asDouble = readBack(storedBytes(Variant(16777217.0)));
     EXPECT_EQ(Variant::Double, asDouble.getType());
     EXPECT_EQ(16777217.0, asDouble.asDouble());
     // A position in seconds keeps all its digits as a double.
-    EXPECT_EQ(3600.123456789, readBack(stored(Variant(3600.123456789))).asDouble());
-    EXPECT_TRUE(readBack(stored(Variant(true))).asBool());
-    EXPECT_EQ("selected rows", readBack(stored(Variant("selected rows"))).asText());
-    EXPECT_TRUE(readBack(stored(Variant())).isEmpty());
+    EXPECT_EQ(3600.123456789, readBack(storedBytes(Variant(3600.123456789))).asDouble());
+    EXPECT_TRUE(readBack(storedBytes(Variant(true))).asBool());
+    EXPECT_EQ("selected rows", readBack(storedBytes(Variant("selected rows"))).asText());
+    EXPECT_TRUE(readBack(storedBytes(Variant())).isEmpty());
 }
 
 TEST(VariantStoredForm, ReadsFloatsUnknownTypesAndVersionZero)

@@ -1,4 +1,5 @@
 #include "support/ModelFixture.h"
+#include "support/StoredBytes.h"
 #include "core/EventList.h"
 #include "core/HealedEvent.h"
 #include "core/serialize/SerializationTree.h"
@@ -17,25 +18,14 @@
 namespace montala::core::serialize {
 namespace {
 
+using montala::test::storedBytes;
+using montala::test::treeOf;
+
 using montala::test::thrownCode;
 using montala::test::tc;
 
 using util::Result;
 using Bytes = std::vector<uint8_t>;
-
-Bytes storedObject(const Serializable& object)
-{
-    SerializationTree tree;
-    tree.writeObject(object);
-    return tree.getBytes();
-}
-
-SerializationTree treeOf(const Bytes& bytes)
-{
-    SerializationTree tree;
-    tree.assign(bytes.data(), bytes.size());
-    return tree;
-}
 
 Bytes concat(std::initializer_list<Bytes> parts)
 {
@@ -99,8 +89,8 @@ TEST(Checksum, IsTheStandardCrc32)
 
 TEST_F(StoredFormTest, TimecodeReadsAllThreeVersions)
 {
-    EXPECT_EQ((Bytes{2, 0, 0, 0, 1, 2, 3, 4, 1}), storedObject(tc("01:02:03:04")));
-    EXPECT_EQ((Bytes{2, 0, 0, 0, 0, 0, 0, 0, 0}), storedObject(Timecode()));
+    EXPECT_EQ((Bytes{2, 0, 0, 0, 1, 2, 3, 4, 1}), storedBytes(tc("01:02:03:04")));
+    EXPECT_EQ((Bytes{2, 0, 0, 0, 0, 0, 0, 0, 0}), storedBytes(Timecode()));
 
     Timecode read;
     SerializationTree current = treeOf({2, 0, 0, 0, 23, 59, 59, 24, 1});
@@ -130,7 +120,7 @@ TEST_F(StoredFormTest, TimecodeFieldsAbove255LoseTheirHighBits)
     // A deliberate limit of the byte form: nothing checks it.
     Timecode wide(1, 2, 3, 260);
     Timecode read;
-    SerializationTree tree = treeOf(storedObject(wide));
+    SerializationTree tree = treeOf(storedBytes(wide));
     tree.readObject(read);
     EXPECT_EQ(4, read.getFrames());
 }
@@ -140,13 +130,13 @@ TEST_F(StoredFormTest, EventVersion2MatchesGoldenBytesAndReadsBack)
     EventPtr event = goldenEvent(EventBase::Plain);
     ASSERT_TRUE(event->isFlawless());
     const Bytes golden = concat({{2, 0, 0, 0}, eventV2Body});
-    EXPECT_EQ(golden, storedObject(*event));
+    EXPECT_EQ(golden, storedBytes(*event));
 
     EventPtr read = EventBase::create(EventBase::Plain);
     SerializationTree tree = treeOf(golden);
     tree.readObject(*read);
     EXPECT_EQ(golden.size(), tree.getPosition());
-    EXPECT_EQ(golden, storedObject(*read));
+    EXPECT_EQ(golden, storedBytes(*read));
     EXPECT_TRUE(read->isFlawless());
     EXPECT_EQ(1.0, read->getMotionSpeed());
 
@@ -193,7 +183,7 @@ TEST_F(StoredFormTest, EventVersion1ReplacesStatesAndDropsTheEdlTextOnTheNextSav
     ASSERT_TRUE(std::equal(noStates.begin(), noStates.end(), expected.begin() + statesAt));
     expected.erase(expected.begin() + statesAt, expected.begin() + statesAt + 4);
     expected.insert(expected.begin() + statesAt, oneState.begin(), oneState.end());
-    EXPECT_EQ(expected, storedObject(*read));
+    EXPECT_EQ(expected, storedBytes(*read));
 }
 
 TEST_F(StoredFormTest, EventVersion0AddsTheLegacyStateToWhatTheEventHeld)
@@ -240,7 +230,7 @@ TEST_F(StoredFormTest, EventStatesFollowTheRateAtTheTimeOfReading)
     EventPtr event = EventBase::create(EventBase::Plain);
     event->setTimecodes(tc("01:00:00:27"), tc("01:00:01:00"), tc("01:00:00:27"), tc("01:00:01:00"));
     ASSERT_TRUE(event->isFlawless());
-    const Bytes block = storedObject(*event);
+    const Bytes block = storedBytes(*event);
 
     provider.setFramerate(Framerate(25, 0));
     EventPtr read = EventBase::create(EventBase::Plain);
@@ -265,12 +255,12 @@ TEST_F(StoredFormTest, HealedEventIsTheEventBodyFollowedByItsParts)
                                  {0, 0, 0, 0, 1, 0, 0, 0},   // its parts: EventList version 0, one event
                                  {0, 0, 0, 0, 2, 0, 0, 0},   // plain, EventBase version 2
                                  eventV2Body});
-    EXPECT_EQ(golden, storedObject(*healed));
+    EXPECT_EQ(golden, storedBytes(*healed));
 
     EventList list(EventList::ChangeKind);
     list.addEvent(healed);
     const Bytes listBlock = concat({{0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, golden});
-    EXPECT_EQ(listBlock, storedObject(list));
+    EXPECT_EQ(listBlock, storedBytes(list));
 
     EventList read(EventList::NewKind);
     SerializationTree tree = treeOf(listBlock);
@@ -279,7 +269,7 @@ TEST_F(StoredFormTest, HealedEventIsTheEventBodyFollowedByItsParts)
     auto* readHealed = dynamic_cast<HealedEvent*>(read.getEvent(0).get());
     ASSERT_NE(nullptr, readHealed);
     EXPECT_EQ(1u, readHealed->getHealedEvents().getSize());
-    EXPECT_EQ(listBlock, storedObject(read));
+    EXPECT_EQ(listBlock, storedBytes(read));
 }
 
 TEST_F(StoredFormTest, EventListRefusesUnknownEventTypesAndKeepsItsEvents)
@@ -310,7 +300,7 @@ TEST_F(StoredFormTest, BlocksCutAnywhereAreExhaustedNeverMisread)
     EventList list(EventList::ChangeKind);
     list.addEvent(healed);
     list.addEvent(goldenEvent(EventBase::Plain));
-    const Bytes whole = storedObject(list);
+    const Bytes whole = storedBytes(list);
     for (size_t length = 0; length < whole.size(); ++length) {
         EventList read(EventList::ChangeKind);
         SerializationTree tree = treeOf(Bytes(whole.begin(), whole.begin() + static_cast<long>(length)));
