@@ -13,10 +13,18 @@ jobs="${MONTALA_JOBS:-2}"
 
 ./scripts/setup.sh
 
+# ccache keeps compiled objects between build folders and runs; JUCE alone
+# takes minutes to compile.
+export CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=true
+launcher=()
+if command -v ccache >/dev/null; then
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+fi
+
 configure() {  # build-dir [cmake options...]
   local dir="$1"; shift
   if [ ! -f "$dir/build.ninja" ]; then
-    cmake -S . -B "$dir" -G Ninja "$@" >/dev/null
+    cmake -S . -B "$dir" -G Ninja "${launcher[@]}" "$@" >/dev/null
   fi
 }
 

@@ -9,7 +9,7 @@
 // is the unit of the driver's work: time per (event x track) should stay
 // flat across the sizes.
 
-#include "tests/core/conform/FakeMontaler.h"
+#include "core/conform/FakeMontaler.h"
 
 #include "core/Framerate.h"
 #include "core/Timecode.h"

@@ -33,13 +33,8 @@ Timecode minus(const Timecode& a, const Timecode& b)
 void ChangeEdlGenerator::configure(MatchName rule, const std::vector<VfxPatternEntry>& vfxPatterns)
 {
     std::vector<std::pair<std::string, std::string>> pairs;
-    for (const VfxPatternEntry& entry : vfxPatterns) {
-        if (entry.prefix.empty() && entry.postfix.empty())
-            continue;
-        if (!entry.active)
-            continue;
+    for (const VfxPatternEntry& entry : rowsInUse(vfxPatterns))
         pairs.emplace_back(entry.prefix, entry.postfix);
-    }
     vfxFilter.setPatterns(pairs);
     matchName = rule;
 }

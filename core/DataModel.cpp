@@ -3,8 +3,9 @@
 #include "core/EventListIndex.h"
 #include "core/HealProcessing.h"
 #include "core/PropertyKeys.h"
-#include "core/VfxNameFilter.h"
 #include "core/serialize/SerializationTree.h"
+#include "core/Tolerances.h"
+#include "core/VfxNameFilter.h"
 
 #include <utility>
 #include <vector>
@@ -15,19 +16,8 @@ using util::Result;
 
 namespace {
 
-// One sample at 384 kHz: ranges that only touch do not count as linked.
-constexpr double oneSample = 2.6041666666666666e-6;
 
 // The VFX rows that take part: switched on and with at least one text.
-std::vector<VfxPatternEntry> activePatterns(const Settings& settings)
-{
-    std::vector<VfxPatternEntry> active;
-    for (const VfxPatternEntry& entry : settings.getVfxPatterns()) {
-        if (entry.active && (!entry.prefix.empty() || !entry.postfix.empty()))
-            active.push_back(entry);
-    }
-    return active;
-}
 
 } // namespace
 
@@ -76,7 +66,7 @@ Result::Type DataModel::generateChangeEdl()
     detachFromSources();
     Result::Type result = Result::Ok;
     try {
-        changeEdlGenerator.configure(settings.getMatchName(), activePatterns(settings));
+        changeEdlGenerator.configure(settings.getMatchName(), rowsInUse(settings.getVfxPatterns()));
         const int generated = changeEdlGenerator.generate(oldList, newList, changeList);
         if (generated != Result::Ok)
             throw static_cast<Result::Type>(generated);
@@ -115,13 +105,12 @@ void DataModel::revalidateAll()
 void DataModel::applyVfxPatterns()
 {
     std::vector<std::pair<std::string, std::string>> pairs;
-    for (const VfxPatternEntry& entry : activePatterns(settings))
+    for (const VfxPatternEntry& entry : rowsInUse(settings.getVfxPatterns()))
         pairs.emplace_back(entry.prefix, entry.postfix);
     VfxNameFilter filter;
     filter.setPatterns(pairs);
-    const int kind = settings.getMatchName() == MatchName::ClipName ? 1 : 0;
-    oldList.applyVfxPatterns(filter, kind);
-    newList.applyVfxPatterns(filter, kind);
+    oldList.applyVfxPatterns(filter, settings.getMatchName());
+    newList.applyVfxPatterns(filter, settings.getMatchName());
 }
 
 EventList DataModel::findNewEvents(const EventPtr& changeEvent) const
@@ -149,7 +138,7 @@ EventList DataModel::findLinkedEvents(const EventPtr& changeEvent, bool onOldLis
     // new one: both are found on the DST side of their list.
     const Timecode& in = onOldList ? changeEvent->getSrcIn() : changeEvent->getDstIn();
     const Timecode& out = onOldList ? changeEvent->getSrcOut() : changeEvent->getDstOut();
-    const SecondsRange range(in.toSeconds(rate) + oneSample, out.toSeconds(rate) - oneSample);
+    const SecondsRange range(in.toSeconds(rate) + positionTolerance, out.toSeconds(rate) - positionTolerance);
     for (const EventPtr& event : index.findDstEvents(range))
         found.addEvent(event);
     return found;

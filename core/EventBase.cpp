@@ -2,6 +2,7 @@
 
 #include "core/HealedEvent.h"
 #include "core/serialize/SerializationTree.h"
+#include "core/Tolerances.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 
@@ -185,7 +186,7 @@ std::string EventBase::getStateText() const
 
 bool EventBase::hasMotionSpeed(double speed) const
 {
-    return std::fabs(motionSpeed - speed) < 0.01;
+    return std::fabs(motionSpeed - speed) < speedTolerance;
 }
 
 void EventBase::revalidate()

@@ -1,13 +1,22 @@
 #include "core/EventList.h"
 
+#include "core/EventListAlgorithm.h"
 #include "core/EventListIndex.h"
+#include "core/HealProcessing.h"
+#include "core/HealedEvent.h"
+#include "core/Settings.h"
+#include "core/VfxNameFilter.h"
 #include "core/fileio/CmxParser.h"
+#include "core/fileio/CmxWriter.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
+#include "util/StringUtil.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace montala::core {
@@ -163,7 +172,7 @@ int EventList::countFlawedEvents() const
                                           [](const EventPtr& event) { return !event->isFlawless(); }));
 }
 
-TimecodeRange EventList::getEventRange(const EventPtr& event, int kind)
+TimecodeRange EventList::getEventRange(const EventPtr& event, RangeKind kind)
 {
     if (kind == Src)
         return TimecodeRange(event->getSrcIn(), event->getSrcOut());
@@ -172,7 +181,7 @@ TimecodeRange EventList::getEventRange(const EventPtr& event, int kind)
     throw Result::InvalidArgument;
 }
 
-TimecodeRange EventList::getRange(int kind) const
+TimecodeRange EventList::getRange(RangeKind kind) const
 {
     const Timecode first = Timecode::maximum();
     const Timecode last = Timecode::zero();
@@ -238,7 +247,7 @@ void EventList::offsetSrc(const Timecode& offsetValue, bool add)
     offset(Src, offsetValue, add);
 }
 
-void EventList::offset(int kind, const Timecode& offsetValue, bool add)
+void EventList::offset(RangeKind kind, const Timecode& offsetValue, bool add)
 {
     if (events.empty())
         return;
@@ -372,6 +381,132 @@ void EventList::write(serialize::SerializationTree& tree) const
         tree.writeInt32(event->getEventType());
         tree.writeObject(*event);
     }
+}
+
+
+// Healing a selection anew, with the heal processing.
+
+namespace {
+
+// The selected events of the list, in list order, with every healed event
+// broken up into its parts so that it can be healed anew.
+void collectSelection(const std::vector<EventPtr>& events, const EventListIndex& selectionIndex,
+                      EventList& parts)
+{
+    for (const EventPtr& event : events) {
+        if (!selectionIndex.containsEvent(event))
+            continue;
+        auto* healed = event->getEventType() == EventBase::Healed
+                           ? dynamic_cast<HealedEvent*>(event.get())
+                           : nullptr;
+        if (healed)
+            parts.append(healed->getHealedEvents());
+        else
+            parts.addEvent(event);
+    }
+}
+
+void runHealing(EventList& parts, const EventList& newList, HealProcessingMode healMode, const Framerate& rate)
+{
+    Settings settings;
+    settings.setHealProcessing(healMode);
+    EventListAlgorithm::Context context;
+    context.newList = &newList;
+    context.settings = &settings;
+    context.framerate = rate;
+    HealProcessing().process(parts, context);
+}
+
+} // namespace
+
+void EventList::healEvents(const EventList& selection, const EventList& newList, HealProcessingMode healMode)
+{
+    const Framerate rate = Timecode::currentFramerate();
+    const EventListIndex selectionIndex(selection, rate);
+
+    // Heal first, take out afterwards: a failure of the healing leaves the
+    // list as it was.
+    EventList healed(ChangeKind);
+    collectSelection(events, selectionIndex, healed);
+    runHealing(healed, newList, healMode, rate);
+
+    std::vector<EventPtr> kept;
+    kept.reserve(events.size() + healed.getSize());
+    for (const EventPtr& event : events) {
+        if (!selectionIndex.containsEvent(event))
+            kept.push_back(event);
+    }
+    kept.insert(kept.end(), healed.getEvents().begin(), healed.getEvents().end());
+    std::stable_sort(kept.begin(), kept.end(), [](const EventPtr& a, const EventPtr& b) {
+        return a->getDstIn() < b->getDstIn();
+    });
+
+    {
+        // The events' own notifications of the renumbering and renaming do
+        // not reach this list's listeners one by one.
+        BulkChange bulk(*this);
+        const std::string healedName =
+            util::StringUtil::toUtf8(util::StringUtil::translate(u"Healed Event"));
+        int healedCounter = 1;
+        for (size_t i = 0; i < kept.size(); ++i) {
+            kept[i]->setEventNumber(static_cast<int>(i) + 1);
+            if (kept[i]->getEventType() == EventBase::Healed) {
+                char number[16];
+                std::snprintf(number, sizeof number, "%03d", healedCounter++);
+                kept[i]->setRollName(healedName + " " + number);
+            }
+        }
+        events = std::move(kept);
+    }
+    notifyListChanged();
+}
+
+bool EventList::canHealEvents(const EventList& selection, const EventList& newList, HealProcessingMode healMode) const
+{
+    const Framerate rate = Timecode::currentFramerate();
+    const std::vector<EventPtr> selected = EventListAlgorithm::orderByDstIn(selection);
+    if (selected.size() >= 2) {
+        const std::vector<EventPtr> order = EventListAlgorithm::orderByDstIn(*this);
+        std::unordered_map<const EventBase*, size_t> position;
+        for (size_t i = 0; i < order.size(); ++i)
+            position.emplace(order[i].get(), i);
+        for (size_t i = 0; i + 1 < selected.size(); ++i) {
+            const auto first = position.find(selected[i].get());
+            const auto second = position.find(selected[i + 1].get());
+            if (first == position.end() || second == position.end() || second->second != first->second + 1)
+                return false;
+        }
+    }
+
+    // Try it on independent copies of the parts, so nothing here changes.
+    const EventListIndex selectionIndex(selection, rate);
+    EventList parts(ChangeKind);
+    collectSelection(events, selectionIndex, parts);
+    EventList copies(ChangeKind);
+    copies.copyEventsFrom(parts);
+    runHealing(copies, newList, healMode, rate);
+    return copies.getSize() != selection.getSize();
+}
+
+// VFX marking and writing.
+
+void EventList::applyVfxPatterns(const VfxNameFilter& patterns, MatchName kind)
+{
+    {
+        BulkChange bulk(*this);
+        for (const EventPtr& event : events) {
+            const std::string& name = kind == MatchName::ClipName ? event->getClipName() : event->getRollName();
+            event->setVfx(patterns.isVfxName(name));
+        }
+    }
+    notifyListChanged();
+}
+
+void EventList::saveEdl(const std::u16string& path) const
+{
+    const Result::Type result = fileio::writeEdlFile(path, *this);
+    if (result != Result::Ok)
+        throw result;
 }
 
 } // namespace montala::core

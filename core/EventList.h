@@ -12,6 +12,8 @@
 namespace montala::core {
 
 class VfxNameFilter;
+enum class MatchName : int;
+enum class HealProcessingMode : int;
 
 // An ordered list of shared events: the Old, New or Change EDL, or a scratch
 // list. It listens to every event it holds and reports their changes with
@@ -54,10 +56,10 @@ public:
     int countInvalidTimecodes() const;
     int countFlawedEvents() const;
     // The span of the flawless events, 00:00:00:00 to 00:00:00:00 if none.
-    TimecodeRange getRange(int kind) const;
+    TimecodeRange getRange(RangeKind kind) const;
     // Result::NotInitialized on an empty list.
     TimecodeRange getDstRange() const;
-    static TimecodeRange getEventRange(const EventPtr& event, int kind);
+    static TimecodeRange getEventRange(const EventPtr& event, RangeKind kind);
 
     // Reads one EDL file (optionally appended), B-roll renaming that file
     // alone; framerate receives the rate the file suggests. A failure is
@@ -75,18 +77,17 @@ public:
     void extendToNeighbour(const EventPtr& event, bool toPrevious);
 
     // Writes the list as CMX text; a failure of the writer is thrown.
-    // (Defined with the writer.)
     void saveEdl(const std::u16string& path) const;
     // Heals the selected events of this list anew in the given mode; healed
     // events among them are broken up into their parts first. The list ends
-    // sorted by DST IN and numbered. (Defined with the heal processing.)
-    void healEvents(const EventList& selection, const EventList& newList, int healMode);
+    // sorted by DST IN and numbered.
+    void healEvents(const EventList& selection, const EventList& newList, HealProcessingMode healMode);
     // True if the selection is contiguous and healing it would change the
     // number of events; this list is not touched.
-    bool canHealEvents(const EventList& selection, const EventList& newList, int healMode) const;
-    // Marks every event whose clip name (kind 1) or roll name (otherwise)
-    // matches the patterns as VFX.
-    void applyVfxPatterns(const VfxNameFilter& patterns, int kind);
+    bool canHealEvents(const EventList& selection, const EventList& newList, HealProcessingMode healMode) const;
+    // Marks every event whose clip name or roll name (as kind says) matches
+    // the patterns as VFX.
+    void applyVfxPatterns(const VfxNameFilter& patterns, MatchName kind);
 
     void changed(const ChangeContext& context) override;
 
@@ -113,7 +114,7 @@ protected:
     };
 
 private:
-    void offset(int kind, const Timecode& offset, bool add);
+    void offset(RangeKind kind, const Timecode& offset, bool add);
 
     std::vector<EventPtr> events;
     int listKind;

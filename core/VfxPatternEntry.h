@@ -3,6 +3,7 @@
 #include "core/serialize/Serializable.h"
 
 #include <string>
+#include <vector>
 
 namespace montala::core {
 
@@ -28,9 +29,24 @@ public:
         return prefix == other.prefix && postfix == other.postfix && active == other.active;
     }
 
+    // A row takes part in matching when it is switched on and says
+    // something; an empty row that is switched on is passed over.
+    bool isInUse() const { return active && (!prefix.empty() || !postfix.empty()); }
+
     std::string prefix;
     std::string postfix;
     bool active = false;
 };
+
+// The rows of a pattern table that take part in matching, in their order.
+inline std::vector<VfxPatternEntry> rowsInUse(const std::vector<VfxPatternEntry>& rows)
+{
+    std::vector<VfxPatternEntry> inUse;
+    for (const VfxPatternEntry& row : rows) {
+        if (row.isInUse())
+            inUse.push_back(row);
+    }
+    return inUse;
+}
 
 } // namespace montala::core

@@ -260,14 +260,3 @@ std::u16string CmxWriter::numberedPath(const std::u16string& path, size_t part)
 }
 
 } // namespace montala::core::fileio
-
-namespace montala::core {
-
-void EventList::saveEdl(const std::u16string& path) const
-{
-    const util::Result::Type result = fileio::writeEdlFile(path, *this);
-    if (result != util::Result::Ok)
-        throw result;
-}
-
-} // namespace montala::core

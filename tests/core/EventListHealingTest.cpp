@@ -1,6 +1,7 @@
 #include "ChangeEdlFixture.h"
 
 #include "core/EventList.h"
+#include "core/Settings.h"
 #include "core/HealedEvent.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +44,7 @@ protected:
 TEST_F(EventListHealingTest, HealsTheSelectionInPlaceSortedNumberedAndNamed)
 {
     listener.count = 0;
-    changes.healEvents(selection({a, b}), newList, 1);
+    changes.healEvents(selection({a, b}), newList, HealProcessingMode::Normal);
     EXPECT_EQ(describe(changes), (Lines{
         "Healed Event 001 SRC 10:00:00:00-10:00:08:00 DST 20:00:00:00-20:00:08:00",
         "C SRC 10:00:10:00-10:00:12:00 DST 20:00:10:00-20:00:12:00",
@@ -62,13 +63,13 @@ TEST_F(EventListHealingTest, HealsTheSelectionInPlaceSortedNumberedAndNamed)
 
 TEST_F(EventListHealingTest, HealingAHealedEventAloneBreaksItUpFirst)
 {
-    changes.healEvents(selection({a, b, c}), newList, 3);
+    changes.healEvents(selection({a, b, c}), newList, HealProcessingMode::GapsWithInserts);
     ASSERT_EQ(changes.getSize(), 2u);
     const EventPtr healed = changes.getEvent(0);
     EXPECT_EQ(healed->getEventType(), EventBase::Healed);
 
     // Healed anew in Normal mode: the 2 s gap no longer joins c.
-    changes.healEvents(selection({healed}), newList, 1);
+    changes.healEvents(selection({healed}), newList, HealProcessingMode::Normal);
     EXPECT_EQ(describe(changes), (Lines{
         "Healed Event 001 SRC 10:00:00:00-10:00:08:00 DST 20:00:00:00-20:00:08:00",
         "C SRC 10:00:10:00-10:00:12:00 DST 20:00:10:00-20:00:12:00",
@@ -76,7 +77,7 @@ TEST_F(EventListHealingTest, HealingAHealedEventAloneBreaksItUpFirst)
     }));
 
     // With mode None the parts simply come back as they were.
-    changes.healEvents(selection({changes.getEvent(0)}), newList, 0);
+    changes.healEvents(selection({changes.getEvent(0)}), newList, HealProcessingMode::None);
     EXPECT_EQ(changes.getEvents(), (std::vector<EventPtr>{a, b, c, d}));
     EXPECT_EQ(numbers(changes), (std::vector<int>{1, 2, 3, 4}));
 }
@@ -85,8 +86,8 @@ TEST_F(EventListHealingTest, AllHealedEventsOfTheListAreRenamedInDstOrder)
 {
     EventPtr e = event("E", "10:00:32:00", "10:00:33:00", "20:00:14:00", "20:00:15:00", 5);
     changes.addEvent(e);
-    changes.healEvents(selection({d, e}), newList, 1);
-    changes.healEvents(selection({a, b}), newList, 1);
+    changes.healEvents(selection({d, e}), newList, HealProcessingMode::Normal);
+    changes.healEvents(selection({a, b}), newList, HealProcessingMode::Normal);
     EXPECT_EQ(describe(changes), (Lines{
         "Healed Event 001 SRC 10:00:00:00-10:00:08:00 DST 20:00:00:00-20:00:08:00",
         "C SRC 10:00:10:00-10:00:12:00 DST 20:00:10:00-20:00:12:00",
@@ -96,27 +97,27 @@ TEST_F(EventListHealingTest, AllHealedEventsOfTheListAreRenamedInDstOrder)
 
 TEST_F(EventListHealingTest, CanHealAsksForAContiguousSelectionThatWouldShrink)
 {
-    EXPECT_TRUE(changes.canHealEvents(selection({a, b}), newList, 1));
-    EXPECT_TRUE(changes.canHealEvents(selection({b, a}), newList, 1)) << "selection order does not matter";
+    EXPECT_TRUE(changes.canHealEvents(selection({a, b}), newList, HealProcessingMode::Normal));
+    EXPECT_TRUE(changes.canHealEvents(selection({b, a}), newList, HealProcessingMode::Normal)) << "selection order does not matter";
     // b and c are neighbours in the list but 2 s apart: Normal cannot join them.
-    EXPECT_FALSE(changes.canHealEvents(selection({b, c}), newList, 1));
-    EXPECT_TRUE(changes.canHealEvents(selection({b, c}), newList, 3));
+    EXPECT_FALSE(changes.canHealEvents(selection({b, c}), newList, HealProcessingMode::Normal));
+    EXPECT_TRUE(changes.canHealEvents(selection({b, c}), newList, HealProcessingMode::GapsWithInserts));
     // a and c skip b.
-    EXPECT_FALSE(changes.canHealEvents(selection({a, c}), newList, 3));
+    EXPECT_FALSE(changes.canHealEvents(selection({a, c}), newList, HealProcessingMode::GapsWithInserts));
     // An event that is not in the list.
     EXPECT_FALSE(changes.canHealEvents(
-        selection({a, event("Z", "10:00:05:00", "10:00:06:00", "20:00:05:00", "20:00:06:00")}), newList, 1));
-    EXPECT_FALSE(changes.canHealEvents(selection({a}), newList, 1));
-    EXPECT_FALSE(changes.canHealEvents(selection({a, b}), newList, 0));
+        selection({a, event("Z", "10:00:05:00", "10:00:06:00", "20:00:05:00", "20:00:06:00")}), newList, HealProcessingMode::Normal));
+    EXPECT_FALSE(changes.canHealEvents(selection({a}), newList, HealProcessingMode::Normal));
+    EXPECT_FALSE(changes.canHealEvents(selection({a, b}), newList, HealProcessingMode::None));
 }
 
 TEST_F(EventListHealingTest, CanHealTouchesNothing)
 {
-    changes.healEvents(selection({a, b}), newList, 1);
+    changes.healEvents(selection({a, b}), newList, HealProcessingMode::Normal);
     const EventPtr healed = changes.getEvent(0);
     listener.count = 0;
 
-    EXPECT_TRUE(changes.canHealEvents(selection({healed, c}), newList, 3));
+    EXPECT_TRUE(changes.canHealEvents(selection({healed, c}), newList, HealProcessingMode::GapsWithInserts));
 
     EXPECT_EQ(listener.count, 0);
     EXPECT_EQ(numbers(changes), (std::vector<int>{1, 2, 3}));

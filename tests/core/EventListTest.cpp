@@ -177,7 +177,7 @@ TEST_F(EventListTest, CountsAndRangeLookOnlyAtFlawlessEvents)
     EXPECT_TRUE(list.hasGoodEvent());
     a->setDstOut(tc("01:00:10:30"));
     EXPECT_EQ(list.countInvalidTimecodes(), 1);
-    EXPECT_EQ(thrownCode([&] { EventList::getEventRange(a, 2); }), Result::InvalidArgument);
+    EXPECT_EQ(thrownCode([&] { EventList::getEventRange(a, static_cast<EventList::RangeKind>(2)); }), Result::InvalidArgument);
 }
 
 TEST_F(EventListTest, OffsetMovesTheWholeListOrNothing)

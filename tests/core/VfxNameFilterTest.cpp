@@ -1,6 +1,7 @@
 #include "ChangeEdlFixture.h"
 
 #include "core/EventList.h"
+#include "core/Settings.h"
 #include "core/VfxNameFilter.h"
 #include "util/Result.h"
 
@@ -131,12 +132,12 @@ TEST_F(ApplyVfxPatternsTest, MarksByRollOrClipNameWithOneNotification)
     events.addListener(&listener);
 
     const VfxNameFilter filter = filterOf({{"SH_", ""}});
-    events.applyVfxPatterns(filter, 0);
+    events.applyVfxPatterns(filter, MatchName::RollName);
     EXPECT_TRUE(shot->isVfx());
     EXPECT_FALSE(plate->isVfx());
     EXPECT_EQ(listener.count, 1);
 
-    events.applyVfxPatterns(filter, 1);
+    events.applyVfxPatterns(filter, MatchName::ClipName);
     EXPECT_FALSE(shot->isVfx());
     EXPECT_TRUE(plate->isVfx());
     EXPECT_EQ(listener.count, 2);

@@ -1,6 +1,6 @@
 #include "ConformFixture.h"
 
-#include "core/AutomationWarningDetectAlgorithm.h"
+#include "core/conform/AutomationWarningDetectAlgorithm.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "support/ModelFixture.h"
 #include "FakeMontaler.h"
 
-#include "core/CutList.h"
+#include "core/conform/CutList.h"
 #include "core/EventBase.h"
 #include "core/EventList.h"
 

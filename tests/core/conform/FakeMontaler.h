@@ -7,10 +7,10 @@
 // complete() moves the work area home. Header-only, so that the benchmark
 // can run conforms on it as well.
 
-#include "core/Cut.h"
-#include "core/CutList.h"
+#include "core/conform/Cut.h"
+#include "core/conform/CutList.h"
 #include "core/EventList.h"
-#include "core/MontalerBase.h"
+#include "core/conform/MontalerBase.h"
 #include "core/ProgressHandlerBase.h"
 #include "core/Settings.h"
 #include "util/Result.h"

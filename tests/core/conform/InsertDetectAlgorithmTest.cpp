@@ -1,6 +1,6 @@
 #include "ConformFixture.h"
 
-#include "core/InsertDetectAlgorithm.h"
+#include "core/conform/InsertDetectAlgorithm.h"
 #include "util/Result.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "ConformFixture.h"
 
-#include "core/OverlapDetectAlgorithm.h"
+#include "core/conform/OverlapDetectAlgorithm.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "ConformFixture.h"
 
-#include "core/RemainsDetectAlgorithm.h"
+#include "core/conform/RemainsDetectAlgorithm.h"
 #include "util/Result.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "ConformFixture.h"
 
-#include "core/SnippetAlgorithm.h"
-#include "core/SnippetContext.h"
+#include "core/conform/SnippetAlgorithm.h"
+#include "core/conform/SnippetContext.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "ConformFixture.h"
 
-#include "core/TransitionDetectAlgorithm.h"
+#include "core/conform/TransitionDetectAlgorithm.h"
 
 #include <gtest/gtest.h>
 

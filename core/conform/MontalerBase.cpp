@@ -1,15 +1,16 @@
-#include "core/MontalerBase.h"
+#include "core/conform/MontalerBase.h"
 
-#include "core/AutomationWarningDetectAlgorithm.h"
-#include "core/CutList.h"
+#include "core/conform/AutomationWarningDetectAlgorithm.h"
+#include "core/conform/CutList.h"
+#include "core/conform/InsertDetectAlgorithm.h"
+#include "core/conform/OverlapDetectAlgorithm.h"
+#include "core/conform/RemainsDetectAlgorithm.h"
+#include "core/conform/SnippetAlgorithm.h"
+#include "core/conform/TransitionDetectAlgorithm.h"
 #include "core/EventList.h"
-#include "core/InsertDetectAlgorithm.h"
-#include "core/OverlapDetectAlgorithm.h"
 #include "core/ProgressHandlerBase.h"
-#include "core/RemainsDetectAlgorithm.h"
 #include "core/Settings.h"
-#include "core/SnippetAlgorithm.h"
-#include "core/TransitionDetectAlgorithm.h"
+#include "core/Tolerances.h"
 #include "util/StringUtil.h"
 
 #include <cmath>
@@ -21,7 +22,6 @@ using util::StringUtil;
 
 namespace {
 
-constexpr double positionTolerance = 2.6041666666666666e-6;
 
 void check(Result::Type code)
 {

@@ -1,8 +1,9 @@
-#include "core/RemainsDetectAlgorithm.h"
+#include "core/conform/RemainsDetectAlgorithm.h"
 
-#include "core/CutList.h"
-#include "core/InformationContext.h"
+#include "core/conform/CutList.h"
+#include "core/conform/InformationContext.h"
 #include "core/Settings.h"
+#include "core/Tolerances.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +13,6 @@ namespace montala::core {
 
 namespace {
 
-constexpr double positionTolerance = 2.6041666666666666e-6;
 
 struct Span {
     double start;

@@ -1,8 +1,9 @@
-#include "core/SnippetAlgorithm.h"
+#include "core/conform/SnippetAlgorithm.h"
 
-#include "core/CutList.h"
+#include "core/conform/CutList.h"
+#include "core/conform/SnippetContext.h"
 #include "core/Settings.h"
-#include "core/SnippetContext.h"
+#include "core/Tolerances.h"
 #include "util/Result.h"
 
 #include <cmath>
@@ -11,8 +12,6 @@ namespace montala::core {
 
 namespace {
 
-// One sample at 384 kHz, used as the tolerance of a count of frames.
-constexpr double frameTolerance = 2.6041666666666666e-6;
 
 struct Limits {
     double rate;
@@ -26,7 +25,7 @@ struct Limits {
     {
         if (sideFrames == 0.0)
             return false;
-        const bool shortEnough = frames > sideFrames || std::abs(sideFrames - frames) < frameTolerance;
+        const bool shortEnough = frames > sideFrames || std::abs(sideFrames - frames) < positionTolerance;
         return shortEnough && (!percentRule || !(sidePercent > percent));
     }
 };

@@ -1,7 +1,7 @@
-#include "core/MontalaInformationAlgorithm.h"
+#include "core/conform/MontalaInformationAlgorithm.h"
 
 #include "core/EventBase.h"
-#include "core/InformationContext.h"
+#include "core/conform/InformationContext.h"
 #include "core/ProgressHandlerBase.h"
 #include "core/Settings.h"
 #include "util/Result.h"

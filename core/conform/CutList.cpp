@@ -1,4 +1,4 @@
-#include "core/CutList.h"
+#include "core/conform/CutList.h"
 
 namespace montala::core {
 

@@ -1,6 +1,6 @@
-#include "core/OverlapDetectAlgorithm.h"
+#include "core/conform/OverlapDetectAlgorithm.h"
 
-#include "core/CutList.h"
+#include "core/conform/CutList.h"
 
 #include <algorithm>
 #include <iterator>

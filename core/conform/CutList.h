@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Cut.h"
+#include "core/conform/Cut.h"
 #include "core/EventList.h"
 
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/MontalaInformationAlgorithm.h"
+#include "core/conform/MontalaInformationAlgorithm.h"
 
 namespace montala::core {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/MontalaAlgorithm.h"
+#include "core/conform/MontalaAlgorithm.h"
 
 namespace montala::core {
 

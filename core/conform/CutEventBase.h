@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/AudioInfo.h"
+#include "core/conform/AudioInfo.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/CutEventBase.h"
+#include "core/conform/CutEventBase.h"
 #include "core/EventBase.h"
 
 #include <memory>

@@ -1,7 +1,8 @@
-#include "core/AutomationWarningDetectAlgorithm.h"
+#include "core/conform/AutomationWarningDetectAlgorithm.h"
 
-#include "core/CutList.h"
-#include "core/InformationContext.h"
+#include "core/conform/CutList.h"
+#include "core/conform/InformationContext.h"
+#include "core/Tolerances.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +12,6 @@ namespace montala::core {
 
 namespace {
 
-constexpr double valueTolerance = 0.01;
 // Values are compared as the user reads them: 0.50 and 0.51 differ by
 // 0.01, although in binary the difference comes out a hair above it.
 constexpr double roundingSlack = 1e-9;
@@ -33,7 +33,7 @@ bool valuesJump(const AudioInfo& left, double leftPosition, const AudioInfo& rig
         if (other == right.automation.end())
             continue;
         const double difference = std::abs(valueAt(leftSpan, leftPosition) - valueAt(other->second, rightPosition));
-        if (difference - valueTolerance > roundingSlack)
+        if (difference - automationValueTolerance > roundingSlack)
             return true;
     }
     return false;

@@ -1,8 +1,8 @@
-#include "core/TransitionDetectAlgorithm.h"
+#include "core/conform/TransitionDetectAlgorithm.h"
 
-#include "core/CutList.h"
+#include "core/conform/CutList.h"
 #include "core/EventListIndex.h"
-#include "core/InformationContext.h"
+#include "core/conform/InformationContext.h"
 #include "util/Result.h"
 
 #include <set>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/InformationEntry.h"
+#include "core/conform/InformationEntry.h"
 
 #include <cstdint>
 #include <string>

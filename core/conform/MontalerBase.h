@@ -1,9 +1,9 @@
 #pragma once
 
-#include "core/Cut.h"
-#include "core/InformationContext.h"
-#include "core/InformationEntry.h"
-#include "core/SnippetContext.h"
+#include "core/conform/Cut.h"
+#include "core/conform/InformationContext.h"
+#include "core/conform/InformationEntry.h"
+#include "core/conform/SnippetContext.h"
 #include "util/Result.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "core/Cut.h"
+#include "core/conform/Cut.h"
 
 #include "util/Result.h"
 
