@@ -46,7 +46,7 @@ case "$job" in
     ctest --test-dir build --output-on-failure -j "$jobs"
     if [ -z "${MONTALA_SKIP_FUZZ:-}" ] && [ -d fuzz ]; then
       CC=clang CXX=clang++ configure build-fuzz -DMONTALA_BUILD_FUZZ=ON -DMONTALA_BUILD_TESTS=OFF \
-        -DMONTALA_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
+        -DMONTALA_BUILD_BENCH=OFF -DMONTALA_BUILD_GUI=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo
       cmake --build build-fuzz -j "$jobs"
       ctest --test-dir build-fuzz --output-on-failure
     fi
