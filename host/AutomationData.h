@@ -1,0 +1,21 @@
+#pragma once
+
+#include "host/AutomationCurve.h"
+#include "kelmar/IAutomationPoint.h"
+#include "kelmar/IAutomationTrack.h"
+#include "kelmar/IPtr.h"
+
+#include <map>
+
+namespace montala::host {
+
+// One automation track of an audio track as read at a moment: the host's
+// points by absolute time (equal times kept, in the host's order) and the
+// curve they make.
+struct AutomationData {
+    Kelmar::IPtr<Kelmar::IAutomationTrack> track;
+    std::multimap<double, Kelmar::IPtr<Kelmar::IAutomationPoint>> points;
+    AutomationCurve curve;
+};
+
+} // namespace montala::host

@@ -1,0 +1,132 @@
+#pragma once
+
+#include "core/conform/AudioInfo.h"
+#include "host/AutomationData.h"
+#include "host/ProjectListener.h"
+#include "host/TrackEvent.h"
+
+#include "kelmar/IProjectEdit.h"
+#include "kelmar/IProjectObject.h"
+#include "kelmar/ITrack.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Kelmar {
+class IAudioChainEntry;
+}
+
+namespace montala::host {
+
+class Project;
+
+// The kinds of track Montala makes and finds again by the number it writes
+// into an attribute of the track (typeAttribute names which one).
+enum class TrackType : int {
+    Destination = 1,
+    Transition = 2,
+    Insert = 3,
+    AutomationWarning = 4,
+    Snippet = 5,
+    Overlap = 6,
+    Memos = 7,
+    NewVideo = 8,
+    Folder = 9,
+    OldVideo = 10,
+};
+
+// The name a track of that type is given (English; translated when written),
+// "INVALID!" for any other number.
+const char* trackTypeName(int type);
+
+// One track of a host project. The wrapper holds the host's track without a
+// reference of its own: the project keeps it, and a track that left the
+// project is noticed through its flags (markDirty) and looked up again
+// before the next use (isValid).
+//
+// Times are absolute seconds unless a name says host-relative.
+class Track : public ProjectListener {
+public:
+    Track() = default;
+    Track(Project* project, Kelmar::ITrack* hostTrack);
+    Track(const Track& other);
+    Track& operator=(const Track& other);
+    ~Track() override;
+
+    void projectChanged(Project& project) override;
+    void projectEdited(Project& project) override;
+
+    bool isValid();
+    void markDirty();
+
+    Kelmar::ITrack* getHostTrack() const { return hostTrack; }
+    // The track's IProjectObject; NotInitialized for an invalid track,
+    // NoInterface when the host's track has none.
+    Kelmar::IPtr<Kelmar::IProjectObject> object() const;
+    Project* getProject() const { return project; }
+
+    bool isSelected() const;
+    bool isLocked() const;
+    void setLocked(bool on);
+    bool hasLockState();
+
+    bool isAudioTrack() const;
+    bool isMarkerTrack() const;
+    bool isVideoTrack() const;
+    bool isFolderTrack() const;
+
+    // "Montala:MarkerType", "Montala:VideoType" or "Montala:FolderType" by
+    // the kind of track; NotSupported for any other kind.
+    const char* typeAttribute() const;
+    int getType();
+    void setType(int type);
+    // The type under `mask`: -1 compares the whole value.
+    bool hasType(int type, int mask);
+
+    std::string getName() const;
+    void setName(const std::string& name);
+
+    // The track's events: audio events on an audio track, video events on a
+    // video track, markers on a marker track.
+    std::vector<TrackEvent> getEvents() const;
+    // The events that belong to [start, end], host-relative: those wholly
+    // inside, and those more than half inside.
+    std::vector<TrackEvent> getEventsInRange(double start, double end) const;
+
+    int64_t nextEventId() const;
+    // Gives every event in [start, end] (host-relative) without an id the next
+    // free one of the track.
+    void assignEventIds(double start, double end);
+
+    bool sameTrack(const Track& other) const { return hostTrack == other.hostTrack; }
+
+    // The audio ranges around `position`: the one under it and its nearest
+    // neighbours, absolute; each empty when there is none.
+    void getSurroundings(double position, core::AudioInfo::Range& before, core::AudioInfo::Range& at,
+                         core::AudioInfo::Range& after) const;
+    // The absolute range an audio chain entry covers, joined members included.
+    core::AudioInfo::Range chainRange(Kelmar::IAudioChainEntry& entry) const;
+
+    // Reads every automation track anew into `automation`.
+    void readAutomation();
+    const std::vector<AutomationData>& getAutomation() const { return automation; }
+    // The points on both sides of `position` for each automation track read.
+    std::map<int, core::AudioInfo::AutomationSpan> getAutomationAround(double position);
+    // Holds each curve's value through [start, end] (absolute): a point at
+    // each edge with the value there, and nothing of the curve between.
+    void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);
+
+private:
+    void attach(Project* newProject);
+    void detach();
+    double projectStart() const;
+
+    Project* project = nullptr;
+    std::vector<AutomationData> automation;
+    Kelmar::ITrack* hostTrack = nullptr;
+    bool dirty = false;
+};
+
+} // namespace montala::host
