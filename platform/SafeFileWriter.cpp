@@ -1,0 +1,221 @@
+#include "platform/SafeFileWriter.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace montala::platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// More links than this in one chain is taken for a loop, as the kernel does.
+constexpr int maxLinksFollowed = 40;
+
+std::string errnoText(int number)
+{
+    return std::strerror(number);
+}
+
+std::string kindOf(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return "a folder";
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return "a device";
+    if (S_ISFIFO(mode))
+        return "a fifo";
+    if (S_ISSOCK(mode))
+        return "a socket";
+    return "not a regular file";
+}
+
+std::string octal(mode_t mode)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "%03o", static_cast<unsigned>(mode & 0777));
+    return text;
+}
+
+// The temporary file: created next to the target, so that the rename stays
+// within one file system, and removed on every way out unless it was
+// renamed into place.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const fs::path& target) : folder(target.parent_path())
+    {
+        static std::atomic<unsigned> counter{0};
+        const std::string stem = "." + target.filename().string() + ".";
+        for (int attempt = 0; attempt < 100 && descriptor < 0; ++attempt) {
+            path = folder / (stem + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".saving");
+            // 0666 lets the umask decide, as for any new file; O_EXCL and
+            // O_NOFOLLOW keep a planted file or link from being written.
+            descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+            if (descriptor < 0 && errno != EEXIST)
+                break;
+        }
+        if (descriptor < 0)
+            openError = errno;
+        created = descriptor >= 0;
+    }
+    ~TemporaryFile()
+    {
+        if (descriptor >= 0)
+            ::close(descriptor);
+        if (created && !renamed)
+            ::unlink(path.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    int fd() const { return descriptor; }
+    int error() const { return openError; }
+
+    // 0 or the errno of the failing call.
+    int writeAll(std::string_view content)
+    {
+        const char* data = content.data();
+        std::size_t left = content.size();
+        while (left > 0) {
+            const ssize_t written = ::write(descriptor, data, left);
+            if (written < 0) {
+                if (errno == EINTR)
+                    continue;
+                return errno;
+            }
+            data += written;
+            left -= static_cast<std::size_t>(written);
+        }
+        if (::fsync(descriptor) != 0)
+            return errno;
+        const int fd = descriptor;
+        descriptor = -1;
+        // close may report a delayed write error (NFS): it counts.
+        if (::close(fd) != 0)
+            return errno;
+        return 0;
+    }
+
+    int renameTo(const fs::path& target)
+    {
+        if (::rename(path.c_str(), target.c_str()) != 0)
+            return errno;
+        renamed = true;
+        // The new name is only durable once the folder is synced; a failure
+        // here cannot undo the rename, so it is not reported.
+        const int folderFd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (folderFd >= 0) {
+            ::fsync(folderFd);
+            ::close(folderFd);
+        }
+        return 0;
+    }
+
+private:
+    fs::path folder;
+    fs::path path;
+    int descriptor = -1;
+    int openError = 0;
+    bool created = false; // never remove a file of that name that was not ours
+    bool renamed = false;
+};
+
+} // namespace
+
+std::string SafeFileWriter::Outcome::message() const
+{
+    return path.string() + ": " + reason;
+}
+
+bool SafeFileWriter::resolveLinks(const fs::path& path, fs::path& target)
+{
+    fs::path current = path;
+    for (int step = 0; step <= maxLinksFollowed; ++step) {
+        struct stat status {};
+        if (::lstat(current.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+            target = current;
+            return true;
+        }
+        std::error_code error;
+        const fs::path link = fs::read_symlink(current, error);
+        if (error) {
+            target = current;
+            return true;
+        }
+        current = link.is_absolute() ? link : current.parent_path() / link;
+    }
+    return false;
+}
+
+SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_view content)
+{
+    Outcome outcome;
+    outcome.path = path;
+    const auto fail = [&outcome](Error error, std::string reason) {
+        outcome.error = error;
+        outcome.reason = std::move(reason);
+        return outcome;
+    };
+
+    if (path.empty() || !path.has_filename())
+        return fail(Error::NotRegularFile, "names a folder, not a file");
+    fs::path target;
+    if (!resolveLinks(path, target))
+        return fail(Error::LinkLoop, "symbolic links lead round in a loop");
+    outcome.target = target;
+    const std::string through = target == path ? "" : " (the link's target " + target.string() + ")";
+
+    struct stat existing {};
+    const bool exists = ::lstat(target.c_str(), &existing) == 0;
+    if (!exists && errno != ENOENT) {
+        if (errno == ENOTDIR)
+            return fail(Error::NoFolder, "a part of the path is not a folder");
+        return fail(Error::CannotCreate, "cannot be looked at: " + errnoText(errno));
+    }
+    if (exists) {
+        if (!S_ISREG(existing.st_mode))
+            return fail(Error::NotRegularFile, "is " + kindOf(existing.st_mode) + through + "; only a regular file "
+                                               "or a new path can be written");
+        // access() alone says yes to root for any file: the mode bits say
+        // what the owner meant.
+        if ((existing.st_mode & 0222) == 0 || ::access(target.c_str(), W_OK) != 0)
+            return fail(Error::ReadOnly, "is read-only" + through + " (mode " + octal(existing.st_mode)
+                                         + "); it is left as it is");
+    }
+
+    const fs::path folder = target.parent_path();
+    struct stat folderStatus {};
+    if (::stat(folder.empty() ? "." : folder.c_str(), &folderStatus) != 0)
+        return fail(Error::NoFolder, "the folder " + folder.string() + " does not exist");
+    if (!S_ISDIR(folderStatus.st_mode))
+        return fail(Error::NoFolder, folder.string() + " is not a folder");
+
+    TemporaryFile temporary(target);
+    if (temporary.fd() < 0)
+        return fail(Error::CannotCreate,
+                    "cannot create a file in the folder " + (folder.empty() ? std::string(".") : folder.string()) + ": "
+                        + errnoText(temporary.error()));
+    if (exists) {
+        if (::fchmod(temporary.fd(), existing.st_mode & 07777) != 0)
+            return fail(Error::CannotWrite, "cannot keep the file's mode: " + errnoText(errno));
+        // Only root may give the file back to its owner; for anyone else the
+        // owner is already the one writing.
+        struct stat created {};
+        if (::fstat(temporary.fd(), &created) == 0
+            && (created.st_uid != existing.st_uid || created.st_gid != existing.st_gid)) {
+            [[maybe_unused]] const int ignored = ::fchown(temporary.fd(), existing.st_uid, existing.st_gid);
+        }
+    }
+    if (const int error = temporary.writeAll(content))
+        return fail(Error::CannotWrite, "cannot be written: " + errnoText(error) + "; the old file is left as it was");
+    if (const int error = temporary.renameTo(target))
+        return fail(Error::CannotReplace, "cannot be replaced" + through + ": " + errnoText(error));
+    return outcome;
+}
+
+} // namespace montala::platform
