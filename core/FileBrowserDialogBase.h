@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace montala::core {
+
+// The file dialog, as the window uses it; one for the process, installed by
+// whoever hosts Montala, like AlertWindowBase.
+class FileBrowserDialogBase {
+public:
+    virtual ~FileBrowserDialogBase() = default;
+
+    // Asks the user for one file, or several with `multiple`. `extension`
+    // ("edl", without the dot) and its `description` ("Edit Decision List")
+    // make the one filter offered; an empty extension offers all files.
+    // Texts and paths are UTF-8. The chosen paths are appended to `results`;
+    // answers false when the user cancelled, and then adds nothing.
+    virtual bool show(const std::string& title, const std::string& startPath, const std::string& extension,
+                      const std::string& description, bool multiple, std::vector<std::string>& results) = 0;
+
+    static FileBrowserDialogBase* getInstance() { return instance.get(); }
+    // Takes ownership; false, and the candidate is dropped, when one is
+    // installed already.
+    static bool install(std::unique_ptr<FileBrowserDialogBase> candidate)
+    {
+        if (instance || !candidate)
+            return false;
+        instance = std::move(candidate);
+        return true;
+    }
+    static void remove() { instance.reset(); }
+
+private:
+    static inline std::unique_ptr<FileBrowserDialogBase> instance;
+};
+
+} // namespace montala::core
