@@ -152,26 +152,36 @@ bool SafeFileWriter::resolveLinks(const fs::path& path, fs::path& target)
     return false;
 }
 
-SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_view content)
+namespace {
+
+struct Checked {
+    SafeFileWriter::Outcome outcome;
+    bool exists = false;
+    struct stat status {};
+};
+
+Checked checkTarget(const fs::path& path)
 {
-    Outcome outcome;
+    Checked checked;
+    SafeFileWriter::Outcome& outcome = checked.outcome;
     outcome.path = path;
-    const auto fail = [&outcome](Error error, std::string reason) {
-        outcome.error = error;
-        outcome.reason = std::move(reason);
-        return outcome;
+    using Error = SafeFileWriter::Error;
+    const auto fail = [&checked](Error error, std::string reason) {
+        checked.outcome.error = error;
+        checked.outcome.reason = std::move(reason);
+        return checked;
     };
 
     if (path.empty() || !path.has_filename())
         return fail(Error::NotRegularFile, "names a folder, not a file");
     fs::path target;
-    if (!resolveLinks(path, target))
+    if (!SafeFileWriter::resolveLinks(path, target))
         return fail(Error::LinkLoop, "symbolic links lead round in a loop");
     outcome.target = target;
     const std::string through = target == path ? "" : " (the link's target " + target.string() + ")";
 
-    struct stat existing {};
-    const bool exists = ::lstat(target.c_str(), &existing) == 0;
+    struct stat& existing = checked.status;
+    const bool exists = checked.exists = ::lstat(target.c_str(), &existing) == 0;
     if (!exists && errno != ENOENT) {
         if (errno == ENOTDIR)
             return fail(Error::NoFolder, "a part of the path is not a folder");
@@ -194,6 +204,32 @@ SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_
         return fail(Error::NoFolder, "the folder " + folder.string() + " does not exist");
     if (!S_ISDIR(folderStatus.st_mode))
         return fail(Error::NoFolder, folder.string() + " is not a folder");
+    return checked;
+}
+
+} // namespace
+
+SafeFileWriter::Outcome SafeFileWriter::check(const fs::path& path)
+{
+    return checkTarget(path).outcome;
+}
+
+SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_view content)
+{
+    Checked checked = checkTarget(path);
+    Outcome& outcome = checked.outcome;
+    if (!outcome.ok())
+        return outcome;
+    const fs::path& target = outcome.target;
+    const fs::path folder = target.parent_path();
+    const std::string through = target == path ? "" : " (the link's target " + target.string() + ")";
+    const struct stat& existing = checked.status;
+    const bool exists = checked.exists;
+    const auto fail = [&outcome](Error error, std::string reason) {
+        outcome.error = error;
+        outcome.reason = std::move(reason);
+        return outcome;
+    };
 
     TemporaryFile temporary(target);
     if (temporary.fd() < 0)

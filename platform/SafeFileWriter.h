@@ -53,6 +53,11 @@ public:
     };
 
     static Outcome write(const std::filesystem::path& path, std::string_view content);
+    // Every check of write without writing: whether write would refuse the
+    // path (a read-only file, a device, no folder, a link loop). A caller
+    // that writes several files checks them all first, so that a refusal
+    // leaves every one untouched.
+    static Outcome check(const std::filesystem::path& path);
 
     // The end of a chain of symbolic links starting at `path` (which need not
     // exist); `path` itself when it is no link. False for a loop.

@@ -1,6 +1,8 @@
 #include "core/fileio/CmxWriter.h"
 
 #include "core/EventList.h"
+#include "platform/FileIdentity.h"
+#include "platform/SafeFileWriter.h"
 #include "util/StringUtil.h"
 
 #include <algorithm>
@@ -37,34 +39,6 @@ char transitionLetter(int transitionType)
     }
 }
 
-// Removes the temporary file on every way out unless it was moved into place.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(std::filesystem::path path) : path(std::move(path)) {}
-    ~TemporaryFile()
-    {
-        if (!committed) {
-            std::error_code ignored;
-            std::filesystem::remove(path, ignored);
-        }
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const std::filesystem::path& getPath() const { return path; }
-    bool moveTo(const std::filesystem::path& target)
-    {
-        std::error_code error;
-        std::filesystem::rename(path, target, error);
-        committed = !error;
-        return committed;
-    }
-
-private:
-    std::filesystem::path path;
-    bool committed = false;
-};
-
 } // namespace
 
 Result::Type writeEdlFile(const std::u16string& path, const EventList& list)
@@ -73,30 +47,83 @@ Result::Type writeEdlFile(const std::u16string& path, const EventList& list)
     return writer->write(path, list);
 }
 
+Result::Type writeEdlFile(const std::u16string& path, const EventList& list, CmxWriter::Report& report,
+                          const std::vector<std::u16string>& inputs)
+{
+    auto writer = std::make_shared<CmxWriter>();
+    return writer->write(path, list, report, inputs);
+}
+
 Result::Type CmxWriter::write(const std::u16string& path, const EventList& list)
 {
+    Report report;
+    return write(path, list, report);
+}
+
+Result::Type CmxWriter::write(const std::u16string& path, const EventList& list, Report& report,
+                              const std::vector<std::u16string>& inputs)
+{
+    report = Report();
     const size_t size = list.getSize();
     if (size == 0)
         return Result::InvalidArgument;
-    if (size <= maxEventsPerFile)
-        return writeFile(path, list);
+    const std::vector<std::u16string> paths = outputPaths(path, size);
+
+    // Every target is looked at before the first is written: an input named
+    // as output, or a part that would be refused, leaves all of them as
+    // they were.
+    try {
+        for (const std::u16string& target : paths) {
+            if (StringUtil::getFileName(target).empty())
+                return Result::NotInitialized;
+            for (const std::u16string& input : inputs) {
+                if (platform::isSameFile(std::filesystem::path(target), std::filesystem::path(input))) {
+                    report.failedPath = target;
+                    report.reason = StringUtil::toUtf8(target) + ": is one of the input files; it is left as it is";
+                    return Result::InvalidArgument;
+                }
+            }
+            const platform::SafeFileWriter::Outcome checked = platform::SafeFileWriter::check(target);
+            if (!checked.ok()) {
+                report.failedPath = target;
+                report.reason = checked.message();
+                return Result::FileNotOpened;
+            }
+        }
+    } catch (const std::exception&) {
+        // A path that the file system cannot represent.
+        return Result::FileNotOpened;
+    }
+
+    if (paths.size() == 1) {
+        const Result::Type result = writeFile(path, list, report);
+        if (result == Result::Ok)
+            removeStaleParts(path, 1, report, inputs);
+        return result;
+    }
 
     // Parts of 999, the last one taking the rest. Parts already written stay
     // when a later one fails: each is a complete EDL by itself.
-    const size_t parts = (size + maxEventsPerFile - 1) / maxEventsPerFile;
-    for (size_t part = 1; part <= parts; ++part) {
+    for (size_t part = 1; part <= paths.size(); ++part) {
         const size_t start = (part - 1) * maxEventsPerFile;
         const size_t count = std::min(maxEventsPerFile, size - start);
         EventList partList(EventList::ChangeKind);
         partList.appendRange(list, start, count);
-        const Result::Type result = writeFile(numberedPath(path, part), partList);
+        const Result::Type result = writeFile(paths[part - 1], partList, report);
         if (result != Result::Ok)
             return result;
     }
+    removeStaleParts(path, paths.size() + 1, report, inputs);
     return Result::Ok;
 }
 
 Result::Type CmxWriter::writeFile(const std::u16string& path, const EventList& list)
+{
+    Report report;
+    return writeFile(path, list, report);
+}
+
+Result::Type CmxWriter::writeFile(const std::u16string& path, const EventList& list, Report& report)
 {
     if (list.getSize() == 0 || list.getSize() > maxEventsPerFile)
         return Result::InvalidArgument;
@@ -108,28 +135,20 @@ Result::Type CmxWriter::writeFile(const std::u16string& path, const EventList& l
 
     // The name is checked before anything touches the disk, so that a path
     // naming a folder does not leave a stray file in it.
-    const std::u16string fileName = StringUtil::getFileName(path);
-    if (fileName.empty())
+    if (StringUtil::getFileName(path).empty())
         return Result::NotInitialized;
-    std::string title = StringUtil::toSafeText(fileName);
-    if (title.size() > maxTitleBytes)
-        title.resize(maxTitleBytes);
 
     try {
-        const std::filesystem::path target(path);
-        std::filesystem::path temporaryPath = target;
-        temporaryPath += u".montala-tmp";
-        TemporaryFile temporary(temporaryPath);
-
-        std::ofstream stream(temporary.getPath(), std::ios::out | std::ios::trunc);
-        if (!stream)
+        // The whole text is made before the file is touched: an event past
+        // 999 throws here and nothing is written.
+        const std::string text = formatLines(titleOf(path), list);
+        const platform::SafeFileWriter::Outcome outcome = platform::SafeFileWriter::write(path, text);
+        if (!outcome.ok()) {
+            report.failedPath = path;
+            report.reason = outcome.message();
             return Result::FileNotOpened;
-        writeLines(stream, title, list);
-        stream.close();
-        if (stream.fail())
-            return Result::FileNotOpened;
-        if (!temporary.moveTo(target))
-            return Result::FileNotOpened;
+        }
+        report.written.push_back(path);
         return Result::Ok;
     } catch (Result::Type code) {
         return code;
@@ -137,6 +156,76 @@ Result::Type CmxWriter::writeFile(const std::u16string& path, const EventList& l
         // A path that the file system cannot represent, or no memory for it.
         return Result::FileNotOpened;
     }
+}
+
+std::string CmxWriter::titleOf(const std::u16string& path)
+{
+    std::string title = StringUtil::toSafeText(StringUtil::getFileName(path));
+    if (title.size() > maxTitleBytes)
+        title.resize(maxTitleBytes);
+    return "TITLE:   " + title;
+}
+
+void CmxWriter::removeStaleParts(const std::u16string& path, size_t firstStale, Report& report,
+                                 const std::vector<std::u16string>& inputs)
+{
+    // Numbered parts follow one another without a gap, so the first number
+    // that names no file ends the search. A part is taken away only when it
+    // is a plain file whose title line is the one this writer gave it: a
+    // file of the user's that happens to share the name is left alone.
+    //
+    //   before:  film_1.edl  film_2.edl  film_3.edl        (3 parts)
+    //   write:   film_1.edl  film_2.edl                    (2 parts)
+    //   after:   film_1.edl  film_2.edl                    film_3.edl removed
+    for (size_t part = firstStale;; ++part) {
+        const std::u16string stale = numberedPath(path, part);
+        try {
+            const std::filesystem::path stalePath(stale);
+            std::error_code error;
+            const std::filesystem::file_status status = std::filesystem::symlink_status(stalePath, error);
+            if (error || !std::filesystem::exists(status))
+                return;
+            const auto keep = [&](const char* why) {
+                report.keptStale.push_back(stale);
+                report.keptStaleReasons.push_back(StringUtil::toUtf8(stale) + ": " + why);
+            };
+            bool isInput = false;
+            for (const std::u16string& input : inputs)
+                isInput = isInput || platform::isSameFile(stalePath, std::filesystem::path(input));
+            if (isInput) {
+                keep("is one of the input files, so it stays");
+                continue;
+            }
+            std::string firstLine;
+            if (std::filesystem::is_regular_file(status)) {
+                std::ifstream file(stalePath, std::ios::binary);
+                std::getline(file, firstLine);
+                if (!firstLine.empty() && firstLine.back() == '\r')
+                    firstLine.pop_back();
+            }
+            if (!std::filesystem::is_regular_file(status) || firstLine != titleOf(stale)) {
+                keep("was not written by Montala (its title line differs), so it stays");
+                continue;
+            }
+            if (!std::filesystem::remove(stalePath, error) || error) {
+                keep("could not be removed");
+                continue;
+            }
+            report.removed.push_back(stale);
+        } catch (const std::exception&) {
+            return;
+        }
+    }
+}
+
+std::vector<std::u16string> CmxWriter::outputPaths(const std::u16string& path, size_t eventCount)
+{
+    if (eventCount <= maxEventsPerFile)
+        return {path};
+    std::vector<std::u16string> paths;
+    for (size_t part = 1; part <= (eventCount + maxEventsPerFile - 1) / maxEventsPerFile; ++part)
+        paths.push_back(numberedPath(path, part));
+    return paths;
 }
 
 namespace {
@@ -167,10 +256,10 @@ void appendTimecode(std::string& line, const Timecode& timecode)
 
 } // namespace
 
-void CmxWriter::writeLines(std::ostream& stream, const std::string& title, const EventList& list)
+std::string CmxWriter::formatLines(const std::string& title, const EventList& list)
 {
     // No FCM line: the drop mode is not written at all.
-    std::string text = "TITLE:   " + title + "\n";
+    std::string text = title + "\n";
     text.reserve(text.size() + list.getSize() * 80);
     size_t position = 0;
     for (const EventPtr& event : list.getEvents()) {
@@ -199,9 +288,7 @@ void CmxWriter::writeLines(std::ostream& stream, const std::string& title, const
         appendTimecode(text, event->getDstOut());
         text += '\n';
     }
-    stream << text;
-    if (!stream)
-        throw Result::FileNotOpened;
+    return text;
 }
 
 std::string CmxWriter::formatRollName(const std::string& rollName)

@@ -3,8 +3,8 @@
 #include "core/fileio/WriterInterface.h"
 
 #include <cstddef>
-#include <ostream>
 #include <string>
+#include <vector>
 
 namespace montala::core::fileio {
 
@@ -22,17 +22,48 @@ namespace montala::core::fileio {
 //
 // Lists above 999 events go to numbered files (name_1.edl, name_2.edl ...)
 // since the event number has three digits.
+//
+// Every file is written safely (platform::SafeFileWriter): through a
+// temporary file renamed into place, through symbolic links, keeping the
+// mode, refusing read-only files and anything that is no regular file.
 class CmxWriter : public WriterInterface {
 public:
     static constexpr size_t maxEventsPerFile = 999;
     static constexpr size_t maxTitleBytes = 70;
 
+    // What one write did, for the caller to tell the user: only files this
+    // run wrote are named, never an old file that a failure left in place.
+    struct Report {
+        std::vector<std::u16string> written;
+        // Numbered parts of an earlier, longer run (name_3.edl beside a new
+        // name_1.edl and name_2.edl) taken away after a successful write.
+        std::vector<std::u16string> removed;
+        // Such parts left in place, each with the reason: not written by
+        // this writer (its title line says otherwise), or one of the inputs.
+        std::vector<std::u16string> keptStale;
+        std::vector<std::string> keptStaleReasons;
+        // The file that could not be written and why, naming it.
+        std::u16string failedPath;
+        std::string reason;
+    };
+
     util::Result::Type write(const std::u16string& path, const EventList& list) override;
+    // As write, with what happened in `report`. No file whose identity
+    // (device and inode) is that of one of `inputs` is replaced or removed:
+    // the list is refused with InvalidArgument before anything is written.
+    // All target files are checked before the first is written, so that a
+    // refused one (read-only, a device) leaves every part untouched.
+    util::Result::Type write(const std::u16string& path, const EventList& list, Report& report,
+                             const std::vector<std::u16string>& inputs = {});
 
     // One file of at most 999 events. The text goes to a temporary file in
     // the same folder that is renamed into place only when it is complete,
     // so a failure leaves neither a half-written file nor a damaged old one.
     util::Result::Type writeFile(const std::u16string& path, const EventList& list);
+
+    // The files a list of `eventCount` events goes to: `path` itself, or
+    // the numbered parts.
+    static std::vector<std::u16string> outputPaths(const std::u16string& path, size_t eventCount);
 
     // The CMX form of a roll name: at most eight characters of
     // ".-_A-Z0-9"; long names keep their trailing number ("ABCD-123").
@@ -41,11 +72,18 @@ public:
     static std::u16string numberedPath(const std::u16string& path, size_t part);
 
 private:
+    util::Result::Type writeFile(const std::u16string& path, const EventList& list, Report& report);
     // The title and event lines; throws Result::OutOfRange past event 999.
-    static void writeLines(std::ostream& stream, const std::string& title, const EventList& list);
+    static std::string formatLines(const std::string& title, const EventList& list);
+    // The title that a file of that path is written with.
+    static std::string titleOf(const std::u16string& path);
+    static void removeStaleParts(const std::u16string& path, size_t firstStale, Report& report,
+                                 const std::vector<std::u16string>& inputs);
 };
 
 // Writes list to path with a CmxWriter.
 util::Result::Type writeEdlFile(const std::u16string& path, const EventList& list);
+util::Result::Type writeEdlFile(const std::u16string& path, const EventList& list, CmxWriter::Report& report,
+                                const std::vector<std::u16string>& inputs = {});
 
 } // namespace montala::core::fileio

@@ -146,6 +146,9 @@ TEST_F(SafeFileWriterTest, ReadOnlyFilesAreRefusedEvenForRoot)
     EXPECT_EQ(path.string() + ": is read-only (mode 444); it is left as it is", outcome.message());
     EXPECT_EQ("keep me", contentOf(path));
     EXPECT_EQ(0444u, modeOf(path));
+    // The check alone says the same and makes nothing.
+    EXPECT_EQ(Error::ReadOnly, SafeFileWriter::check(path).error);
+    EXPECT_TRUE(SafeFileWriter::check(folder / "new.edl").ok());
 
     // Through a link the message names the link and its target.
     fs::create_symlink(path, folder / "link.edl");

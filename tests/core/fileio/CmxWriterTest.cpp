@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace montala::core::fileio {
@@ -281,6 +282,126 @@ TEST_F(CmxWriterTest, FailuresLeaveNothingBehindAndKeepWhatWasThere)
     parts.addEvent(bad);
     EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf("split.edl"), parts));
     EXPECT_EQ(std::vector<std::string>{"split_1.edl"}, filesInFolder());
+}
+
+TEST_F(CmxWriterTest, SavesThroughLinksKeepModesAndRefuseReadOnlyFilesAndDevices)
+{
+    EventList list = makeCuts(2);
+    CmxWriter writer;
+    CmxWriter::Report report;
+
+    // Through a link: the target gets the text, the link stays a link, and
+    // the target keeps its mode.
+    fs::create_directory(folder / "real");
+    {
+        std::ofstream old(folder / "real" / "change.edl");
+        old << "old";
+    }
+    ::chmod((folder / "real" / "change.edl").c_str(), 0640);
+    fs::create_symlink(folder / "real" / "change.edl", folder / "link.edl");
+    ASSERT_EQ(Result::Ok, writer.write(pathOf("link.edl"), list, report)) << report.reason;
+    EXPECT_TRUE(fs::is_symlink(folder / "link.edl"));
+    EXPECT_EQ(3u, countLines(readFile(folder / "real" / "change.edl")));
+    EXPECT_EQ(fs::perms(0640), fs::status(folder / "real" / "change.edl").permissions() & fs::perms::mask);
+    EXPECT_EQ(std::vector<std::u16string>{pathOf("link.edl")}, report.written);
+
+    // A read-only file is refused even for root, with a reason naming it.
+    {
+        std::ofstream old(folder / "locked.edl");
+        old << "keep";
+    }
+    ::chmod((folder / "locked.edl").c_str(), 0444);
+    EXPECT_EQ(Result::FileNotOpened, writer.write(pathOf("locked.edl"), list, report));
+    EXPECT_EQ("keep", readFile(folder / "locked.edl"));
+    EXPECT_EQ(pathOf("locked.edl"), report.failedPath);
+    EXPECT_EQ((folder / "locked.edl").string() + ": is read-only (mode 444); it is left as it is", report.reason);
+    EXPECT_TRUE(report.written.empty());
+
+    // A device stays a device.
+    EXPECT_EQ(Result::FileNotOpened, writer.write(u"/dev/null", list, report));
+    struct stat status {};
+    ASSERT_EQ(0, ::stat("/dev/null", &status));
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+}
+
+TEST_F(CmxWriterTest, RefusesToReplaceAnInputFileHoweverItIsNamed)
+{
+    EventList list = makeCuts(2);
+    {
+        std::ofstream input(folder / "old.edl");
+        input << "TITLE: old\n";
+    }
+    fs::create_directory(folder / "sub");
+    fs::create_symlink(folder / "old.edl", folder / "alias.edl");
+    const std::vector<std::u16string> inputs = {pathOf("sub/../old.edl")};
+    CmxWriter writer;
+    CmxWriter::Report report;
+    for (const char* name : {"old.edl", "alias.edl"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf(name), list, report, inputs));
+        EXPECT_EQ(pathOf(name), report.failedPath);
+        EXPECT_NE(std::string::npos, report.reason.find("is one of the input files")) << report.reason;
+        EXPECT_EQ("TITLE: old\n", readFile(folder / "old.edl"));
+    }
+
+    // An input among the numbered parts stops the run before the first part.
+    fs::rename(folder / "old.edl", folder / "split_2.edl");
+    EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf("split.edl"), makeCuts(1000), report, {pathOf("split_2.edl")}));
+    EXPECT_EQ(pathOf("split_2.edl"), report.failedPath);
+    EXPECT_FALSE(fs::exists(folder / "split_1.edl"));
+    EXPECT_TRUE(report.written.empty());
+
+    // A refused later part leaves the earlier ones unwritten too.
+    ::chmod((folder / "split_2.edl").c_str(), 0444);
+    EXPECT_EQ(Result::FileNotOpened, writer.write(pathOf("split.edl"), makeCuts(1000), report));
+    EXPECT_FALSE(fs::exists(folder / "split_1.edl"));
+    EXPECT_EQ("TITLE: old\n", readFile(folder / "split_2.edl"));
+}
+
+TEST_F(CmxWriterTest, ReportsOnlyFilesThisRunWroteAndRemovesPartsOfALongerRun)
+{
+    CmxWriter writer;
+    CmxWriter::Report report;
+    ASSERT_EQ(Result::Ok, writer.write(pathOf("film.edl"), makeCuts(2500), report));
+    EXPECT_EQ((std::vector<std::u16string>{pathOf("film_1.edl"), pathOf("film_2.edl"), pathOf("film_3.edl")}),
+              report.written);
+    EXPECT_EQ(CmxWriter::outputPaths(pathOf("film.edl"), 2500), report.written);
+
+    // A shorter run takes away the third part of the longer one.
+    ASSERT_EQ(Result::Ok, writer.write(pathOf("film.edl"), makeCuts(1500), report));
+    EXPECT_EQ((std::vector<std::u16string>{pathOf("film_1.edl"), pathOf("film_2.edl")}), report.written);
+    EXPECT_EQ(std::vector<std::u16string>{pathOf("film_3.edl")}, report.removed);
+    EXPECT_EQ((std::vector<std::string>{"film_1.edl", "film_2.edl"}), filesInFolder());
+
+    // One file now: the parts go too, but a file of the user's that only
+    // shares the name stays, and so does an input.
+    {
+        std::ofstream mine(folder / "film_3.edl");
+        mine << "TITLE:   my notes\n";
+    }
+    ASSERT_EQ(Result::Ok, writer.write(pathOf("film.edl"), makeCuts(3), report, {pathOf("film_2.edl")}));
+    EXPECT_EQ(std::vector<std::u16string>{pathOf("film.edl")}, report.written);
+    EXPECT_EQ(std::vector<std::u16string>{pathOf("film_1.edl")}, report.removed);
+    EXPECT_EQ((std::vector<std::u16string>{pathOf("film_2.edl"), pathOf("film_3.edl")}), report.keptStale);
+    ASSERT_EQ(2u, report.keptStaleReasons.size());
+    EXPECT_NE(std::string::npos, report.keptStaleReasons[0].find("film_2.edl: is one of the input files"));
+    EXPECT_NE(std::string::npos, report.keptStaleReasons[1].find("film_3.edl: was not written by Montala"));
+    fs::remove(folder / "film_2.edl");
+    fs::remove(folder / "film_3.edl");
+
+    // A failure in the second part: the old second part stays but is not
+    // reported as written, and nothing stale is removed.
+    ASSERT_EQ(Result::Ok, writer.write(pathOf("film.edl"), makeCuts(2500), report));
+    const std::string oldSecond = readFile(folder / "film_2.edl");
+    EventList failing = makeCuts(999);
+    EventPtr bad = makeEvent("A", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00");
+    bad->addState(EventState::NotVideoEvent);
+    failing.addEvent(bad);
+    EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf("film.edl"), failing, report));
+    EXPECT_EQ(std::vector<std::u16string>{pathOf("film_1.edl")}, report.written);
+    EXPECT_TRUE(report.removed.empty());
+    EXPECT_EQ(oldSecond, readFile(folder / "film_2.edl"));
+    EXPECT_TRUE(fs::exists(folder / "film_3.edl"));
 }
 
 } // namespace
