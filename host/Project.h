@@ -12,6 +12,7 @@
 #include "util/Result.h"
 
 #include "kelmar/IHostServices.h"
+#include "kelmar/IMediaPool.h"
 #include "kelmar/IObjectList.h"
 #include "kelmar/IProject.h"
 #include "kelmar/IProjectEdit.h"
@@ -184,6 +185,7 @@ private:
 
     std::set<ProjectListener*> listeners;
     Kelmar::IPtr<Kelmar::IProject> hostProject;
+    Kelmar::IPtr<Kelmar::IMediaPool> hostPool;
     std::shared_ptr<MediaPool> mediaPool;
     std::array<Track, 7> markerTracks;
     Track folderTrack;

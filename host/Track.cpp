@@ -1,1 +1,512 @@
 #include "host/Track.h"
+
+#include "host/HostCalls.h"
+#include "host/Project.h"
+
+#include "kelmar/IAudioChainEntry.h"
+#include "kelmar/IAudioChainEvent.h"
+#include "kelmar/IAutomationCurvePoint.h"
+#include "kelmar/IAutomationPoint.h"
+#include "kelmar/IAutomationTrack.h"
+#include "kelmar/IEditContext.h"
+#include "kelmar/IObjectIterator.h"
+#include "kelmar/String.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace montala::host {
+
+using util::Result;
+
+namespace {
+
+constexpr const char* lockStateAttribute = "Montala:LockState";
+constexpr const char* userIdAttribute = "MontEventUserId";
+
+// Every child of `object`, each with a reference of its own.
+std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> childrenOf(Kelmar::IProjectObject& object)
+{
+    std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> children;
+    Kelmar::IPtr<Kelmar::IObjectIterator> iterator = Kelmar::owned(object.getChildren());
+    if (!iterator)
+        return children;
+    while (!iterator->atEnd()) {
+        Kelmar::IPtr<Kelmar::IProjectObject> child = Kelmar::owned(iterator->next());
+        if (!child)
+            break;
+        children.push_back(std::move(child));
+    }
+    return children;
+}
+
+bool readInteger(Kelmar::IProjectObject& object, const char* name, int64_t& value)
+{
+    Kelmar::FVariant variant;
+    if (object.getAttribute(name, variant) != Kelmar::kResultOk || !variant.isInt())
+        return false;
+    value = variant.getInt();
+    return true;
+}
+
+} // namespace
+
+const char* trackTypeName(int type)
+{
+    switch (static_cast<TrackType>(type)) {
+    case TrackType::Destination: return "Destination";
+    case TrackType::Transition: return "Dissolve/Wipe";
+    case TrackType::Insert: return "Insert";
+    case TrackType::AutomationWarning: return "Automation Warning";
+    case TrackType::Snippet: return "Audio Snippet";
+    case TrackType::Overlap: return "Overlap";
+    case TrackType::Memos: return "Memos";
+    case TrackType::NewVideo: return "New Video";
+    case TrackType::Folder: return "Montala Markers";
+    case TrackType::OldVideo: return "Old Video";
+    }
+    return "INVALID!";
+}
+
+// ---- Life and registration
+
+Track::Track(Project* owner, Kelmar::ITrack* track) : hostTrack(track)
+{
+    attach(owner);
+}
+
+Track::Track(const Track& other) : automation(other.automation), hostTrack(other.hostTrack), dirty(other.dirty)
+{
+    attach(other.project);
+}
+
+Track& Track::operator=(const Track& other)
+{
+    if (this == &other)
+        return *this;
+    detach();
+    automation = other.automation;
+    hostTrack = other.hostTrack;
+    dirty = other.dirty;
+    attach(other.project);
+    return *this;
+}
+
+Track::~Track() { detach(); }
+
+void Track::attach(Project* newProject)
+{
+    project = newProject;
+    if (project)
+        project->addListener(this);
+}
+
+void Track::detach()
+{
+    if (project)
+        project->removeListener(this);
+    project = nullptr;
+}
+
+void Track::projectChanged(Project&) { markDirty(); }
+
+void Track::projectEdited(Project&) { markDirty(); }
+
+// ---- Identity
+
+bool Track::isValid()
+{
+    if (!project || !hostTrack)
+        return false;
+    if (dirty) {
+        if (!project->containsTrack(*this)) {
+            hostTrack = nullptr;
+            automation.clear();
+            return false;
+        }
+        dirty = false;
+    }
+    return true;
+}
+
+void Track::markDirty()
+{
+    if (dirty || !hostTrack)
+        return;
+    Kelmar::IPtr<Kelmar::IProjectObject> asObject = Kelmar::queryInterface<Kelmar::IProjectObject>(hostTrack);
+    dirty = !asObject || (asObject->getFlags() & Kelmar::IProjectObject::kLeftProject) != 0;
+}
+
+Kelmar::IPtr<Kelmar::IProjectObject> Track::object() const
+{
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    return queryRequired<Kelmar::IProjectObject>(hostTrack);
+}
+
+double Track::projectStart() const
+{
+    if (!project)
+        throw Result::NotInitialized;
+    return project->getProjectStart();
+}
+
+// ---- Selection, lock, kind, type, name
+
+bool Track::isSelected() const { return object()->isSelected(); }
+
+bool Track::isLocked() const
+{
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    return hostTrack->getToggle("lock") == Kelmar::kResultOk;
+}
+
+void Track::setLocked(bool on)
+{
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    check(hostTrack->setToggle("lock", on));
+    check(object()->setAttribute(lockStateAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(on ? 1 : 0)), 1));
+}
+
+bool Track::hasLockState()
+{
+    if (!isValid())
+        return false;
+    int64_t value = 0;
+    return readInteger(*object(), lockStateAttribute, value) && value != 0;
+}
+
+bool Track::isAudioTrack() const
+{
+    auto asObject = object();
+    return asObject->isKind("track") && asObject->isKind("audio");
+}
+
+bool Track::isMarkerTrack() const
+{
+    auto asObject = object();
+    return asObject->isKind("track") && asObject->isKind("marker");
+}
+
+bool Track::isVideoTrack() const
+{
+    auto asObject = object();
+    return asObject->isKind("track") && asObject->isKind("video");
+}
+
+bool Track::isFolderTrack() const
+{
+    auto asObject = object();
+    return asObject->isKind("track") && asObject->isKind("folder");
+}
+
+const char* Track::typeAttribute() const
+{
+    if (isMarkerTrack())
+        return "Montala:MarkerType";
+    if (isVideoTrack())
+        return "Montala:VideoType";
+    if (isFolderTrack())
+        return "Montala:FolderType";
+    throw Result::NotSupported;
+}
+
+int Track::getType()
+{
+    if (!isValid())
+        return -1;
+    auto asObject = object();
+    if (!asObject->isKind("track") || asObject->isKind("audio") || asObject->isKind("ruler"))
+        return -1;
+    int64_t value = 0;
+    if (!readInteger(*asObject, typeAttribute(), value))
+        return -1;
+    return static_cast<int>(value);
+}
+
+void Track::setType(int type)
+{
+    check(object()->setAttribute(typeAttribute(), Kelmar::FVariant(static_cast<Kelmar::int64>(type)), 1));
+}
+
+bool Track::hasType(int type, int mask)
+{
+    if (!isValid())
+        return false;
+    auto asObject = object();
+    if (!asObject->isKind("marker") && !asObject->isKind("video") && !asObject->isKind("folder"))
+        return false;
+    int64_t value = 0;
+    if (!readInteger(*asObject, typeAttribute(), value))
+        return false;
+    return (value & mask) == (type & mask);
+}
+
+std::string Track::getName() const
+{
+    Kelmar::String name;
+    if (object()->getName(name) != Kelmar::kResultOk)
+        return {};
+    return name.toUtf8();
+}
+
+void Track::setName(const std::string& name)
+{
+    auto asObject = object();
+    Kelmar::IPtr<Kelmar::IEditContext> context = Kelmar::owned(project->getHostProject()->getEditContext(asObject.get()));
+    const std::u16string wide = Kelmar::String::utf8ToUtf16(name);
+    check(asObject->setName(context.get(), wide.c_str(), 0));
+}
+
+// ---- Events
+
+std::vector<TrackEvent> Track::getEvents() const
+{
+    auto asObject = object();
+    // A part holds audio events; it answers "part", not "audio", and moves
+    // with the track's audio as one event.
+    const bool audio = asObject->isKind("audio");
+    const char* kind = audio ? "audio" : asObject->isKind("video") ? "video" : asObject->isKind("marker") ? "marker" : nullptr;
+    std::vector<TrackEvent> events;
+    if (!kind)
+        return events;
+    for (auto& child : childrenOf(*asObject))
+        if (child->isKind(kind) || (audio && child->isKind("part")))
+            events.emplace_back(this, child.get());
+    return events;
+}
+
+std::vector<TrackEvent> Track::getEventsInRange(double start, double end) const
+{
+    if (end < start)
+        throw Result::InvalidArgument;
+    std::vector<TrackEvent> taken;
+    for (TrackEvent& event : getEvents()) {
+        const double s = event.getStart();
+        const double e = event.getEnd();
+        const bool startsInside = start <= s && s <= end;
+        const bool endsInside = start <= e && e <= end;
+        // An event belongs to the range it lies mostly in: one half exactly
+        // is not enough, so an event split in the middle goes to neither side.
+        if (startsInside && endsInside)
+            taken.push_back(event);
+        else if (s < start && endsInside && (e - start) / (e - s) > 0.5)
+            taken.push_back(event);
+        else if (startsInside && e > end && (end - s) / (e - s) > 0.5)
+            taken.push_back(event);
+    }
+    return taken;
+}
+
+int64_t Track::nextEventId() const
+{
+    int64_t largest = 0;
+    for (const TrackEvent& event : getEvents()) {
+        int64_t id = 0;
+        if (event.getUserId(id))
+            largest = std::max(largest, id);
+    }
+    return largest + 1;
+}
+
+void Track::assignEventIds(double start, double end)
+{
+    for (const TrackEvent& event : getEventsInRange(start, end)) {
+        int64_t id = 0;
+        if (event.getUserId(id))
+            continue;
+        check(event.getObject()->setAttribute(userIdAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(nextEventId())), 1));
+    }
+}
+
+// ---- Audio around a position
+
+core::AudioInfo::Range Track::chainRange(Kelmar::IAudioChainEntry& entry) const
+{
+    const double offset = projectStart();
+    core::AudioInfo::Range range{entry.getStart(), entry.getEnd()};
+
+    // A chain of joined events sounds as one: its range ends where the last
+    // member ends.
+    Kelmar::IPtr<Kelmar::IProjectObject> member = Kelmar::owned(entry.getObject());
+    Kelmar::IPtr<Kelmar::IProjectObject> last;
+    while (member) {
+        Kelmar::IPtr<Kelmar::IAudioChainEvent> link = Kelmar::queryInterface<Kelmar::IAudioChainEvent>(member.get());
+        Kelmar::IPtr<Kelmar::IProjectObject> next = link ? Kelmar::owned(link->getNextInChain()) : nullptr;
+        if (!next)
+            break;
+        last = next;
+        member = next;
+    }
+    if (last) {
+        range.end = last->getEnd(nullptr);
+        Kelmar::IPtr<Kelmar::IProjectObject> parent = Kelmar::owned(last->getParent());
+        if (parent && parent->isKind("part"))
+            range.end += parent->getStart(nullptr);
+    }
+    range.start += offset;
+    range.end += offset;
+    if (range.end < range.start)
+        throw Result::InvalidArgument;
+    return range;
+}
+
+void Track::getSurroundings(double position, core::AudioInfo::Range& before, core::AudioInfo::Range& at,
+                            core::AudioInfo::Range& after) const
+{
+    before = at = after = core::AudioInfo::Range{};
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    constexpr double tolerance = Project::positionTolerance;
+
+    bool counted = false;
+    core::AudioInfo::Range previous;
+    Kelmar::IPtr<Kelmar::IAudioChainEntry> entry = Kelmar::owned(hostTrack->getAudioChain());
+    for (; entry; entry = Kelmar::owned(entry->next(0))) {
+        const core::AudioInfo::Range range = chainRange(*entry);
+        if (counted && (range.start < previous.end || std::abs(range.start - previous.end) <= tolerance)) {
+            // Layered on what came before: only counts when it reaches past it.
+            if (range.end < previous.end + tolerance)
+                continue;
+            if (range.start < previous.start)
+                throw Result::InvalidArgument;
+        }
+        counted = true;
+        previous = range;
+        if (position <= range.end) {
+            if (position < range.start) {
+                after = range;
+                break;
+            }
+            at = range;
+        } else if (before.isEmpty() || range.end > before.end) {
+            before = range;
+        }
+    }
+}
+
+// ---- Automation
+
+void Track::readAutomation()
+{
+    automation.clear();
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    const double offset = projectStart();
+    Kelmar::IPtr<Kelmar::IObjectIterator> tracks = Kelmar::owned(hostTrack->getAutomationTracks());
+    if (!tracks)
+        return;
+    while (!tracks->atEnd()) {
+        Kelmar::IPtr<Kelmar::IProjectObject> trackObject = Kelmar::owned(tracks->next());
+        if (!trackObject)
+            break;
+        AutomationData data;
+        data.track = queryRequired<Kelmar::IAutomationTrack>(trackObject.get());
+        // The host's stepped kinds 0 and 3 each hold their value; ours keep
+        // them apart only to say which one it was.
+        const int curveType = data.track->getCurveType();
+        data.curve.mode = curveType == 0 ? AutomationCurve::SteppedHold
+                          : curveType == 3 ? AutomationCurve::Stepped
+                                           : AutomationCurve::Linear;
+        for (auto& pointObject : childrenOf(*trackObject)) {
+            auto point = queryRequired<Kelmar::IAutomationPoint>(pointObject.get());
+            auto curvePoint = Kelmar::queryInterface<Kelmar::IAutomationCurvePoint>(pointObject.get());
+            const double time = pointObject->getStart(nullptr) + offset;
+            const double value = point->getValue();
+            data.points.emplace(time, point);
+            data.curve.add(time, value, curvePoint && curvePoint->isSegmentEnd());
+        }
+        automation.push_back(std::move(data));
+    }
+}
+
+std::map<int, core::AudioInfo::AutomationSpan> Track::getAutomationAround(double position)
+{
+    std::map<int, core::AudioInfo::AutomationSpan> around;
+    for (size_t index = 0; index < automation.size(); ++index) {
+        // -1 stands for "not found": a time or value below zero counts as
+        // not there.
+        double previousTime = -1.0, previousValue = -1.0;
+        double nextTime = -1.0, nextValue = -1.0;
+        for (const auto& [time, point] : automation[index].points) {
+            const double value = point->getValue();
+            if (time > position) {
+                nextTime = time;
+                nextValue = value;
+                break;
+            }
+            previousTime = time;
+            previousValue = value;
+        }
+        const bool hasPrevious = previousTime >= 0.0 && previousValue >= 0.0;
+        const bool hasNext = nextTime >= 0.0 && nextValue >= 0.0;
+        const int key = static_cast<int>(index);
+        if (hasPrevious && hasNext)
+            around[key] = {previousTime, previousValue, nextTime, nextValue};
+        else if (hasPrevious)
+            around[key] = {previousTime, previousValue, position, previousValue};
+        else if (hasNext)
+            around[key] = {position, nextValue, nextTime, nextValue};
+    }
+    return around;
+}
+
+void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
+{
+    if (end < start)
+        throw Result::InvalidArgument;
+    if (!project)
+        throw Result::NotInitialized;
+    const double offset = projectStart();
+    Kelmar::IProject& host = *project->getHostProject();
+
+    for (AutomationData& data : automation) {
+        if (data.curve.empty())
+            continue;
+        auto trackObject = queryRequired<Kelmar::IProjectObject>(data.track.get());
+        Kelmar::IPtr<Kelmar::IEditContext> context = Kelmar::owned(host.getEditContext(trackObject.get()));
+
+        // The value at the gap's start is held to its end: the first point
+        // ends its segment, so nothing between the two points is drawn.
+        Kelmar::IPtr<Kelmar::IAutomationPoint> first, second;
+        double firstValue = 0.0, secondValue = 0.0;
+        if (data.curve.valueAt(start, firstValue)) {
+            auto curvePoint = getService<Kelmar::IAutomationCurvePoint>(project->getServices());
+            first = queryRequired<Kelmar::IAutomationPoint>(curvePoint.get());
+            auto pointObject = queryRequired<Kelmar::IProjectObject>(curvePoint.get());
+            check(curvePoint->setValue(context.get(), static_cast<float>(firstValue), 0));
+            check(curvePoint->setSegmentEnd(context.get(), true, 0));
+            check(pointObject->setStart(context.get(), start - offset, 0));
+        }
+        if (data.curve.valueAt(end, secondValue)) {
+            second = getService<Kelmar::IAutomationPoint>(project->getServices());
+            auto pointObject = queryRequired<Kelmar::IProjectObject>(second.get());
+            check(second->setValue(context.get(), static_cast<float>(secondValue), 0));
+            check(pointObject->setStart(context.get(), end - offset, 0));
+        }
+
+        for (auto it = data.points.upper_bound(start); it != data.points.end() && it->first < end;) {
+            auto pointObject = queryRequired<Kelmar::IProjectObject>(it->second.get());
+            check(edit.removeObject(context.get(), pointObject.get()));
+            data.curve.values.erase(it->first);
+            data.curve.segmentEnds.erase(it->first);
+            it = data.points.erase(it);
+        }
+
+        if (first) {
+            check(edit.addObject(context.get(), queryRequired<Kelmar::IProjectObject>(first.get()).get()));
+            data.points.emplace(start, first);
+            data.curve.add(start, firstValue, true);
+        }
+        if (second) {
+            check(edit.addObject(context.get(), queryRequired<Kelmar::IProjectObject>(second.get()).get()));
+            data.points.emplace(end, second);
+            data.curve.add(end, secondValue, false);
+        }
+    }
+}
+
+} // namespace montala::host
