@@ -5,6 +5,7 @@
 #include "sim/SimClip.h"
 #include "sim/SimEditContext.h"
 #include "sim/SimEditGroup.h"
+#include "sim/SimFailures.h"
 #include "sim/SimHost.h"
 #include "sim/SimProject.h"
 #include "sim/SimRangeEditor.h"
@@ -65,8 +66,23 @@ std::vector<SimObject*> contentTracks(SimProject& project)
 
 } // namespace
 
+SimEdit::~SimEdit()
+{
+    for (const auto& step : waitingSteps)
+        step->discard();
+}
+
+bool SimEdit::failing(const char* call)
+{
+    return host->failures().fails(call);
+}
+
 tresult SimEdit::queryInterface(const FUID& iid, void** obj)
 {
+    if (obj && host->failures().isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
     if (answerInterface<IProjectEdit>(this, iid, obj) || answerInterface<IRangeEdit>(this, iid, obj))
         return kResultOk;
     if (iid == FUnknown::iid) {
@@ -79,17 +95,31 @@ tresult SimEdit::queryInterface(const FUID& iid, void** obj)
 
 tresult SimEdit::beginEdit(int32)
 {
+    if (failing("beginEdit"))
+        return kResultFailed;
     host->beginGroup();
     return kResultOk;
 }
 
 tresult SimEdit::endEdit(IProject* project, const char16* title)
 {
+    if (failing("endEdit"))
+        return kResultFailed;
+    if (!waitingSteps.empty()) {
+        // The steps handed in outside a group close now, as one group.
+        if (!host->isGroupOpen())
+            host->beginGroup();
+        for (const auto& step : waitingSteps)
+            host->currentGroup()->addStep(step.get());
+        waitingSteps.clear();
+    }
     return host->endGroup(simProject(project), title ? title : u"");
 }
 
 tresult SimEdit::addObject(IEditContext* context, IProjectObject* object)
 {
+    if (failing("addObject"))
+        return kResultFailed;
     SimObject* container = SimEditContext::containerOf(context);
     SimObject* node = simObject(object);
     if (!container || !node || node->parent() || node->kind() == ObjectKind::Project)
@@ -99,12 +129,15 @@ tresult SimEdit::addObject(IEditContext* context, IProjectObject* object)
         return kInvalidArgument;
     if (refused(*container))
         return kResultFalse;
+    const SimHost::OwnStep step(container->project(), u"Add");
     put(*container, shared(node));
     return kResultOk;
 }
 
 tresult SimEdit::removeObject(IEditContext* context, IProjectObject* object)
 {
+    if (failing("removeObject"))
+        return kResultFailed;
     SimObject* container = SimEditContext::containerOf(context);
     SimObject* node = simObject(object);
     if (!node || !node->parent() || (container && node->parent() != container))
@@ -113,11 +146,14 @@ tresult SimEdit::removeObject(IEditContext* context, IProjectObject* object)
     if (refused(*container))
         return kResultFalse;
     IPtr<SimObject> keep = shared(node);
+    const SimHost::OwnStep step(container->project(), u"Remove");
     return takeOut(*container, node) ? kResultOk : kInvalidArgument;
 }
 
 tresult SimEdit::moveObject(IEditContext* source, IEditContext* target, IProjectObject* object)
 {
+    if (failing("moveObject"))
+        return kResultFailed;
     SimObject* from = SimEditContext::containerOf(source);
     SimObject* to = SimEditContext::containerOf(target);
     SimObject* node = simObject(object);
@@ -128,6 +164,7 @@ tresult SimEdit::moveObject(IEditContext* source, IEditContext* target, IProject
     if (refused(*from) || refused(*to))
         return kResultFalse;
     IPtr<SimObject> keep = shared(node);
+    const SimHost::OwnStep step(from->project(), u"Move");
     if (!takeOut(*from, node))
         return kInvalidArgument;
     put(*to, keep);
@@ -136,6 +173,8 @@ tresult SimEdit::moveObject(IEditContext* source, IEditContext* target, IProject
 
 tresult SimEdit::extractRange(IProject* project, double start, double end, IEditClip** clip)
 {
+    if (failing("extractRange"))
+        return kResultFailed;
     SimProject* target = simProject(project);
     if (!target || !clip || !validRange(start, end))
         return kInvalidArgument;
@@ -150,8 +189,11 @@ tresult SimEdit::insertClip(IProject* project, IEditClip* clip, double position,
 {
     SimProject* target = simProject(project);
     auto* simClip = dynamic_cast<SimClip*>(clip);
+    if (failing("insertClip"))
+        return kResultFailed;
     if (!target || !simClip || !std::isfinite(position))
         return kInvalidArgument;
+    const SimHost::OwnStep step(target, u"Insert");
     for (const auto& copy : simClip->tracks())
         if (copy.track->project() == target && copy.track->isInProject() && !copy.track->isLockedContent())
             SimRangeEditor::paste(copy, position, simClip->getLength());
@@ -160,9 +202,12 @@ tresult SimEdit::insertClip(IProject* project, IEditClip* clip, double position,
 
 tresult SimEdit::deleteRange(IProject* project, double start, double end, int32)
 {
+    if (failing("deleteRange"))
+        return kResultFailed;
     SimProject* target = simProject(project);
     if (!target || !validRange(start, end))
         return kInvalidArgument;
+    const SimHost::OwnStep step(target, u"Delete Range");
     for (SimObject* track : contentTracks(*target))
         if (!track->isLockedContent())
             SimRangeEditor::deleteOnTrack(*track, start, end);
@@ -171,15 +216,22 @@ tresult SimEdit::deleteRange(IProject* project, double start, double end, int32)
 
 tresult SimEdit::addEditStep(IEditStep* step)
 {
+    if (failing("addEditStep"))
+        return kResultFailed;
     if (!step)
         return kInvalidArgument;
-    host->group().addStep(step);
+    if (SimEditGroup* open = host->currentGroup())
+        open->addStep(step);
+    else
+        waitingSteps.push_back(shared(step));
     return kResultOk;
 }
 
 tresult SimEdit::copyRangeOnTracks(IProject* project, IObjectList* tracks, double start, double end,
                                    double destination, int32)
 {
+    if (failing("copyRangeOnTracks"))
+        return kResultFailed;
     SimProject* target = simProject(project);
     if (!target || !tracks || !validRange(start, end) || !std::isfinite(destination))
         return kInvalidArgument;
@@ -191,6 +243,7 @@ tresult SimEdit::copyRangeOnTracks(IProject* project, IObjectList* tracks, doubl
             return kInvalidArgument;
         chosen.push_back(track);
     }
+    const SimHost::OwnStep step(target, u"Copy Range");
     for (SimObject* track : chosen)
         if (track->isContentTrack() && !track->isLockedContent())
             SimRangeEditor::paste(SimRangeEditor::copyTrack(*track, start, end), destination, end - start);
@@ -199,6 +252,8 @@ tresult SimEdit::copyRangeOnTracks(IProject* project, IObjectList* tracks, doubl
 
 tresult SimEdit::finishRange(IProject* project, IObjectList* tracks, double start, double end, double)
 {
+    if (failing("finishRange"))
+        return kResultFailed;
     SimProject* target = simProject(project);
     if (!target || !tracks)
         return kInvalidArgument;

@@ -2,20 +2,27 @@
 
 #include "kelmar/IProjectEdit.h"
 #include "kelmar/IRangeEdit.h"
+#include "kelmar/IPtr.h"
 #include "sim/SimBase.h"
+
+#include <vector>
 
 namespace montala::sim {
 
 class SimHost;
 class SimProject;
 
-// The edit service: every change goes into the host's open undo group (an
-// implicit one if none is open). Each getService call hands out a new edit;
-// all of them share the host's one open group. Content of locked tracks is
-// left alone: changes to it answer kResultFalse, range work skips it.
+// The edit service: every change goes into the host's open undo group; with
+// none open, each call that changes the project is an undo step of its own.
+// Each getService call hands out a new edit; all of them share the host's one
+// open group. An edit step handed in while no group is open waits on this
+// edit for its endEdit, which puts it on the undo list under its title; an
+// edit released before then drops it. Content of locked tracks is left
+// alone: changes to it answer kResultFalse, range work skips it.
 class SimEdit : public SimBase, public Kelmar::IProjectEdit, public Kelmar::IRangeEdit {
 public:
     explicit SimEdit(SimHost& host) : host(&host) {}
+    ~SimEdit() override;
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
@@ -41,7 +48,10 @@ public:
                                 double tail) override;
 
 private:
+    bool failing(const char* call);
+
     SimHost* host;
+    std::vector<Kelmar::IPtr<Kelmar::IEditStep>> waitingSteps;
 };
 
 } // namespace montala::sim

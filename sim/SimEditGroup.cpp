@@ -12,6 +12,27 @@ std::optional<Kelmar::FVariant> attributeOf(const SimObject& object, const std::
     return found->second;
 }
 
+// Puts into `target` the values in which `from` and `to` differ, as they are
+// in `to`; the others stay as they are now.
+void carryChanges(SimObject::Fields& target, const SimObject::Fields& from, const SimObject::Fields& to)
+{
+    const auto carry = [](auto& into, const auto& a, const auto& b) {
+        if (!(a == b))
+            into = b;
+    };
+    carry(target.name, from.name, to.name);
+    carry(target.start, from.start, to.start);
+    carry(target.end, from.end, to.end);
+    carry(target.offset, from.offset, to.offset);
+    carry(target.file, from.file, to.file);
+    carry(target.joinedToNext, from.joinedToNext, to.joinedToNext);
+    carry(target.clipId, from.clipId, to.clipId);
+    carry(target.locked, from.locked, to.locked);
+    carry(target.curveType, from.curveType, to.curveType);
+    carry(target.value, from.value, to.value);
+    carry(target.segmentEnd, from.segmentEnd, to.segmentEnd);
+}
+
 } // namespace
 
 SimEditGroup::~SimEditGroup()
@@ -32,10 +53,11 @@ SimEditGroup::Record SimEditGroup::about(SimObject& object, Record::Type type)
     return record;
 }
 
-void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& before)
+void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& before, const SimObject::Fields& after)
 {
     Record record = about(object, Record::Type::Fields);
     record.fieldsBefore = before;
+    record.fieldsAfter = after;
     records.push_back(std::move(record));
 }
 
@@ -65,6 +87,8 @@ void SimEditGroup::addStep(Kelmar::IEditStep* step)
 
 void SimEditGroup::noteChanged(SimObject& object)
 {
+    if (committed)
+        return;
     for (SimObject* node = &object; node; node = node->parent()) {
         if (!node->contentChanged) {
             node->contentChanged = true;
@@ -94,10 +118,12 @@ void SimEditGroup::undo(SimEditGroup& marks)
     for (auto it = records.rbegin(); it != records.rend(); ++it) {
         Record& r = *it;
         switch (r.type) {
-        case Record::Type::Fields:
-            r.fieldsAfter = r.object->get();
-            r.object->restoreFields(r.fieldsBefore);
+        case Record::Type::Fields: {
+            SimObject::Fields now = r.object->get();
+            carryChanges(now, r.fieldsAfter, r.fieldsBefore);
+            r.object->restoreFields(now);
             break;
+        }
         case Record::Type::Children:
         case Record::Type::Automation: {
             const bool automation = r.type == Record::Type::Automation;
@@ -119,7 +145,12 @@ void SimEditGroup::redo(SimEditGroup& marks)
 {
     for (Record& r : records) {
         switch (r.type) {
-        case Record::Type::Fields: r.object->restoreFields(r.fieldsAfter); break;
+        case Record::Type::Fields: {
+            SimObject::Fields now = r.object->get();
+            carryChanges(now, r.fieldsBefore, r.fieldsAfter);
+            r.object->restoreFields(now);
+            break;
+        }
         case Record::Type::Children:
         case Record::Type::Automation:
             r.object->restoreChildren(r.listAfter, r.type == Record::Type::Automation);

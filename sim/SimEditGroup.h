@@ -14,7 +14,9 @@ namespace montala::sim {
 // One undo group: every change of a project made between opening and closing
 // it, in order, and the plug-in's edit steps among them. Undo walks the
 // records backwards and puts back each value as it was before its change;
-// redo walks forwards and puts back what undo found.
+// redo walks forwards and puts back what undo found. A node's fields are put
+// back only where the change changed them, so that a toggle made outside any
+// group (not recorded) is not taken back with an older group.
 class SimEditGroup {
 public:
     SimEditGroup() = default;
@@ -22,7 +24,7 @@ public:
     SimEditGroup& operator=(const SimEditGroup&) = delete;
     ~SimEditGroup();
 
-    void recordFields(SimObject& object, const SimObject::Fields& before);
+    void recordFields(SimObject& object, const SimObject::Fields& before, const SimObject::Fields& after);
     void recordList(SimObject& object, const SimObject::List& before, bool automationList);
     void recordAttribute(SimObject& object, const std::string& name, const Kelmar::FVariant* before);
     void addStep(Kelmar::IEditStep* step);
@@ -46,6 +48,9 @@ public:
     // The edit hook is called at closing even when nothing was recorded, e.g.
     // after a change of selection or an undo.
     bool notifyAlways = false;
+    // A change made with no group open: the group was put on the undo list
+    // as it was recorded, and never opens; it marks nothing as changed.
+    bool committed = false;
 
 private:
     // One change: which values of which node, as they were before it and,

@@ -11,6 +11,7 @@
 #include "sim/SimDependencyRegistry.h"
 #include "sim/SimEdit.h"
 #include "sim/SimEditGroup.h"
+#include "sim/SimFailures.h"
 #include "sim/SimFileDialogService.h"
 #include "sim/SimMenuRegistry.h"
 #include "sim/SimObjectList.h"
@@ -57,7 +58,8 @@ SimHost::SimHost()
       menuRegistry(owned(new SimMenuRegistry(*this))),
       actions(owned(new SimActionManager(*this))),
       windowRegistry(owned(new SimWindowRegistry)),
-      factory(owned(new SimClassFactory))
+      factory(owned(new SimClassFactory)),
+      failurePlan(std::make_shared<SimFailures>())
 {
 }
 
@@ -83,7 +85,7 @@ tresult SimHost::getService(const FUID& iid, void** service)
     if (!service)
         return kInvalidArgument;
     *service = nullptr;
-    if (iid == FUnknown::iid || iid == IDependent::iid || iid == FObject::iid)
+    if (iid == FUnknown::iid || iid == IDependent::iid || iid == FObject::iid || failurePlan->isWithheld(iid))
         return kNoInterface;
 
     FUnknown* const shared[] = {
@@ -111,7 +113,7 @@ tresult SimHost::getService(const FUID& iid, void** service)
     else if (iid == IObjectList::iid)
         made = owned<FUnknown>(static_cast<IObjectList*>(new SimObjectList));
     else if (iid == IStorage::iid)
-        made = owned<FUnknown>(static_cast<IStorage*>(new SimStorage));
+        made = owned<FUnknown>(static_cast<IStorage*>(new SimStorage(failurePlan)));
     else if (iid == IPath::iid)
         made = owned<FUnknown>(static_cast<IPath*>(new SimPath));
     else if (iid == IPointMarker::iid)
@@ -129,18 +131,21 @@ tresult SimHost::getService(const FUID& iid, void** service)
 
 // ---- Undo groups
 
-SimEditGroup& SimHost::group()
+SimEditGroup* SimHost::openGroupFor(SimProject& project)
+{
+    if (!openGroup)
+        return nullptr;
+    if (!openGroup->project)
+        openGroup->project = &project;
+    return openGroup->project == &project ? openGroup.get() : nullptr;
+}
+
+void SimHost::beginGroup()
 {
     if (!openGroup) {
         openGroup = std::make_unique<SimEditGroup>();
         depth = 0;
     }
-    return *openGroup;
-}
-
-void SimHost::beginGroup()
-{
-    group();
     ++depth;
 }
 
@@ -154,7 +159,7 @@ tresult SimHost::endGroup(SimProject* project, std::u16string title)
             --depth;
         return kResultOk;
     }
-    SimProject* target = project ? project : openGroup->project;
+    SimProject* target = openGroup->project ? openGroup->project : project;
     openGroup->title = std::move(title);
     if (target && (!openGroup->isEmpty() || openGroup->notifyAlways)) {
         IPtr<SimProject> keep = Kelmar::shared(target);
@@ -201,11 +206,8 @@ bool SimHost::redo(SimProject& project)
 
 bool SimHost::stepHistory(SimProject& project, bool backwards)
 {
-    if (openGroup) {
-        if (depth > 0 || closing)
-            return false; // an explicit group is still open
-        endGroup(nullptr, u"");
-    }
+    if (openGroup)
+        return false; // a group is still open
     // The hooks hear of it in a group of their own, which also carries the
     // marks of what changed.
     beginGroup();
@@ -219,6 +221,21 @@ bool SimHost::stepHistory(SimProject& project, bool backwards)
     }
     endGroup(&project, u"");
     return true;
+}
+
+SimHost::OwnStep::OwnStep(SimProject* changed, std::u16string stepTitle)
+{
+    if (!changed || !changed->isRecording() || changed->host().isGroupOpen())
+        return;
+    project = Kelmar::shared(changed);
+    title = std::move(stepTitle);
+    project->host().beginGroup();
+}
+
+SimHost::OwnStep::~OwnStep()
+{
+    if (project)
+        project->host().endGroup(project.get(), std::move(title));
 }
 
 // ---- Resources, run loop, plug-in

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Kelmar {
 class IPluginBase;
@@ -20,6 +21,7 @@ class SimApplicationState;
 class SimClassFactory;
 class SimDependencyRegistry;
 class SimEditGroup;
+class SimFailures;
 class SimFileDialogService;
 class SimMenuRegistry;
 class SimProgressService;
@@ -63,15 +65,47 @@ public:
     SimWindowRegistry& windows() const { return *windowRegistry; }
     SimClassFactory& classFactory() const { return *factory; }
 
+    // ---- Failure injection for tests: withheld interfaces, failing calls
+    SimFailures& failures() const { return *failurePlan; }
+    // Shared with the projects and stores, which may outlive the host.
+    const std::shared_ptr<SimFailures>& failurePlanShared() const { return failurePlan; }
+
     // ---- Undo groups
-    // The open group; a change made with none open opens an implicit one.
-    SimEditGroup& group();
+    //
+    // Changes are recorded only in a group opened by beginGroup (or
+    // IProjectEdit::beginEdit). With none open, a structural change (add,
+    // remove, move, range work, a rename or trim) is an undo step of its own
+    // at once, and a toggle, an attribute or the project length is not
+    // recorded at all: nothing waits for a later group to take it in.
     bool isGroupOpen() const { return openGroup != nullptr; }
+    // The open group, or null.
+    SimEditGroup* currentGroup() const { return openGroup.get(); }
+    // The open group if the changes of `project` may go into it: it belongs
+    // to that project, or has no project yet and now takes this one. A group
+    // of another project is no group for this one.
+    SimEditGroup* openGroupFor(SimProject& project);
     void beginGroup();
     // Closes the group at the outermost level: the edit hooks of the
     // project's notifications are called while it is still open (their
-    // changes join it), then it goes on the project's undo list.
+    // changes join it), then it goes on the undo list of the project whose
+    // changes it holds (`project` only when it holds none).
     Kelmar::tresult endGroup(SimProject* project, std::u16string title);
+
+    // Makes a change that comes through the host's interfaces one undo step
+    // of its own, under `title`, when no group is open; inside a group it
+    // does nothing. The edit hooks hear of the step as of any closed group.
+    class OwnStep {
+    public:
+        OwnStep(SimProject* project, std::u16string title);
+        OwnStep(const OwnStep&) = delete;
+        OwnStep& operator=(const OwnStep&) = delete;
+        ~OwnStep();
+
+    private:
+        Kelmar::IPtr<SimProject> project; // set while the step is open
+        std::u16string title;
+    };
+
     // Undo and redo of the project's last group; the edit hooks hear of it.
     bool undo(SimProject& project);
     bool redo(SimProject& project);
@@ -116,6 +150,7 @@ private:
     Kelmar::IPtr<SimActionManager> actions;
     Kelmar::IPtr<SimWindowRegistry> windowRegistry;
     Kelmar::IPtr<SimClassFactory> factory;
+    std::shared_ptr<SimFailures> failurePlan;
 
     std::unique_ptr<SimEditGroup> openGroup;
     int depth = 0;

@@ -2,6 +2,7 @@
 
 #include "kelmar/IDependent.h"
 #include "sim/SimDependencyRegistry.h"
+#include "sim/SimFailures.h"
 #include "sim/SimHost.h"
 #include "sim/SimPath.h"
 
@@ -23,6 +24,10 @@ bool matches(SimPoolClip& clip, const char8* kind)
 
 tresult SimMediaPool::queryInterface(const FUID& iid, void** obj)
 {
+    if (obj && host->failures().isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
     if (answerInterface<IMediaPool>(this, iid, obj))
         return kResultOk;
     return FObject::queryInterface(iid, obj);

@@ -3,12 +3,16 @@
 #include "kelmar/IStorage.h"
 #include "sim/SimAudioChainEntry.h"
 #include "sim/SimEditGroup.h"
+#include "sim/SimFailures.h"
+#include "sim/SimHost.h"
 #include "sim/SimMediaPool.h"
 #include "sim/SimObjectIterator.h"
 #include "sim/SimPoolClip.h"
 #include "sim/SimProject.h"
+#include "sim/SimStorage.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace montala::sim {
@@ -41,6 +45,9 @@ bool isPointKind(ObjectKind kind)
 {
     return kind == ObjectKind::PointMarker || kind == ObjectKind::AutomationPoint;
 }
+
+// Two ends of a chain meet when they lie this close.
+constexpr double chainTolerance = 1e-9;
 
 } // namespace
 
@@ -151,6 +158,10 @@ tresult SimObject::queryInterface(const FUID& iid, void** obj)
 {
     if (!obj)
         return kInvalidArgument;
+    if (owner && owner->failures().isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
     if (answerInterface<IProjectObject>(this, iid, obj))
         return kResultOk;
     if (iid == FUnknown::iid) {
@@ -307,17 +318,31 @@ Kelmar::int32 SimObject::getFlags()
 
 // ---- Recording
 
-void SimObject::noteFieldsChange()
+bool SimObject::failing(const char* call)
 {
-    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
-        group->recordFields(*this, fields);
+    return owner && owner->failures().fails(call);
+}
+
+void SimObject::noteFieldsChange(const Fields& values)
+{
+    if (!owner)
+        return;
+    // The project's fields are its length (and name); a track's lock alone
+    // is a toggle. Neither is an edit unless made inside a group.
+    Fields lockOnly = fields;
+    lockOnly.locked = values.locked;
+    const ChangeKind change = objectKind == ObjectKind::Project ? ChangeKind::Setting
+                              : lockOnly == values              ? ChangeKind::Toggle
+                                                                : ChangeKind::Structure;
+    if (SimEditGroup* group = owner->recordingGroup(change)) {
+        group->recordFields(*this, fields, values);
         group->noteChanged(*this);
     }
 }
 
 void SimObject::noteListChange(bool automation)
 {
-    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Structure) : nullptr) {
         group->recordList(*this, automation ? automationList : childList, automation);
         group->noteChanged(*this);
     }
@@ -327,7 +352,7 @@ void SimObject::setFields(const Fields& values)
 {
     if (values == fields)
         return;
-    noteFieldsChange();
+    noteFieldsChange(values);
     fields = values;
 }
 
@@ -405,7 +430,7 @@ void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
 
 void SimObject::putAttribute(const std::string& name, const FVariant& value)
 {
-    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
         const auto found = attributeMap.find(name);
         group->recordAttribute(*this, name, found == attributeMap.end() ? nullptr : &found->second);
         group->noteChanged(*this);
@@ -418,7 +443,7 @@ void SimObject::dropAttribute(const std::string& name)
     const auto found = attributeMap.find(name);
     if (found == attributeMap.end())
         return;
-    if (SimEditGroup* group = owner ? owner->recordingGroup() : nullptr) {
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
         group->recordAttribute(*this, name, &found->second);
         group->noteChanged(*this);
     }
@@ -453,8 +478,19 @@ IPtr<SimObject> SimObject::cloneTree() const
     IPtr<SimObject> copy = create(objectKind);
     copy->fields = fields;
     copy->selected = selected;
-    for (const auto& [name, value] : attributeMap)
-        copy->attributeMap[name] = ownedCopy(value);
+    for (const auto& [name, value] : attributeMap) {
+        // A copy keeps its own store: what is written to it later leaves the
+        // original's alone.
+        auto* storage = value.isObject() ? dynamic_cast<SimStorage*>(value.getObject()) : nullptr;
+        if (storage) {
+            IPtr<SimStorage> own = storage->copy();
+            FVariant holder;
+            holder.setObject(static_cast<IStorage*>(own.get()), true);
+            copy->attributeMap[name] = holder;
+        } else {
+            copy->attributeMap[name] = ownedCopy(value);
+        }
+    }
     for (const auto& child : childList) {
         IPtr<SimObject> childCopy = child->cloneTree();
         childCopy->parentNode = copy.get();
@@ -487,6 +523,8 @@ void SimObject::bindTo(SimProject* project)
 
 tresult SimObject::setAttribute(const char8* name, const FVariant& value, int32)
 {
+    if (failing("setAttribute"))
+        return kResultFailed;
     if (!name || !*name || value.isEmpty())
         return kInvalidArgument;
     if (value.isObject()) {
@@ -494,8 +532,22 @@ tresult SimObject::setAttribute(const char8* name, const FVariant& value, int32)
         if (!Kelmar::queryInterface<IStorage>(value.getObject()))
             return kInvalidArgument;
     }
+    if (isLockedContent())
+        return kResultFalse;
     putAttribute(name, value);
+    watchStore(name);
     return kResultOk;
+}
+
+void SimObject::watchStore(const std::string& name)
+{
+    // Stores read from a session file were made without the host's failure
+    // plan; they take it when a plug-in can reach them.
+    const auto found = attributeMap.find(name);
+    if (!owner || found == attributeMap.end() || !found->second.isObject())
+        return;
+    if (auto* storage = dynamic_cast<SimStorage*>(found->second.getObject()))
+        storage->setFailures(owner->failurePlanShared());
 }
 
 tresult SimObject::getAttribute(const char8* name, FVariant& value)
@@ -503,6 +555,7 @@ tresult SimObject::getAttribute(const char8* name, FVariant& value)
     const auto found = name ? attributeMap.find(name) : attributeMap.end();
     if (found == attributeMap.end())
         return kResultFalse;
+    watchStore(name);
     value = ownedCopy(found->second);
     return kResultOk;
 }
@@ -514,7 +567,9 @@ tresult SimObject::hasAttribute(const char8* name)
 
 tresult SimObject::removeAttribute(const char8* name)
 {
-    if (!name || !attributeMap.count(name))
+    if (failing("removeAttribute"))
+        return kResultFailed;
+    if (!name || !attributeMap.count(name) || isLockedContent())
         return kResultFalse;
     dropAttribute(name);
     return kResultOk;
@@ -530,8 +585,13 @@ tresult SimObject::getName(String& name)
 
 tresult SimObject::setName(IEditContext*, const char16* name, int32)
 {
+    if (failing("setName"))
+        return kResultFailed;
     if (!name)
         return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Rename");
     Fields values = fields;
     values.name = name;
     return changeFields(values);
@@ -558,10 +618,13 @@ double SimObject::getOffset(IEditContext*)
 
 tresult SimObject::setStart(IEditContext*, double start, int32)
 {
+    if (failing("setStart"))
+        return kResultFailed;
     if (!isTimed())
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Move");
     Fields values = fields;
     values.end = isPointKind(objectKind) ? start : start + (fields.end - fields.start);
     values.start = start;
@@ -579,16 +642,25 @@ tresult SimObject::setStart(IEditContext*, double start, int32)
 
 tresult SimObject::setLength(IEditContext* context, double length, int32 flags)
 {
+    if (failing("setLength"))
+        return kResultFailed;
     if (objectKind == ObjectKind::Project)
         return owner ? owner->setProjectLength(length) : kResultFalse;
     if (!isTimed() || isPointKind(objectKind))
         return kNotImplemented;
     if (length < 0.0)
         return kInvalidArgument;
-    return setEnd(context, fields.start + length, flags);
+    return changeEnd(context, fields.start + length, flags);
 }
 
-tresult SimObject::setEnd(IEditContext*, double end, int32)
+tresult SimObject::setEnd(IEditContext* context, double end, int32 flags)
+{
+    if (failing("setEnd"))
+        return kResultFailed;
+    return changeEnd(context, end, flags);
+}
+
+tresult SimObject::changeEnd(IEditContext*, double end, int32)
 {
     if (objectKind == ObjectKind::Project)
         return owner ? owner->setProjectLength(end) : kResultFalse;
@@ -598,6 +670,7 @@ tresult SimObject::setEnd(IEditContext*, double end, int32)
         return kInvalidArgument;
     if (isLockedContent())
         return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Trim");
     Fields values = fields;
     values.end = end;
     return changeFields(values);
@@ -639,6 +712,8 @@ IAudioChainEntry* SimObject::getAudioChain()
 
 tresult SimObject::setToggle(const char8* name, bool on)
 {
+    if (failing("setToggle"))
+        return kResultFailed;
     if (!isTrack())
         return kNotImplemented;
     if (!same(name, "lock"))
@@ -666,11 +741,16 @@ IProjectObject* SimObject::getNextInChain()
     SimObject* holder = track();
     if (!holder || holder->objectKind != ObjectKind::AudioTrack)
         return nullptr;
+    // The next event is joined only where it takes over: an event that no
+    // longer begins at this one's end is another sound, not the chain's.
     const List chain = SimAudioChainEntry::chainOf(*holder);
     for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
         if (chain[i].get() == this) {
-            chain[i + 1]->addRef();
-            return chain[i + 1].get();
+            SimObject* next = chain[i + 1].get();
+            if (std::abs(next->timelineStart() - timelineEnd()) > chainTolerance)
+                return nullptr;
+            next->addRef();
+            return next;
         }
     }
     return nullptr;
@@ -689,6 +769,8 @@ IPoolClip* SimObject::getClip()
 
 tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
 {
+    if (failing("setClip"))
+        return kResultFailed;
     if (objectKind != ObjectKind::VideoEvent)
         return kNotImplemented;
     auto* clip = dynamic_cast<SimPoolClip*>(source);
@@ -696,6 +778,7 @@ tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
         return kInvalidArgument;
     if (isLockedContent())
         return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Clip");
     Fields values = fields;
     values.clipId = clip->id();
     return changeFields(values);
@@ -705,10 +788,13 @@ tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
 
 tresult SimObject::setValue(IEditContext*, float value, int32)
 {
+    if (failing("setValue"))
+        return kResultFailed;
     if (objectKind != ObjectKind::AutomationPoint)
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Value");
     Fields values = fields;
     values.value = value;
     return changeFields(values);
@@ -716,10 +802,13 @@ tresult SimObject::setValue(IEditContext*, float value, int32)
 
 tresult SimObject::setSegmentEnd(IEditContext*, bool segmentEnd, int32)
 {
+    if (failing("setSegmentEnd"))
+        return kResultFailed;
     if (objectKind != ObjectKind::AutomationPoint)
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Value");
     Fields values = fields;
     values.segmentEnd = segmentEnd;
     return changeFields(values);

@@ -49,7 +49,11 @@ const char* kindName(ObjectKind kind);
 //
 // Times are seconds relative to the project start, except for events inside a
 // part, which are relative to the part's start. Every change made while the
-// node belongs to an open project is recorded in the host's open undo group.
+// node belongs to an open project is recorded for undo as SimHost says.
+//
+// A part answers isKind("part"), not "audio": code that looks for the audio
+// of a track asks for both. Content of a locked track (the track's own name
+// and attributes included) refuses changes with kResultFalse.
 class SimObject : public SimBase,
                   public Kelmar::IProjectObject,
                   public Kelmar::ITrack,
@@ -207,8 +211,13 @@ protected:
 
 private:
     Kelmar::tresult changeFields(const Fields& values);
+    Kelmar::tresult changeEnd(Kelmar::IEditContext* context, double end, Kelmar::int32 flags);
+    // Counts a call of the host's interface; true when the test made it fail.
+    bool failing(const char* call);
+    // Hands the project's failure plan to a store kept under `name`.
+    void watchStore(const std::string& name);
     // Records a change of this node with the host, if it is in an open project.
-    void noteFieldsChange();
+    void noteFieldsChange(const Fields& values);
     void noteListChange(bool automationList);
     void setListParents(const List& list);
 

@@ -5,6 +5,7 @@
 #include "sim/SimDocument.h"
 #include "sim/SimEditContext.h"
 #include "sim/SimEditGroup.h"
+#include "sim/SimFailures.h"
 #include "sim/SimHost.h"
 #include "sim/SimLocators.h"
 #include "sim/SimMediaPool.h"
@@ -29,7 +30,8 @@ IPtr<SimProject> SimProject::create(SimHost& host, std::u16string name)
 }
 
 SimProject::SimProject(SimHost& host, std::u16string name)
-    : SimObject(ObjectKind::Project), hostObject(&host), pool(owned(new SimMediaPool(host)))
+    : SimObject(ObjectKind::Project), hostObject(&host), failurePlan(host.failurePlanShared()),
+      pool(owned(new SimMediaPool(host)))
 {
     Fields values;
     values.name = std::move(name);
@@ -49,6 +51,10 @@ SimProject::~SimProject()
 
 tresult SimProject::queryInterface(const FUID& iid, void** obj)
 {
+    if (obj && failurePlan->isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
     if (answerInterface<IProject>(this, iid, obj) || answerInterface<IProjectSettings>(this, iid, obj))
         return kResultOk;
     return SimObject::queryInterface(iid, obj);
@@ -131,6 +137,8 @@ tresult SimProject::removeStorageNotification(IProjectStorageNotification* notif
 
 tresult SimProject::setProjectLength(double length)
 {
+    if (failurePlan->fails("setProjectLength"))
+        return kResultFailed;
     if (!std::isfinite(length) || length < 0.0)
         return kInvalidArgument;
     Fields values = get();
@@ -170,14 +178,22 @@ void SimProject::initSettings(const SimFrameRate& newRate, double absoluteSecond
 
 // ---- Undo list
 
-SimEditGroup* SimProject::recordingGroup()
+SimEditGroup* SimProject::recordingGroup(ChangeKind change)
 {
     if (!recording)
         return nullptr;
-    SimEditGroup& group = hostObject->group();
-    if (!group.project)
-        group.project = this;
-    return &group;
+    if (SimEditGroup* open = hostObject->openGroupFor(*this))
+        return open;
+    if (change != ChangeKind::Structure)
+        return nullptr;
+    // The group is on the list before the change is made; it holds the
+    // values from before, and those after are taken at undo.
+    auto step = std::make_unique<SimEditGroup>();
+    step->project = this;
+    step->committed = true;
+    SimEditGroup* recorded = step.get();
+    commitGroup(std::move(step));
+    return recorded;
 }
 
 void SimProject::commitGroup(std::unique_ptr<SimEditGroup> group)

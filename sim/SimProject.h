@@ -17,8 +17,16 @@ class IProjectStorageNotification;
 namespace montala::sim {
 
 class SimEditGroup;
+class SimFailures;
 class SimHost;
 class SimMediaPool;
+
+// How a change is kept for undo when no group is open (see SimHost).
+enum class ChangeKind {
+    Toggle,    // a track's lock: not recorded outside a group
+    Setting,   // an attribute, the project's length: not recorded outside a group
+    Structure, // anything else: an undo step of its own outside a group
+};
 
 // One project of the simulated host: the root node of the track tree, its
 // time settings, locators, transport state, media pool and undo list.
@@ -53,6 +61,9 @@ public:
     // ---- The simulator's side
     SimHost& host() const { return *hostObject; }
     SimMediaPool& mediaPool() const { return *pool; }
+    // The host's failure plan; kept here too, as a project may outlive its host.
+    SimFailures& failures() const { return *failurePlan; }
+    const std::shared_ptr<SimFailures>& failurePlanShared() const { return failurePlan; }
 
     // Changing the rate or the start tells the project's dependents
     // (IDependent::update with an IProjectSettingsChange).
@@ -75,9 +86,11 @@ public:
     double cycleRight = 0.0;
     bool cycleOn = false;
 
-    // The group that changes are recorded in (opened implicitly if none is
-    // open), or null while the project is not open.
-    SimEditGroup* recordingGroup();
+    // The group that a change of this kind is recorded in: the host's open
+    // group, if it belongs to this project; with none, a structural change
+    // goes into a new group put on the undo list at once, and the others are
+    // not recorded (null). Null too while the project is not open.
+    SimEditGroup* recordingGroup(ChangeKind change);
     void setRecording(bool on) { recording = on; }
     bool isRecording() const { return recording; }
 
@@ -118,6 +131,7 @@ private:
     SimProject(SimHost& host, std::u16string name);
 
     SimHost* hostObject;
+    std::shared_ptr<SimFailures> failurePlan;
     Kelmar::IPtr<SimMediaPool> pool;
     SimFrameRate rate;
     double startSeconds = 0.0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace montala::sim {
 
@@ -26,6 +27,40 @@ IPtr<SimObject> newPoint(double time, double value)
     values.value = value;
     point->restoreFields(values);
     return point;
+}
+
+constexpr double unbounded = std::numeric_limits<double>::infinity();
+
+bool isPoint(const SimObject& node)
+{
+    const SimObject::Fields& f = node.get();
+    return node.kind() == ObjectKind::PointMarker
+           || (node.kind() == ObjectKind::RangeMarker && f.end - f.start <= SimRangeEditor::epsilon);
+}
+
+// The fields of an event or marker (not a part) cut to [start, end); none
+// when nothing of it lies there. A cut end ends its chain.
+std::optional<SimObject::Fields> trimmedFields(const SimObject& node, double start, double end)
+{
+    constexpr double epsilon = SimRangeEditor::epsilon;
+    const SimObject::Fields& f = node.get();
+    if (isPoint(node)) {
+        if (f.start < start - epsilon || f.start >= end - epsilon)
+            return std::nullopt;
+        return f;
+    }
+    const double low = std::max(f.start, start);
+    const double high = std::min(f.end, end);
+    if (high - low <= epsilon)
+        return std::nullopt;
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    if (node.kind() == ObjectKind::AudioEvent || node.kind() == ObjectKind::VideoEvent)
+        values.offset += low - f.start;
+    if (end <= f.end + epsilon)
+        values.joinedToNext = false;
+    return values;
 }
 
 // `list` with `point` put after the points at or before its time.
@@ -61,49 +96,77 @@ std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, 
 
 IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start, double end)
 {
-    const SimObject::Fields& f = node.get();
-    const ObjectKind kind = node.kind();
-    if (kind == ObjectKind::PointMarker || (kind == ObjectKind::RangeMarker && f.end - f.start <= epsilon)) {
-        if (f.start < start - epsilon || f.start >= end - epsilon)
+    if (node.kind() != ObjectKind::Part) {
+        const auto values = trimmedFields(node, start, end);
+        if (!values)
             return nullptr;
-        return node.cloneTree();
+        IPtr<SimObject> copy = node.cloneTree();
+        copy->restoreFields(*values);
+        return copy;
     }
+    const SimObject::Fields& f = node.get();
     const double low = std::max(f.start, start);
     const double high = std::min(f.end, end);
     if (high - low <= epsilon)
         return nullptr;
-    if (kind == ObjectKind::Part) {
-        IPtr<SimObject> part = SimObject::create(ObjectKind::Part);
-        SimObject::Fields values = f;
-        values.start = low;
-        values.end = high;
-        part->restoreFields(values);
-        for (const auto& [name, value] : node.attributes())
-            part->restoreAttribute(name, &value);
-        SimObject::List inner;
-        for (const auto& event : node.children()) {
-            // The inner event on the timeline, cut to the part's new range,
-            // then made relative to the part again.
-            IPtr<SimObject> onTimeline = event->cloneTree();
-            shift(*onTimeline, f.start);
-            if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, low, high)) {
-                shift(*piece, -low);
-                inner.push_back(piece);
-            }
-        }
-        part->restoreChildren(inner, false);
-        return part;
-    }
-    IPtr<SimObject> copy = node.cloneTree();
+    IPtr<SimObject> part = SimObject::create(ObjectKind::Part);
     SimObject::Fields values = f;
     values.start = low;
     values.end = high;
-    if (kind == ObjectKind::AudioEvent || kind == ObjectKind::VideoEvent)
-        values.offset += low - f.start;
-    if (high < f.end)
-        values.joinedToNext = false;
-    copy->restoreFields(values);
-    return copy;
+    part->restoreFields(values);
+    for (const auto& [name, value] : node.attributes())
+        part->restoreAttribute(name, &value);
+    SimObject::List inner;
+    for (const auto& event : node.children()) {
+        IPtr<SimObject> onTimeline = event->cloneTree();
+        shift(*onTimeline, f.start);
+        if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, innerStart(f, low), innerEnd(f, high))) {
+            shift(*piece, -low);
+            inner.push_back(piece);
+        }
+    }
+    part->restoreChildren(inner, false);
+    return part;
+}
+
+double SimRangeEditor::innerStart(const SimObject::Fields& part, double low)
+{
+    // Only a cut edge cuts the events inside; an uncut edge leaves them as
+    // they are, even where they reach past the part.
+    return low > part.start + epsilon ? low : -unbounded;
+}
+
+double SimRangeEditor::innerEnd(const SimObject::Fields& part, double high)
+{
+    return high < part.end - epsilon ? high : unbounded;
+}
+
+void SimRangeEditor::fitPart(SimObject& part, double low, double high)
+{
+    const SimObject::Fields f = part.get();
+    SimObject::List kept;
+    bool removed = false;
+    for (const auto& event : part.children()) {
+        // The inner event on the timeline, cut to the part's new range, then
+        // made relative to the part's new start.
+        IPtr<SimObject> onTimeline = event->cloneTree();
+        shift(*onTimeline, f.start);
+        auto values = trimmedFields(*onTimeline, innerStart(f, low), innerEnd(f, high));
+        if (!values) {
+            removed = true;
+            continue;
+        }
+        values->start -= low;
+        values->end -= low;
+        event->setFields(*values); // records nothing when nothing changes
+        kept.push_back(event);
+    }
+    if (removed)
+        part.replaceChildren(kept);
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    part.setFields(values);
 }
 
 SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end)
@@ -137,6 +200,7 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
 
 void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
 {
+    const double end = position + length;
     SimObject& track = *copy.track;
     if (!copy.items.empty()) {
         SimObject::List children = track.children();
@@ -150,18 +214,38 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
     for (const auto& [automationTrack, points] : copy.automation) {
         if (points.empty())
             continue;
-        SimObject::List kept;
+        // The curve just outside the range keeps its values: a point on each
+        // edge holds them, and the copy's own edge points lie inside those.
+        //
+        //   before   0 ------------------------ 1
+        //   after    0 ------ a|copy.........|b ----- 1   (a, b: old values)
+        const auto valueBefore = valueAt(*automationTrack, position);
+        const auto valueAfter = valueAt(*automationTrack, end);
+        SimObject::List before;
+        SimObject::List after;
         for (const auto& point : automationTrack->children()) {
             const double time = point->get().start;
-            if (time <= position + epsilon || time >= position + length - epsilon)
-                kept.push_back(point);
+            if (time <= position + epsilon)
+                before.push_back(point);
+            else if (time >= end - epsilon)
+                after.push_back(point);
         }
+        const auto at = [](const SimObject::List& list, double time) {
+            return std::any_of(list.begin(), list.end(),
+                               [time](const auto& p) { return std::abs(p->get().start - time) <= epsilon; });
+        };
+        SimObject::List result = before;
+        if (valueBefore && !at(before, position))
+            result.push_back(newPoint(position, *valueBefore));
         for (const auto& point : points) {
             IPtr<SimObject> placed = point->cloneTree();
             shift(*placed, position);
-            insertSorted(kept, placed);
+            result.push_back(placed);
         }
-        automationTrack->replaceChildren(kept);
+        if (valueAfter && !at(after, end))
+            result.push_back(newPoint(end, *valueAfter));
+        result.insert(result.end(), after.begin(), after.end());
+        automationTrack->replaceChildren(result);
     }
 }
 
@@ -171,9 +255,7 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
     bool changed = false;
     for (const auto& child : track.children()) {
         const SimObject::Fields f = child->get();
-        const bool point = child->kind() == ObjectKind::PointMarker
-                           || (child->kind() == ObjectKind::RangeMarker && f.end - f.start <= epsilon);
-        if (point) {
+        if (isPoint(*child)) {
             if (f.start >= start - epsilon && f.start < end - epsilon)
                 changed = true;
             else
@@ -181,6 +263,12 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
             continue;
         }
         if (f.end <= start + epsilon || f.start >= end - epsilon) {
+            // What joined an event that ends where the range begins is cut away.
+            if (f.joinedToNext && std::abs(f.end - start) <= epsilon && end - start > epsilon) {
+                SimObject::Fields values = f;
+                values.joinedToNext = false;
+                child->setFields(values);
+            }
             children.push_back(child);
             continue;
         }
@@ -188,19 +276,17 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
         if (f.start >= start - epsilon && f.end <= end + epsilon)
             continue; // wholly inside
         IPtr<SimObject> left = f.start < start ? trimmedCopy(*child, f.start, start) : nullptr;
-        IPtr<SimObject> right = f.end > end ? trimmedCopy(*child, end, f.end) : nullptr;
+        IPtr<SimObject> right = f.end > end ? trimmedCopy(*child, end, unbounded) : nullptr;
         // The node itself becomes the first piece, as a host keeps an event it
-        // trims; a second piece is a new event beside it.
+        // trims (and a part the events inside it); a second piece is a new
+        // event beside it.
         IPtr<SimObject> first = left ? left : right;
         if (!first)
             continue;
-        child->setFields(first->get());
-        if (child->kind() == ObjectKind::Part) {
-            SimObject::List inner;
-            for (const auto& event : first->children())
-                inner.push_back(event->cloneTree());
-            child->replaceChildren(inner);
-        }
+        if (child->kind() == ObjectKind::Part)
+            fitPart(*child, first->get().start, first->get().end);
+        else
+            child->setFields(first->get());
         children.push_back(child);
         if (left && right)
             children.push_back(right);

@@ -17,10 +17,12 @@ namespace montala::sim {
 //   |--A--|---B---|--C--|--D--|      ->     |A'|---B---|C'|
 //
 // A' keeps its sound from where the range starts: its source offset grows by
-// (s - A's start). Automation is taken with a point at each edge that holds
-// the curve's value there. Pasting puts the copy on top of what lies at the
-// destination, as a layer; automation points inside the destination range
-// make way for the copied ones.
+// (s - A's start). A piece whose end was cut ends its chain there (C' is not
+// joined to a next event even when C was). Automation is taken with a point
+// at each edge that holds the curve's value there. Pasting puts the copy on
+// top of what lies at the destination, as a layer; automation points inside
+// the destination range make way for the copied ones, and a point on each
+// edge of the destination keeps the curve outside the range as it was.
 //
 // Deleting [s, e) removes what lies inside and cuts what crosses an edge:
 //
@@ -44,7 +46,15 @@ public:
 
     // The part of `node` (a direct child of a track) that lies in [start, end),
     // as a new node with timeline times; null when nothing of it lies there.
+    // An end at or before the node's own end cuts its chain; pass infinity to
+    // keep the node's own end uncut.
     static Kelmar::IPtr<SimObject> trimmedCopy(const SimObject& node, double start, double end);
+
+    // Trims a part (in place) to [low, high] on the timeline, inside its
+    // present range. The events inside keep their place on the timeline and
+    // stay the same objects; only those that change are changed, and those
+    // left outside a cut edge are taken out.
+    static void fitPart(SimObject& part, double low, double high);
 
     // The curve's value at `time`: before the first point the first value,
     // after the last the last; a stepped curve (types 0 and 3) or a segment
@@ -54,6 +64,12 @@ public:
 
     // Times closer than this are the same.
     static constexpr double epsilon = 1e-9;
+
+private:
+    // The range that the events inside a part trimmed to [low, high] are
+    // cut to, with the part's present fields.
+    static double innerStart(const SimObject::Fields& part, double low);
+    static double innerEnd(const SimObject::Fields& part, double high);
 };
 
 } // namespace montala::sim

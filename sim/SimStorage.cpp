@@ -1,5 +1,7 @@
 #include "sim/SimStorage.h"
 
+#include "sim/SimFailures.h"
+
 #include <cstring>
 
 namespace montala::sim {
@@ -8,13 +10,26 @@ using namespace Kelmar;
 
 tresult SimStorage::queryInterface(const FUID& iid, void** obj)
 {
+    if (obj && failures && failures->isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
     if (answerInterface<IStorage>(this, iid, obj))
         return kResultOk;
     return FObject::queryInterface(iid, obj);
 }
 
+IPtr<SimStorage> SimStorage::copy() const
+{
+    IPtr<SimStorage> made = owned(new SimStorage(failures));
+    made->data = data;
+    return made;
+}
+
 tresult SimStorage::write(const char8* name, const void* bytes, int64 size, int32)
 {
+    if (failures && failures->fails("write"))
+        return kResultFailed;
     if (!name || size < 0 || (size > 0 && !bytes))
         return kInvalidArgument;
     const auto* first = static_cast<const unsigned char*>(bytes);

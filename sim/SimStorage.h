@@ -1,18 +1,26 @@
 #pragma once
 
+#include "kelmar/IPtr.h"
 #include "kelmar/IStorage.h"
 #include "sim/SimBase.h"
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace montala::sim {
 
-// Named binary blocks, kept in a project as the value of an attribute.
+class SimFailures;
+
+// Named binary blocks, kept in a project as the value of an attribute. With
+// the host's failure plan, writes can be made to fail and the interface
+// withheld.
 class SimStorage : public SimBase, public Kelmar::IStorage {
 public:
     using Blocks = std::map<std::string, std::vector<unsigned char>>;
+
+    explicit SimStorage(std::shared_ptr<SimFailures> failures = nullptr) : failures(std::move(failures)) {}
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
@@ -24,8 +32,13 @@ public:
     const Blocks& blocks() const { return data; }
     void setBlock(const std::string& name, std::vector<unsigned char> bytes) { data[name] = std::move(bytes); }
 
+    // A new store with the same blocks, as a copied object gets.
+    Kelmar::IPtr<SimStorage> copy() const;
+    void setFailures(std::shared_ptr<SimFailures> plan) { failures = std::move(plan); }
+
 private:
     Blocks data;
+    std::shared_ptr<SimFailures> failures;
 };
 
 } // namespace montala::sim

@@ -6,6 +6,7 @@
 #include "sim/SimMenuRegistry.h"
 #include "sim/SimProject.h"
 #include "sim/SimProjectManager.h"
+#include "sim/SimRangeEditor.h"
 
 namespace montala::sim {
 
@@ -48,6 +49,10 @@ bool SimUser::trimEvent(SimObject& event, double start, double end)
     if (!event.isTimed() || start < now.start || end > now.end || end <= start)
         return false;
     return edit(event, u"Trim Event", [&] {
+        if (event.kind() == ObjectKind::Part) {
+            SimRangeEditor::fitPart(event, start, end);
+            return true;
+        }
         SimObject::Fields values = now;
         if (event.kind() == ObjectKind::AudioEvent || event.kind() == ObjectKind::VideoEvent)
             values.offset += start - now.start;

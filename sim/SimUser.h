@@ -23,7 +23,8 @@ public:
     // Moves an event, part or marker on the timeline; its length stays.
     bool moveEvent(SimObject& event, double start);
     // Trims an event to [start, end] inside its present range; a trimmed head
-    // advances the source offset, so the sound stays in place.
+    // advances the source offset, so the sound stays in place. A part keeps
+    // the events inside it where they are on the timeline.
     bool trimEvent(SimObject& event, double start, double end);
     bool deleteEvent(SimObject& event);
     bool addMarker(SimObject& markerTrack, std::u16string name, double start, double end);

@@ -7,10 +7,12 @@
 #include "kelmar/IPointMarker.h"
 #include "kelmar/IProjectEdit.h"
 #include "kelmar/IRangeEdit.h"
+#include "kelmar/IStorage.h"
 #include "sim/SimActionManager.h"
 #include "sim/SimEdit.h"
 #include "sim/SimPlayback.h"
 #include "sim/SimRangeEditor.h"
+#include "sim/SimUser.h"
 
 #include <memory>
 #include <vector>
@@ -123,13 +125,13 @@ TEST_F(SimEditTest, CopyingARangeCutsEventsAtItsEdgesAndAdvancesTheirSourceOffse
         EXPECT_EQ(played(u"FX", t + 95.0), played(u"FX", t)) << "at " << t;
     EXPECT_EQ(played(u"DX", 110.0), "silence");
 
-    // The curve goes 0 -> 1 over 20 s: the copy holds 0.25 and 0.75 at its edges.
-    const SimObject::List& points = fx.automation()[0]->children();
-    ASSERT_EQ(points.size(), 4u);
-    EXPECT_DOUBLE_EQ(points[2]->get().start, 100.0);
-    EXPECT_DOUBLE_EQ(points[2]->get().value, 0.25);
-    EXPECT_DOUBLE_EQ(points[3]->get().start, 110.0);
-    EXPECT_DOUBLE_EQ(points[3]->get().value, 0.75);
+    // The curve goes 0 -> 1 over 20 s: the copy runs 0.25 -> 0.75, and the
+    // curve holds 1 on either side of it as before.
+    const SimObject& curve = *fx.automation()[0];
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 100.0), 0.25);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 105.0), 0.5);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 60.0), 1.0);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 110.0), 1.0);
 
     // The point marker at 12 and the scene marker 8-14 come along.
     ASSERT_EQ(notes.children().size(), 4u);
@@ -292,20 +294,45 @@ TEST_F(SimEditTest, UndoAndRedoOfAGroupGiveBackTheSessionByteForByte)
     log->clear();
     // A new edit drops the undone group: its steps hear that they are gone.
     dx.setName(nullptr, u"DX 2", 0);
-    edit->endEdit(project.get(), u"Rename");
     EXPECT_EQ(*log, (std::vector<std::string>{"discard first", "discard second"}));
     EXPECT_EQ(host->actionManager().invoke("Edit", "Redo"), kResultFalse);
 }
 
-TEST_F(SimEditTest, ChangesWithNoGroupOpenGoIntoOneImplicitGroupThatTheNextEndCloses)
+TEST_F(SimEditTest, OutsideAGroupTogglesAndSettingsAreNotRecordedAndEditsAreStepsOfTheirOwn)
 {
-    const std::string before = saved(*project);
     SimObject& dx = trackNamed(u"DX");
-    dx.setName(nullptr, u"one", 0);
-    dx.children()[0]->setEnd(nullptr, 8.0, 0);
-    EXPECT_TRUE(host->isGroupOpen());
-    edit->endEdit(project.get(), u"Trim");
+    SimObject& door = *trackNamed(u"FX").children()[0];
+
+    // What a plug-in sets outside any group is no edit...
+    ASSERT_EQ(dx.setAttribute("Montala:LockState", FVariant(int64{1}), 1), kResultOk);
+    ASSERT_EQ(dx.setToggle("lock", true), kResultOk);
+    ASSERT_EQ(project->setProjectLength(300.0), kResultOk);
+    EXPECT_FALSE(host->isGroupOpen());
+    EXPECT_EQ(project->undoCount(), 0u);
+
+    // ...and the user's next edit neither takes it in nor takes it back.
+    SimUser user(*host);
+    ASSERT_TRUE(user.moveEvent(door, 6.0));
     EXPECT_EQ(project->undoCount(), 1u);
+    ASSERT_TRUE(user.undo());
+    EXPECT_DOUBLE_EQ(door.get().start, 4.0);
+    EXPECT_EQ(dx.getToggle("lock"), kResultOk);
+    EXPECT_EQ(dx.hasAttribute("Montala:LockState"), kResultOk);
+    EXPECT_DOUBLE_EQ(project->length(), 300.0);
+    ASSERT_EQ(dx.setToggle("lock", false), kResultOk);
+
+    // An edit made outside a group is an undo step at once, each on its own.
+    const std::string before = saved(*project);
+    ASSERT_EQ(edit->deleteRange(project.get(), 2.0, 3.0, 0), kResultOk);
+    EXPECT_FALSE(host->isGroupOpen());
+    EXPECT_EQ(project->undoTitle(), u"Delete Range");
+    const std::string deleted = saved(*project);
+    ASSERT_EQ(door.setStart(nullptr, 5.0, 0), kResultOk);
+    EXPECT_EQ(project->undoTitle(), u"Move");
+    ASSERT_TRUE(host->undo(*project));
+    EXPECT_EQ(saved(*project), deleted) << "the move alone";
+    ASSERT_TRUE(host->undo(*project));
+    EXPECT_EQ(saved(*project), before);
 
     // Nested groups close only at the outermost end.
     edit->beginEdit(1);
@@ -317,11 +344,131 @@ TEST_F(SimEditTest, ChangesWithNoGroupOpenGoIntoOneImplicitGroupThatTheNextEndCl
     edit->endEdit(project.get(), u"outer");
     EXPECT_FALSE(host->isGroupOpen());
     EXPECT_EQ(project->undoTitle(), u"outer");
-
-    ASSERT_TRUE(host->undo(*project));
     ASSERT_TRUE(host->undo(*project));
     EXPECT_EQ(saved(*project), before);
-    EXPECT_FALSE(host->undo(*project));
+}
+
+TEST_F(SimEditTest, AChangeInOneProjectNeverLandsOnAnothersUndoList)
+{
+    IPtr<SimProject> other = open(smallSession());
+    host->projectManager().activateProject(project.get());
+    SimObject& ours = trackNamed(u"DX");
+    SimObject& theirs = *other->findTrack(u"DX");
+
+    ASSERT_EQ(edit->beginEdit(1), kResultOk);
+    ours.setName(nullptr, u"ours", 0);
+    theirs.setName(nullptr, u"theirs", 0);
+    theirs.setAttribute("Montala:LockState", FVariant(int64{1}), 1);
+    ASSERT_EQ(edit->endEdit(project.get(), u"Rename"), kResultOk);
+
+    EXPECT_EQ(project->undoCount(), 1u);
+    EXPECT_EQ(other->undoCount(), 1u) << "the other project's rename is a step of its own there";
+    ASSERT_TRUE(host->undo(*project));
+    EXPECT_EQ(ours.get().name, u"DX");
+    EXPECT_EQ(theirs.get().name, u"theirs");
+    ASSERT_TRUE(host->undo(*other));
+    EXPECT_EQ(theirs.get().name, u"DX");
+    EXPECT_EQ(theirs.hasAttribute("Montala:LockState"), kResultOk) << "the attribute was never recorded";
+    other.reset();
+}
+
+TEST_F(SimEditTest, AStepHandedInOutsideAGroupWaitsForItsEditsEnd)
+{
+    auto log = std::make_shared<std::vector<std::string>>();
+    SimUser user(*host);
+    ASSERT_EQ(edit->addEditStep(owned(new LoggingStep("model", log)).get()), kResultOk);
+    EXPECT_FALSE(host->isGroupOpen());
+    ASSERT_TRUE(user.moveEvent(*trackNamed(u"FX").children()[0], 6.0));
+    ASSERT_EQ(edit->endEdit(project.get(), u"Change Model"), kResultOk);
+    EXPECT_EQ(project->undoCount(), 2u);
+    EXPECT_EQ(project->undoTitle(), u"Change Model");
+
+    ASSERT_TRUE(user.undo());
+    EXPECT_EQ(*log, (std::vector<std::string>{"undo model"}));
+    ASSERT_TRUE(user.undo());
+    EXPECT_EQ(*log, (std::vector<std::string>{"undo model"})) << "the user's move did not take the step in";
+    EXPECT_DOUBLE_EQ(trackNamed(u"FX").children()[0]->get().start, 4.0);
+
+    // An edit released with a step still waiting drops it.
+    void* answer = nullptr;
+    ASSERT_EQ(host->getService(IProjectEdit::iid, &answer), kResultOk);
+    auto other = owned(static_cast<IProjectEdit*>(answer));
+    other->addEditStep(owned(new LoggingStep("lost", log)).get());
+    other.reset();
+    EXPECT_EQ(log->back(), "discard lost");
+}
+
+TEST_F(SimEditTest, ACopyOrACutEndsTheChainWhereItEnds)
+{
+    SimObject& dx = trackNamed(u"DX");
+    const auto nextOf = [](SimObject& event) { return owned(event.getNextInChain()); };
+
+    // take 1 (0-10 s) is joined to take 2, and take 3 lies later on the track.
+    // Deleting take 2 leaves take 1 unjoined.
+    SimUser user(*host);
+    ASSERT_TRUE(user.addEvent(dx, SimObject::makeAudioEvent(u"take 3", 25.0, 30.0, "t3.wav", 0.0)));
+    SimObject& take1 = *dx.children()[0];
+    ASSERT_EQ(nextOf(take1).get(), static_cast<IProjectObject*>(dx.children()[1].get()));
+    ASSERT_EQ(edit->deleteRange(project.get(), 10.0, 20.0, 0), kResultOk);
+    EXPECT_FALSE(take1.get().joinedToNext);
+    EXPECT_EQ(nextOf(take1), nullptr) << "take 3 is not take 1's next";
+    ASSERT_TRUE(user.undo());
+    ASSERT_TRUE(user.undo());
+    ASSERT_TRUE(take1.get().joinedToNext);
+
+    // Take 1's second half, copied to the end of the track, ends where take 1
+    // ends: it is not joined to what follows it there.
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&dx}).get(), 5.0, 10.0, 40.0, 0), kResultOk);
+    ASSERT_TRUE(user.addEvent(dx, SimObject::makeAudioEvent(u"take 4", 45.0, 60.0, "t4.wav", 0.0)));
+    SimObject& copy = *dx.children()[2];
+    EXPECT_DOUBLE_EQ(copy.get().start, 40.0);
+    EXPECT_FALSE(copy.get().joinedToNext);
+    EXPECT_EQ(nextOf(copy), nullptr);
+}
+
+TEST_F(SimEditTest, PastingAutomationLeavesTheCurveOutsideTheDestinationAsItWas)
+{
+    // FX's volume runs 0 -> 1 over 0-20 s; [0, 2) goes to 10 s.
+    SimObject& fx = trackNamed(u"FX");
+    const SimObject& curve = *fx.automation()[0];
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&fx}).get(), 0.0, 2.0, 10.0, 0), kResultOk);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 5.0), 0.25);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 9.999), 0.49995);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 10.0), 0.0) << "the copy begins";
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 11.0), 0.05);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 12.0), 0.6) << "the copy ended";
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 15.0), 0.75);
+
+    // A paste onto a point that lies on the edge keeps that point.
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&fx}).get(), 0.0, 2.0, 18.0, 0), kResultOk);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 20.0), 1.0);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 19.0), 0.05);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 17.0), 0.85);
+}
+
+TEST_F(SimEditTest, ACopiedEventHasAStoreOfItsOwn)
+{
+    SimObject& door = *trackNamed(u"FX").children()[0];
+    void* answer = nullptr;
+    ASSERT_EQ(host->getService(IStorage::iid, &answer), kResultOk);
+    auto store = owned(static_cast<IStorage*>(answer));
+    store->write("Block", "old", 3, 1);
+    ASSERT_EQ(door.setAttribute("Data", FVariant(static_cast<FUnknown*>(store.get())), 1), kResultOk);
+    const std::string before = saved(*project);
+
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&trackNamed(u"FX")}).get(), 4.0, 16.0, 40.0, 0),
+              kResultOk);
+    SimObject& copy = *trackNamed(u"FX").children()[1];
+    FVariant value;
+    ASSERT_EQ(copy.getAttribute("Data", value), kResultOk);
+    auto copied = Kelmar::queryInterface<IStorage>(value.getObject());
+    ASSERT_TRUE(copied);
+    EXPECT_NE(copied.get(), store.get());
+    ASSERT_EQ(copied->write("Block", "new!", 4, 1), kResultOk);
+    EXPECT_EQ(store->getSize("Block"), 3) << "the original's block is as it was";
+
+    ASSERT_TRUE(host->undo(*project));
+    EXPECT_EQ(saved(*project), before);
 }
 
 TEST_F(SimEditTest, FinishRangeIsRecordedAndAnswersZero)

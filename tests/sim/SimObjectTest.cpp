@@ -150,7 +150,15 @@ TEST_F(SimObjectTest, TheLockToggleAnswersZeroWhenOnAndRefusesEditsOfTheTracksCo
 
     EXPECT_EQ(take.setStart(nullptr, 30.0, 0), kResultFalse);
     EXPECT_EQ(take.getStart(nullptr), 0.0);
-    EXPECT_EQ(dx.setName(nullptr, u"Dialogue", 0), kResultOk) << "the track itself may still be renamed";
+    // The lock covers the track's own name and attributes too.
+    EXPECT_EQ(dx.setName(nullptr, u"Dialogue", 0), kResultFalse);
+    EXPECT_EQ(take.setName(nullptr, u"Line", 0), kResultFalse);
+    EXPECT_EQ(dx.setAttribute("Montala:MarkerType", FVariant(int64{1}), 1), kResultFalse);
+    EXPECT_EQ(take.setAttribute("MontEventUserId", FVariant(int64{1}), 1), kResultFalse);
+    EXPECT_EQ(dx.get().name, u"DX");
+    EXPECT_EQ(dx.hasAttribute("Montala:MarkerType"), kResultFalse);
+    EXPECT_EQ(dx.setToggle("lock", false), kResultOk) << "but not the toggle that takes it off";
+    EXPECT_EQ(dx.setName(nullptr, u"Dialogue", 0), kResultOk);
 }
 
 TEST_F(SimObjectTest, TimesAreHostTimesAndAPartsEventsAreRelativeToThePart)

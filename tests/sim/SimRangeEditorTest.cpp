@@ -2,6 +2,7 @@
 
 #include "sim/SimPlayback.h"
 #include "sim/SimRangeEditor.h"
+#include "sim/SimUser.h"
 
 namespace montala::sim::test {
 namespace {
@@ -42,6 +43,7 @@ TEST_F(SimRangeEditorTest, DeletingThroughAPartCutsThePartAndTheEventsInIt)
     auto project = open(session);
     SimObject& fx = *project->findTrack(u"FX");
     Kelmar::IPtr<SimObject> part = fx.children()[0];
+    Kelmar::IPtr<SimObject> open = part->children()[0];
     // 12.5 - 16 s: the first event keeps 11-12.5, the second 16-18.
     SimRangeEditor::deleteOnTrack(fx, 12.5, 16.0);
 
@@ -49,6 +51,8 @@ TEST_F(SimRangeEditorTest, DeletingThroughAPartCutsThePartAndTheEventsInIt)
     EXPECT_EQ(fx.children()[0], part) << "the part itself is kept as the first piece";
     EXPECT_DOUBLE_EQ(part->get().end, 12.5);
     ASSERT_EQ(part->children().size(), 1u);
+    EXPECT_EQ(part->children()[0], open) << "and so is the event inside it";
+    EXPECT_EQ(open->getFlags() & Kelmar::IProjectObject::kLeftProject, 0);
     EXPECT_DOUBLE_EQ(part->children()[0]->timelineEnd(), 12.5);
     EXPECT_FALSE(part->children()[0]->get().joinedToNext) << "its partner is gone";
 
@@ -85,11 +89,55 @@ TEST_F(SimRangeEditorTest, ACopyOfAPartTakesOnlyWhatLiesInTheRange)
         EXPECT_EQ(*SimPlayback::at(fx, t + 37.0), *SimPlayback::at(fx, t)) << t;
     EXPECT_FALSE(SimPlayback::at(fx, 52.0).has_value());
     // Both curves come along with their values at the edges: the stepped one
-    // holds 1.0, the linear one runs 0.3 -> 0.5.
-    const SimObject::List& volume = fx.automation()[1]->children();
-    EXPECT_DOUBLE_EQ(volume[volume.size() - 2]->get().value, 0.3);
-    EXPECT_DOUBLE_EQ(volume.back()->get().value, 0.5);
-    EXPECT_DOUBLE_EQ(fx.automation()[0]->children().back()->get().value, 1.0);
+    // holds 1.0, the linear one runs 0.3 -> 0.5; outside the destination the
+    // linear one holds its last value, 0.6, as before.
+    const SimObject& mute = *fx.automation()[0];
+    const SimObject& volume = *fx.automation()[1];
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(mute, 51.0), 1.0);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 49.0), 0.6);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 50.0), 0.3);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 51.0), 0.4);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 52.0), 0.6);
+    EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 60.0), 0.6);
+}
+
+TEST_F(SimRangeEditorTest, TrimmingAPartKeepsWhatIsHeardAndTheEventsInside)
+{
+    auto project = open(session);
+    SimObject& fx = *project->findTrack(u"FX");
+    Kelmar::IPtr<SimObject> part = fx.children()[0];
+    Kelmar::IPtr<SimObject> open = part->children()[0];
+    Kelmar::IPtr<SimObject> close = part->children()[1];
+    const auto heard = [&fx](double t) {
+        const auto source = SimPlayback::at(fx, t);
+        return source ? source->file + " @ " + std::to_string(source->position) : "silence";
+    };
+
+    // The tail only: nothing inside reaches past 19 s, so nothing inside changes.
+    SimUser user(*host);
+    ASSERT_TRUE(user.trimEvent(*part, 10.0, 19.0));
+    EXPECT_EQ(part->children(), (SimObject::List{open, close}));
+    EXPECT_DOUBLE_EQ(open->get().start, 1.0);
+    EXPECT_EQ(project->undoCount(), 1u);
+
+    // The head, to 12 s: open.wav 11-14 is cut at the front, close.wav stays
+    // at 14-18; each is heard where it was, from the same place in its file.
+    const std::string at12 = heard(12.0);
+    const std::string at15 = heard(15.0);
+    ASSERT_TRUE(user.trimEvent(*part, 12.0, 19.0));
+    EXPECT_EQ(heard(11.5), "silence");
+    EXPECT_EQ(heard(12.0), at12);
+    EXPECT_EQ(heard(15.0), at15);
+    EXPECT_EQ(part->children(), (SimObject::List{open, close})) << "the same events, not copies";
+    EXPECT_EQ(open->getFlags() & Kelmar::IProjectObject::kLeftProject, 0);
+    EXPECT_DOUBLE_EQ(open->get().start, 0.0);
+    EXPECT_DOUBLE_EQ(close->get().start, 2.0);
+
+    // Undo gives back the part and its events as they were before the head trim.
+    ASSERT_TRUE(user.undo());
+    EXPECT_DOUBLE_EQ(part->get().start, 10.0);
+    EXPECT_DOUBLE_EQ(close->get().start, 4.0);
+    EXPECT_EQ(heard(11.5), "open.wav @ 0.500000");
 }
 
 } // namespace
