@@ -22,9 +22,11 @@ bool matches(SimPoolClip& clip, const char8* kind)
 
 } // namespace
 
+SimMediaPool::SimMediaPool(SimHost& host) : host(&host), failures(host.failurePlanShared()) {}
+
 tresult SimMediaPool::queryInterface(const FUID& iid, void** obj)
 {
-    if (obj && host->failures().isWithheld(iid)) {
+    if (obj && failures->isWithheld(iid)) {
         *obj = nullptr;
         return kNoInterface;
     }

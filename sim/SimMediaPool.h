@@ -5,16 +5,18 @@
 #include "sim/SimBase.h"
 #include "sim/SimPoolClip.h"
 
+#include <memory>
 #include <vector>
 
 namespace montala::sim {
 
+class SimFailures;
 class SimHost;
 
 // A project's media pool. Adding a clip tells the pool's dependents.
 class SimMediaPool : public SimBase, public Kelmar::IMediaPool {
 public:
-    explicit SimMediaPool(SimHost& host) : host(&host) {}
+    explicit SimMediaPool(SimHost& host);
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
@@ -39,6 +41,8 @@ private:
     std::int64_t nextId() const;
 
     SimHost* host;
+    // The host's failure plan, held here as the pool may outlive the host.
+    std::shared_ptr<SimFailures> failures;
     std::vector<Kelmar::IPtr<SimPoolClip>> list;
     double defaultLength = 3600.0;
 };
