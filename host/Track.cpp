@@ -167,8 +167,14 @@ void Track::setLocked(bool on)
 {
     if (!hostTrack)
         throw Result::NotInitialized;
+    // A locked track refuses every change, its attributes among them: the
+    // mark is written while the track is open, before locking, after unlocking.
+    const Kelmar::FVariant mark(static_cast<Kelmar::int64>(on ? 1 : 0));
+    if (on)
+        check(object()->setAttribute(lockStateAttribute, mark, 1));
     check(hostTrack->setToggle("lock", on));
-    check(object()->setAttribute(lockStateAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(on ? 1 : 0)), 1));
+    if (!on)
+        check(object()->setAttribute(lockStateAttribute, mark, 1));
 }
 
 bool Track::hasLockState()

@@ -1,0 +1,151 @@
+// Track against the simulated host: which events belong to a range, what
+// lies around a position, automation, lock and type. The small session runs
+// at 25 fps from 01:00:00:00 (3600 s absolute): DX has two takes joined at
+// 10 s, FX a door from 4 s to 16 s under a volume ramp from 0 to 1 over 20 s.
+
+#include "HostFixture.h"
+#include "support/ModelFixture.h"
+
+#include "host/AutomationCurve.h"
+
+#include <gtest/gtest.h>
+
+namespace montala::host::test {
+namespace {
+
+using util::Result;
+
+class TrackTest : public HostFixture {};
+
+std::vector<std::string> names(const std::vector<TrackEvent>& events)
+{
+    std::vector<std::string> result;
+    for (const TrackEvent& event : events)
+        result.push_back(event.getName());
+    return result;
+}
+
+TEST_F(TrackTest, AnEventBelongsToTheRangeItLiesMoreThanHalfIn)
+{
+    openProject(smallSession());
+    Track dx = track("DX");
+    Track fx = track("FX");
+    using Names = std::vector<std::string>;
+
+    // take 1 is [0, 10]: from 5 exactly half of it is in, which is not enough.
+    EXPECT_EQ(names(dx.getEventsInRange(5.0, 20.0)), (Names{"take 2"}));
+    EXPECT_EQ(names(dx.getEventsInRange(4.96, 20.0)), (Names{"take 1", "take 2"}));
+    // The same from the other side: take 2 is [10, 20].
+    EXPECT_EQ(names(dx.getEventsInRange(0.0, 15.0)), (Names{"take 1"}));
+    EXPECT_EQ(names(dx.getEventsInRange(0.0, 15.04)), (Names{"take 1", "take 2"}));
+    // An event that reaches past both ends belongs to no part of itself.
+    EXPECT_TRUE(fx.getEventsInRange(6.0, 14.0).empty());
+    // A point lies wholly inside.
+    EXPECT_EQ(names(track("Notes").getEventsInRange(12.0, 12.0)), (Names{"hit"}));
+    EXPECT_EQ(montala::test::thrownCode([&] { dx.getEventsInRange(2.0, 1.0); }), Result::InvalidArgument);
+}
+
+TEST_F(TrackTest, SurroundingsFollowChainsAndNeighbours)
+{
+    openProject(smallSession());
+    core::AudioInfo::Range before, at, after;
+
+    // The two takes are joined: they sound as one range.
+    track("DX").getSurroundings(3605.0, before, at, after);
+    EXPECT_EQ(at.start, 3600.0);
+    EXPECT_EQ(at.end, 3620.0);
+    EXPECT_TRUE(before.isEmpty());
+    EXPECT_TRUE(after.isEmpty());
+
+    Track fx = track("FX");
+    fx.getSurroundings(3602.0, before, at, after);
+    EXPECT_TRUE(at.isEmpty());
+    EXPECT_EQ(after.start, 3604.0);
+    EXPECT_EQ(after.end, 3616.0);
+    fx.getSurroundings(3618.0, before, at, after);
+    EXPECT_TRUE(at.isEmpty());
+    EXPECT_EQ(before.start, 3604.0);
+    EXPECT_EQ(before.end, 3616.0);
+}
+
+TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
+{
+    openProject(smallSession());
+    Track fx = track("FX");
+    fx.readAutomation();
+    ASSERT_EQ(fx.getAutomation().size(), 1u);
+    const AutomationCurve& curve = fx.getAutomation()[0].curve;
+    EXPECT_EQ(curve.mode, AutomationCurve::Linear);
+    double value = -1.0;
+    EXPECT_TRUE(curve.valueAt(3610.0, value));
+    EXPECT_DOUBLE_EQ(value, 0.5);
+    EXPECT_TRUE(curve.valueAt(3630.0, value));
+    EXPECT_DOUBLE_EQ(value, 1.0);
+    EXPECT_FALSE(curve.valueAt(3599.0, value));
+
+    auto around = fx.getAutomationAround(3610.0);
+    ASSERT_EQ(around.count(0), 1u);
+    EXPECT_EQ(around[0].t1, 3600.0);
+    EXPECT_EQ(around[0].t2, 3620.0);
+    // Past the last point, its value is repeated up to the position.
+    around = fx.getAutomationAround(3630.0);
+    EXPECT_EQ(around[0].t1, 3620.0);
+    EXPECT_EQ(around[0].y1, 1.0);
+    EXPECT_EQ(around[0].t2, 3630.0);
+    EXPECT_EQ(around[0].y2, 1.0);
+    EXPECT_TRUE(track("DX").getAutomationAround(3610.0).empty());
+}
+
+TEST(AutomationCurve, StepsHoldAndSegmentEndsSilence)
+{
+    AutomationCurve curve;
+    double value = -1.0;
+    EXPECT_FALSE(curve.valueAt(1.0, value));
+
+    curve.mode = AutomationCurve::Stepped;
+    curve.add(10.0, 0.2, false);
+    curve.add(20.0, 0.8, true);
+    curve.add(30.0, 0.4, false);
+    EXPECT_TRUE(curve.valueAt(15.0, value));
+    EXPECT_DOUBLE_EQ(value, 0.2);
+    // A segment end: nothing until the next point, which starts anew.
+    EXPECT_TRUE(curve.valueAt(20.0, value));
+    EXPECT_DOUBLE_EQ(value, 0.8);
+    EXPECT_FALSE(curve.valueAt(25.0, value));
+    EXPECT_TRUE(curve.valueAt(35.0, value));
+    EXPECT_DOUBLE_EQ(value, 0.4);
+    curve.mode = 7;
+    EXPECT_FALSE(curve.valueAt(15.0, value));
+}
+
+TEST_F(TrackTest, LockTypeAndIdentity)
+{
+    openProject(smallSession());
+    Track notes = track("Notes");
+    EXPECT_TRUE(notes.isValid());
+    EXPECT_TRUE(notes.isMarkerTrack());
+    EXPECT_FALSE(notes.isAudioTrack());
+    EXPECT_EQ(notes.getType(), -1);
+    EXPECT_FALSE(notes.hasLockState());
+
+    notes.setType(0x13);
+    EXPECT_TRUE(notes.hasType(0x13, -1));
+    EXPECT_FALSE(notes.hasType(0x03, -1));
+    EXPECT_TRUE(notes.hasType(0x03, 0x0F));
+    EXPECT_EQ(montala::test::thrownCode([&] { track("DX").typeAttribute(); }), Result::NotSupported);
+
+    notes.setLocked(true);
+    EXPECT_TRUE(notes.isLocked());
+    EXPECT_TRUE(notes.hasLockState());
+    notes.setLocked(false);
+    EXPECT_FALSE(notes.hasLockState());
+
+    EXPECT_TRUE(notes.sameTrack(track("Notes")));
+    EXPECT_FALSE(Track().isValid());
+    EXPECT_EQ(notes.nextEventId(), 1);
+    notes.assignEventIds(0.0, 20.0);
+    EXPECT_EQ(notes.nextEventId(), 3);
+}
+
+} // namespace
+} // namespace montala::host::test
