@@ -116,11 +116,13 @@ IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start,
     part->restoreFields(values);
     for (const auto& [name, value] : node.attributes())
         part->restoreAttribute(name, &value);
+    // A range that ends at the part's end still cuts the chain inside it.
+    const double cutEnd = end <= f.end + epsilon ? end : unbounded;
     SimObject::List inner;
     for (const auto& event : node.children()) {
         IPtr<SimObject> onTimeline = event->cloneTree();
         shift(*onTimeline, f.start);
-        if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, innerStart(f, low), innerEnd(f, high))) {
+        if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, innerStart(f, low), cutEnd)) {
             shift(*piece, -low);
             inner.push_back(piece);
         }

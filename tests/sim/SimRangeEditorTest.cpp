@@ -101,6 +101,22 @@ TEST_F(SimRangeEditorTest, ACopyOfAPartTakesOnlyWhatLiesInTheRange)
     EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(volume, 60.0), 0.6);
 }
 
+TEST_F(SimRangeEditorTest, ACopyEndingAtAPartsEndEndsTheChainInsideIt)
+{
+    // open.wav ends with its part at 14 s and is joined to the event after it.
+    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+      "start": 0, "end": 100, "tracks": [{"kind": "audio", "name": "FX", "events": [
+        {"kind": "part", "name": "door", "start": 10, "end": 14, "events": [
+          {"kind": "audio", "start": 0, "end": 4, "file": "open.wav", "offset": 0, "joinedToNext": true}]},
+        {"kind": "audio", "start": 14, "end": 16, "file": "close.wav", "offset": 0}]}]})");
+    SimObject& fx = *project->findTrack(u"FX");
+    const auto copy = SimRangeEditor::copyTrack(fx, 10.0, 14.0);
+    ASSERT_EQ(copy.items.size(), 1u);
+    ASSERT_EQ(copy.items[0]->children().size(), 1u);
+    EXPECT_FALSE(copy.items[0]->children()[0]->get().joinedToNext);
+    EXPECT_TRUE(fx.children()[0]->children()[0]->get().joinedToNext) << "the original keeps its chain";
+}
+
 TEST_F(SimRangeEditorTest, TrimmingAPartKeepsWhatIsHeardAndTheEventsInside)
 {
     auto project = open(session);
