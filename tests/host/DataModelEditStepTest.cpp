@@ -15,6 +15,7 @@
 #include "kelmar/IProjectEdit.h"
 #include "sim/SimActionManager.h"
 #include "sim/SimEdit.h"
+#include "sim/SimFailures.h"
 #include "sim/SimProject.h"
 
 #include <memory>
@@ -25,6 +26,7 @@ namespace {
 
 using namespace Kelmar;
 using montala::test::makeEvent;
+using montala::test::thrownCode;
 
 // Translates the one title the tests use, as the host's table would.
 class GermanTitles : public util::StringConverter {
@@ -160,6 +162,25 @@ TEST_F(DataModelEditStepTest, AStateTakenEarlierIsWhatUndoGivesBack)
     ASSERT_TRUE(redo());
     EXPECT_TRUE(model.isPreviewActive());
     EXPECT_EQ(changeRolls(), (std::vector<std::string>{"A001", "C003"}));
+}
+
+TEST_F(DataModelEditStepTest, AGroupTheHostRefusesRecordsNothingAndAStepItRefusesStillClosesTheGroup)
+{
+    host->failures().failCall("beginEdit");
+    EXPECT_EQ(thrownCode([&] { DataModelChangeCommand command("Edit Event", newEdit(), model, project.get(), true); }),
+              util::Result::HostCallFailed);
+    EXPECT_FALSE(host->isGroupOpen());
+    EXPECT_EQ(project->undoCount(), 0u);
+
+    // The model's change is made either way; the user's step must not stay
+    // open and swallow the next edits.
+    host->failures().failCall("addEditStep");
+    {
+        DataModelChangeCommand command("Edit Event", newEdit(), model, project.get(), true);
+        model.getChangeList().clear();
+    }
+    EXPECT_FALSE(host->isGroupOpen());
+    EXPECT_EQ(model.getChangeList().getSize(), 0u);
 }
 
 } // namespace

@@ -7,10 +7,12 @@
 
 #include "host/MediaPool.h"
 
+#include "kelmar/IDependencyRegistry.h"
 #include "kelmar/IDependent.h"
 #include "kelmar/IMediaPool.h"
 #include "kelmar/IPath.h"
 #include "sim/SimDependencyRegistry.h"
+#include "sim/SimFailures.h"
 #include "sim/SimMediaPool.h"
 #include "sim/SimProject.h"
 
@@ -85,6 +87,10 @@ TEST_F(MediaPoolTest, ListsTheVideoClipsWithTheirPathsNamesAndIds)
 
 TEST_F(MediaPoolTest, APoolWithoutAHostIsEmptyAndCannotBeRead)
 {
+    host->failures().withhold(IDependencyRegistry::iid);
+    EXPECT_EQ(thrownCode([&] { openWith(threeClips()); }), Result::NoInterface)
+        << "a pool that could not hear of changes would show a stale list";
+
     MediaPool unhosted;
     EXPECT_EQ(unhosted.getClipCount(), 0);
     EXPECT_EQ(thrownCode([&] { unhosted.getClipName(0); }), Result::NotInitialized);

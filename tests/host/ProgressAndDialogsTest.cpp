@@ -9,6 +9,7 @@
 #include "host/ProgressHandler.h"
 
 #include "sim/SimAlertService.h"
+#include "sim/SimFailures.h"
 #include "sim/SimFileDialogService.h"
 #include "sim/SimProgressService.h"
 
@@ -183,6 +184,24 @@ TEST_F(ProgressAndDialogsTest, TheFilterRecordCutsItsTextsToTheirFieldsWithoutSp
     filter = FileBrowserDialog::makeFilter("abcdef\xC3\xBC", std::string(62, 'x') + "\xC3\xBC");
     EXPECT_EQ(std::string(filter.extension), "abcdef");
     EXPECT_EQ(std::string(filter.description), std::string(62, 'x'));
+}
+
+TEST_F(ProgressAndDialogsTest, AHostWithoutTheServiceIsNoInterfaceAndChangesNothing)
+{
+    host->failures().withhold(IProgressService::iid);
+    host->failures().withhold(IAlertService::iid);
+    host->failures().withhold(IFileDialogService::iid);
+
+    ProgressHandler progress(services());
+    EXPECT_EQ(thrownCode([&] { progress.start(u"Processing Project", 1, true); }), Result::NoInterface);
+    EXPECT_EQ(thrownCode([&] { progress.advance(1); }), Result::NotInitialized) << "no window was opened";
+
+    EXPECT_EQ(thrownCode([&] { AlertWindow(services()).show("No events in Change EDL."); }), Result::NoInterface);
+
+    std::vector<std::string> results{"kept.edl"};
+    EXPECT_EQ(thrownCode([&] { FileBrowserDialog(services()).show("Add EDLs", "", "edl", "", true, results); }),
+              Result::NoInterface);
+    EXPECT_EQ(results, std::vector<std::string>{"kept.edl"});
 }
 
 } // namespace
