@@ -2,11 +2,11 @@
 
 #include "core/EventBase.h"
 #include "core/EventList.h"
+#include "core/GenerationFailure.h"
 #include "core/MatchCandidate.h"
 #include "core/Settings.h"
 #include "core/VfxNameFilter.h"
 
-#include <list>
 #include <string>
 #include <vector>
 
@@ -47,9 +47,27 @@ namespace montala::core {
 //   split   TRANS_B--A_...  10:00:10:00-10:00:11:00 | B 10:00:11:00-10:00:15:00
 //   merged  B               10:00:10:00-10:00:15:00
 //
+// Every dissolve and wipe is split, flawed or not: one whose timecodes do not
+// fit the rate, or whose range runs backwards, cannot be split and fails the
+// whole generation rather than leave its stretch out without a word.
+//
+// Finding the candidates: Old events are grouped by key and, within a key,
+// into classes of events that match alike (same source range, speed and
+// transition; only their record places differ). An interval index over the
+// classes' source ranges gives the Old events a New event overlaps, so the
+// work follows the overlaps and not the size of a roll. A class whose
+// candidates rival nothing outside it is decided at once: its members are
+// mutual rivals of one length, and the walk leaves the one whose time shift
+// lies nearest the last one (the latest such on a tie), found by a binary
+// search over the members' record places. Classes whose candidates rival
+// each other go through the pairwise walk together, which is quadratic in
+// their candidates; that is bounded by how many Old events of one key
+// overlap one New event in different ways.
+//
 // The input lists are never touched; the work is done on deep copies and
 // every event placed in the change list is new. Failures are thrown as
-// Result::Type (OutOfRange when arithmetic leaves the day).
+// Result::Type (OutOfRange when arithmetic leaves the day), and
+// lastFailure() then names the event and says why.
 class ChangeEdlGenerator {
 public:
     // Takes the match name and the active, non-empty VFX rows. A row with a
@@ -62,6 +80,8 @@ public:
 
     // Splits every dissolve or wipe of the list into the part under the
     // transition, appended behind all other events, and the clean rest.
+    // Throws when a timecode of one does not fit the rate or its range runs
+    // backwards (OutOfRange or FramesAboveRate).
     void splitTransitions(EventList& list) const;
     // The normalised name the rule compares; changedByVfx tells whether the
     // VFX patterns changed it.
@@ -79,13 +99,18 @@ public:
 
     MatchName getMatchName() const { return matchName; }
     const VfxNameFilter& getVfxFilter() const { return vfxFilter; }
+    // Why the last configure or generate failed; empty after a success.
+    const GenerationFailure& lastFailure() const { return failure; }
 
 private:
-    void prune(std::list<MatchCandidate>& candidates, double lastShift) const;
+    // Splits the list; on a failure *failed is the event that could not be
+    // split, as the list held it.
+    static void splitList(EventList& list, EventPtr* failed);
     const std::string& nameOf(const EventBase& event) const;
 
     MatchName matchName = MatchName::RollName;
     VfxNameFilter vfxFilter;
+    GenerationFailure failure;
 };
 
 } // namespace montala::core

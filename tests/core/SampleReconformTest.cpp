@@ -120,6 +120,7 @@ TEST_F(SampleReconformTest, EdlsOfOtherToolsGenerateWithoutHarm)
     settings.setHealProcessing(HealProcessingMode::GapsWithInserts);
     ChangeEdlGenerator generator;
     generator.configure(settings.getMatchName(), settings.getVfxPatterns());
+    int failures = 0;
     for (size_t i = 0; i < files.size(); ++i) {
         const std::string& oldFile = files[i];
         for (const std::string& newFile : {oldFile, files[(i + 1) % files.size()]}) {
@@ -142,7 +143,16 @@ TEST_F(SampleReconformTest, EdlsOfOtherToolsGenerateWithoutHarm)
                 EventListAlgorithm::Context context{&newList, &settings, provider.getFramerate()};
                 HealProcessing().process(changes, context);
             } catch (Result::Type code) {
-                EXPECT_EQ(code, Result::OutOfRange) << oldFile << " -> " << newFile;
+                // Placements past the end of the day, and transitions whose
+                // timecodes do not fit the rate or run backwards, fail the
+                // run; the report says which event, in which file.
+                const GenerationFailure& failure = generator.lastFailure();
+                EXPECT_TRUE(code == Result::OutOfRange || code == Result::FramesAboveRate)
+                    << oldFile << " -> " << newFile << ": " << Result::name(code);
+                EXPECT_EQ(failure.code, code) << oldFile << " -> " << newFile;
+                EXPECT_FALSE(failure.event.edlFile.empty()) << failure.describe();
+                EXPECT_NE(failure.describe().find(failure.event.edlFile), std::string::npos) << failure.describe();
+                ++failures;
                 continue;
             }
             if (changes.getSize() == 0)
@@ -160,6 +170,9 @@ TEST_F(SampleReconformTest, EdlsOfOtherToolsGenerateWithoutHarm)
         }
         provider.setFramerate(Framerate(25, 0));
     }
+    // The corpus holds wipes whose source runs backwards and whose record
+    // does not fit the rate: they must have failed their runs.
+    EXPECT_GT(failures, 0);
 }
 
 } // namespace

@@ -1,0 +1,56 @@
+#include "core/SourceIntervalIndex.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace montala::core {
+
+void SourceIntervalIndex::add(int64_t start, int64_t end, uint32_t id)
+{
+    // An empty or reversed range can never overlap anything.
+    if (start < end)
+        ranges.push_back({start, end, id});
+}
+
+void SourceIntervalIndex::build()
+{
+    std::sort(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) { return a.start < b.start; });
+    latestEnd.assign(ranges.size(), std::numeric_limits<int64_t>::min());
+    fillLatestEnds(0, ranges.size());
+}
+
+int64_t SourceIntervalIndex::fillLatestEnds(size_t low, size_t high)
+{
+    if (low >= high)
+        return std::numeric_limits<int64_t>::min();
+    const size_t middle = low + (high - low) / 2;
+    const int64_t latest = std::max({ranges[middle].end, fillLatestEnds(low, middle), fillLatestEnds(middle + 1, high)});
+    latestEnd[middle] = latest;
+    return latest;
+}
+
+void SourceIntervalIndex::findOverlapping(int64_t start, int64_t end, std::vector<uint32_t>& ids) const
+{
+    if (start < end)
+        collect(0, ranges.size(), start, end, ids);
+}
+
+void SourceIntervalIndex::collect(size_t low, size_t high, int64_t start, int64_t end,
+                                  std::vector<uint32_t>& ids) const
+{
+    // The depth is that of a balanced tree, so the recursion stays shallow.
+    while (low < high) {
+        const size_t middle = low + (high - low) / 2;
+        if (latestEnd[middle] <= start)
+            return; // everything below ends before the query begins
+        collect(low, middle, start, end, ids);
+        const Range& range = ranges[middle];
+        if (range.start >= end)
+            return; // this range and all to its right begin after the query
+        if (range.end > start)
+            ids.push_back(range.id);
+        low = middle + 1;
+    }
+}
+
+} // namespace montala::core
