@@ -105,19 +105,6 @@ nlohmann::json filesToJson(const std::vector<LoadedEdlFile>& files, const char* 
     return array;
 }
 
-// The paths the writer uses for a list of this size.
-std::vector<std::string> outputPaths(const std::string& output, size_t eventCount)
-{
-    const size_t perFile = core::fileio::CmxWriter::maxEventsPerFile;
-    if (eventCount <= perFile)
-        return {output};
-    std::vector<std::string> paths;
-    const std::u16string wide = StringUtil::fromUtf8(output);
-    for (size_t part = 1; part <= (eventCount + perFile - 1) / perFile; ++part)
-        paths.push_back(StringUtil::toUtf8(core::fileio::CmxWriter::numberedPath(wide, part)));
-    return paths;
-}
-
 class GenerateRun {
 public:
     GenerateRun(const GenerateOptions& options, CommandIo& io)
@@ -238,28 +225,41 @@ private:
                    << ": the Change EDL is empty (no picture of the Old EDL is found in the New one)\n";
             return 1;
         }
-        const std::vector<std::string> paths = outputPaths(options.output, change.getSize());
-        const Result::Type code = core::fileio::writeEdlFile(StringUtil::fromUtf8(options.output), change);
+        // The writer refuses to replace any of the EDLs just read, by file
+        // identity, so "-o ./old.edl" or a link to it is caught as well.
+        std::vector<std::u16string> inputs;
+        for (const std::vector<std::string>* files : {&options.oldFiles, &options.newFiles})
+            for (const std::string& file : *files)
+                inputs.push_back(StringUtil::fromUtf8(file));
+        core::fileio::CmxWriter::Report report;
+        const Result::Type code =
+            core::fileio::writeEdlFile(StringUtil::fromUtf8(options.output), change, report, inputs);
+        // Only what this run wrote: an old file that a failure left in place
+        // is not named.
+        for (const std::u16string& path : report.written)
+            written.push_back(StringUtil::toUtf8(path));
         if (code != Result::Ok) {
             io.err << commandName << "could not write " << options.output << ": ";
-            if (code == Result::FileNotOpened)
+            if (!report.reason.empty())
+                io.err << report.reason;
+            else if (code == Result::FileNotOpened)
                 io.err << "the file cannot be created there";
             else if (code == Result::NotInitialized)
                 io.err << "the path names no file";
             else
                 io.err << "no event of the Change EDL can be written";
             io.err << " (" << Result::name(code) << ")\n";
-            // Parts written before the failure stay and are named.
-            for (const std::string& path : paths) {
-                if (std::ifstream(path).good())
-                    io.err << commandName << "part already written: " << path << "\n";
-            }
+            for (const std::string& path : written)
+                io.err << commandName << "part already written: " << path << "\n";
             return 1;
         }
-        written = paths;
-        if (paths.size() > 1)
+        if (written.size() > 1)
             notes << "The Change EDL has " << change.getSize() << " events, more than a CMX EDL holds; it went to "
-                  << paths.size() << " files\n";
+                  << written.size() << " files\n";
+        for (const std::u16string& path : report.removed)
+            notes << "Removed " << StringUtil::toUtf8(path) << ", a part of an earlier, longer Change EDL\n";
+        for (const std::string& reason : report.keptStaleReasons)
+            io.err << commandName << "warning: " << reason << "\n";
         return 0;
     }
 

@@ -1,0 +1,192 @@
+#include "app/Commands.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using montala::app::CommandIo;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct CommandRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+CommandRun generate(std::vector<std::string> arguments)
+{
+    std::ostringstream out, err;
+    CommandIo io{out, err};
+    CLI::App program;
+    montala::app::registerGenerateCommand(program, io);
+    arguments.insert(arguments.begin(), "generate");
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    program.parse(reversed);
+    return {io.exitStatus, out.str(), err.str()};
+}
+
+std::string contentOf(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::stringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+// What -o may or may not replace, tried with the sample reel and with a cut
+// of 1,200 one-roll events (its Change EDL needs two CMX files).
+class SafeOutputTest : public ::testing::Test {
+protected:
+    SafeOutputTest()
+    {
+        folder = fs::temp_directory_path()
+                 / ("montala-output-" + std::to_string(::getpid()) + "-"
+                    + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+        const fs::path samples = fs::path(MONTALA_SOURCE_DIR) / "samples" / "edl" / "short-film-25";
+        fs::copy_file(samples / "old.edl", folder / "old.edl");
+        fs::copy_file(samples / "new.edl", folder / "new.edl");
+        oldText = contentOf(folder / "old.edl");
+    }
+    ~SafeOutputTest() override
+    {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    std::string at(const std::string& name) const { return (folder / name).string(); }
+
+    CommandRun generateSample(const std::string& output, std::vector<std::string> more = {})
+    {
+        std::vector<std::string> arguments = {"--old", at("old.edl"), "--new", at("new.edl"), "--rate", "25",
+                                              "-o", output};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return generate(arguments);
+    }
+
+    CommandRun generateLong(const std::string& output, std::vector<std::string> more = {})
+    {
+        if (!fs::exists(folder / "long.edl")) {
+            std::ofstream file(folder / "long.edl");
+            file << "TITLE: long\nFCM: NON-DROP FRAME\n\n";
+            const auto tc = [](int frame) {
+                char text[16];
+                std::snprintf(text, sizeof text, "%02d:%02d:%02d:%02d", frame / 90000, frame / 1500 % 60,
+                              frame / 25 % 60, frame % 25);
+                return std::string(text);
+            };
+            for (int i = 0; i < 1200; ++i) {
+                const int source = 90000 + i * 50;
+                const int record = 900000 + i * 50;
+                char line[128];
+                std::snprintf(line, sizeof line, "%03d  R%05d   V     C        %s %s %s %s\n", i % 1000, i,
+                              tc(source).c_str(), tc(source + 50).c_str(), tc(record).c_str(),
+                              tc(record + 50).c_str());
+                file << line;
+            }
+        }
+        std::vector<std::string> arguments = {"--old", at("long.edl"), "--new", at("long.edl"), "--rate", "25",
+                                              "--heal", "none", "-o", output};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return generate(arguments);
+    }
+
+    fs::path folder;
+    std::string oldText;
+};
+
+TEST_F(SafeOutputTest, AnOutputThatIsAnInputFileIsRefusedHoweverItIsSpelled)
+{
+    fs::create_directory(folder / "sub");
+    fs::create_symlink(folder / "old.edl", folder / "link.edl");
+    for (const std::string& output : {at("old.edl"), at("sub/../old.edl"), at("link.edl")}) {
+        SCOPED_TRACE(output);
+        const CommandRun run = generateSample(output);
+        EXPECT_EQ(1, run.status);
+        EXPECT_NE(std::string::npos, run.err.find(output + ": is one of the input files")) << run.err;
+        EXPECT_EQ(oldText, contentOf(folder / "old.edl"));
+        EXPECT_TRUE(fs::is_symlink(folder / "link.edl"));
+    }
+    // The New EDL as well.
+    const std::string newText = contentOf(folder / "new.edl");
+    EXPECT_EQ(1, generateSample(at("new.edl")).status);
+    EXPECT_EQ(newText, contentOf(folder / "new.edl"));
+}
+
+TEST_F(SafeOutputTest, ReadOnlyFilesDevicesAndLinksAreTreatedAsTheUserExpects)
+{
+    // Read-only: refused with a message naming it, even for root.
+    std::ofstream(folder / "locked.edl") << "keep";
+    ::chmod((folder / "locked.edl").c_str(), 0444);
+    CommandRun run = generateSample(at("locked.edl"));
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos, run.err.find(at("locked.edl") + ": is read-only (mode 444)")) << run.err;
+    EXPECT_EQ("keep", contentOf(folder / "locked.edl"));
+    EXPECT_EQ(std::string::npos, run.err.find("part already written")) << "the old file is no part of this run";
+
+    // A device node stays a device node.
+    run = generateSample("/dev/null");
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos, run.err.find("/dev/null: is a device")) << run.err;
+    struct stat status {};
+    ASSERT_EQ(0, ::stat("/dev/null", &status));
+    EXPECT_TRUE(S_ISCHR(status.st_mode));
+
+    // A link is written through and stays a link.
+    fs::create_directory(folder / "real");
+    std::ofstream(folder / "real" / "change.edl") << "old";
+    fs::create_symlink(folder / "real" / "change.edl", folder / "change.edl");
+    run = generateSample(at("change.edl"));
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_TRUE(fs::is_symlink(folder / "change.edl"));
+    EXPECT_EQ(0u, contentOf(folder / "real" / "change.edl").rfind("TITLE:   change.edl\n", 0));
+}
+
+TEST_F(SafeOutputTest, PartsOfAnEarlierLongerRunAreRemovedAndNamed)
+{
+    // Yesterday's run went to three files; today's Change EDL needs two.
+    std::ofstream(folder / "change_3.edl") << "TITLE:   change_3.edl\n001  OLD ...\n";
+    CommandRun run = generateLong(at("change.edl"));
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find("Wrote " + at("change_1.edl") + "\nWrote " + at("change_2.edl") + "\n"))
+        << run.out;
+    EXPECT_NE(std::string::npos,
+              run.out.find("Removed " + at("change_3.edl") + ", a part of an earlier, longer Change EDL\n"));
+    EXPECT_FALSE(fs::exists(folder / "change_3.edl"));
+
+    // A file of the user's that only shares the name stays, with a warning.
+    std::ofstream(folder / "change_3.edl") << "my notes\n";
+    run = generateLong(at("change.edl"));
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("my notes\n", contentOf(folder / "change_3.edl"));
+    EXPECT_NE(std::string::npos, run.err.find("warning: " + at("change_3.edl") + ": was not written by Montala"))
+        << run.err;
+}
+
+TEST_F(SafeOutputTest, AFailedSplitWriteNamesOnlyWhatThisRunWrote)
+{
+    // An old second part that may not be replaced: refused before the first
+    // part is written, and neither old file is reported as written.
+    std::ofstream(folder / "change_2.edl") << "TITLE:   change_2.edl\n";
+    ::chmod((folder / "change_2.edl").c_str(), 0444);
+    std::ofstream(folder / "change_1.edl") << "yesterday\n";
+    const CommandRun run = generateLong(at("change.edl"), {"--json"});
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos, run.err.find(at("change_2.edl") + ": is read-only")) << run.err;
+    EXPECT_EQ(std::string::npos, run.err.find("part already written")) << run.err;
+    EXPECT_EQ("yesterday\n", contentOf(folder / "change_1.edl"));
+    const nlohmann::json document = nlohmann::json::parse(run.out);
+    EXPECT_TRUE(document["written"].empty()) << run.out;
+}
+
+} // namespace
