@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 namespace montala::core {
 
@@ -56,15 +55,15 @@ std::vector<InformationEntry> AutomationWarningDetectAlgorithm::detect(const Cut
                                                                        ProgressHandlerBase* progress)
 {
     std::vector<InformationEntry> entries;
-    const std::map<double, CutPtr> byStart = cuts.getCutsByStart();
-    if (byStart.size() < 2)
-        return entries;
+    const std::vector<const Cut*> byStart = cuts.getCutsInStartOrder();
     const std::string label = translated(u"Automation warning in ");
 
-    for (auto it = byStart.begin(); std::next(it) != byStart.end(); ++it) {
-        const Cut& x = *it->second;
-        const Cut& y = *std::next(it)->second;
-        if (meetAtSeam(*x.getEvent(), *y.getEvent(), context.framerate)) {
+    // Each cut is one step of its track count, the last one too, although
+    // it has no neighbour behind it: the progress counts events times tracks.
+    for (size_t i = 0; i < byStart.size(); ++i) {
+        const Cut& x = *byStart[i];
+        if (i + 1 < byStart.size() && meetAtSeam(*x.getEvent(), *byStart[i + 1]->getEvent(), context.framerate)) {
+            const Cut& y = *byStart[i + 1];
             InformationEntry entry{0.0, 0.0, label, InformationKind::AutomationWarning};
             bool found = false;
             const size_t count = std::min(x.getPieces().size(), y.getPieces().size());

@@ -12,6 +12,14 @@ Cut::Cut(EventPtr event, std::vector<CutEventPtr> pieces) : event(std::move(even
 
 double Cut::getEarliestStart() const
 {
+    const std::optional<double> earliest = findEarliestStart();
+    if (!earliest)
+        throw Result::OutOfRange;
+    return *earliest;
+}
+
+std::optional<double> Cut::findEarliestStart() const
+{
     double earliest = std::numeric_limits<double>::max();
     for (const CutEventPtr& piece : pieces) {
         if (piece && piece->getDstStart() < earliest)
@@ -20,7 +28,7 @@ double Cut::getEarliestStart() const
     // Also catches a piece that starts at the largest double itself: no
     // real position is ever that far.
     if (earliest == std::numeric_limits<double>::max())
-        throw Result::OutOfRange;
+        return std::nullopt;
     return earliest;
 }
 

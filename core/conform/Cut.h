@@ -4,6 +4,7 @@
 #include "core/EventBase.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace montala::core {
@@ -22,6 +23,9 @@ public:
     // The smallest dstStart of the pieces. Result::OutOfRange without pieces:
     // such a cut has no place on the new timeline.
     double getEarliestStart() const;
+    // The same, or nothing for a cut without a place (every track locked,
+    // say): for those who pass such cuts over instead of failing.
+    std::optional<double> findEarliestStart() const;
 
 private:
     EventPtr event;

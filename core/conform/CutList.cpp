@@ -1,5 +1,9 @@
 #include "core/conform/CutList.h"
 
+#include <algorithm>
+#include <optional>
+#include <utility>
+
 namespace montala::core {
 
 void CutList::append(const CutPtr& cut)
@@ -13,10 +17,36 @@ std::map<double, CutPtr> CutList::getCutsByStart() const
 {
     std::map<double, CutPtr> byStart;
     for (const CutPtr& cut : cuts) {
-        if (cut)
-            byStart.emplace(cut->getEarliestStart(), cut);
+        if (!cut)
+            continue;
+        if (const std::optional<double> start = cut->findEarliestStart())
+            byStart.emplace(*start, cut);
     }
     return byStart;
+}
+
+std::vector<const Cut*> CutList::getCutsInStartOrder() const
+{
+    // Start and index of creation: sorting the pairs puts the first made
+    // ahead of later ones with an equal start, and unique keeps it.
+    std::vector<std::pair<double, size_t>> starts;
+    starts.reserve(cuts.size());
+    for (size_t i = 0; i < cuts.size(); ++i) {
+        if (!cuts[i])
+            continue;
+        if (const std::optional<double> start = cuts[i]->findEarliestStart())
+            starts.emplace_back(*start, i);
+    }
+    std::sort(starts.begin(), starts.end());
+    starts.erase(std::unique(starts.begin(), starts.end(),
+                             [](const auto& a, const auto& b) { return a.first == b.first; }),
+                 starts.end());
+
+    std::vector<const Cut*> ordered;
+    ordered.reserve(starts.size());
+    for (const auto& [start, index] : starts)
+        ordered.push_back(cuts[index].get());
+    return ordered;
 }
 
 } // namespace montala::core

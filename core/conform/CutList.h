@@ -26,8 +26,15 @@ public:
 
     // The cuts by where they begin on the new timeline, earliest first. Of
     // two cuts that begin at the very same position only the first made is
-    // taken: the detectors that walk neighbours see one of them.
+    // taken: the detectors that walk neighbours see one of them. Cuts
+    // without a place (no pieces, as when every track is locked) are passed
+    // over like null ones.
     std::map<double, CutPtr> getCutsByStart() const;
+    // The same cuts in the same order, as a plain list that the detectors
+    // walk: a sort of the starts rather than a tree of shared pointers, as
+    // the list is made afresh by each detector of a run. The pointers live
+    // as long as the list.
+    std::vector<const Cut*> getCutsInStartOrder() const;
 
 private:
     std::vector<CutPtr> cuts;

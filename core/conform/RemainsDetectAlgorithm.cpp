@@ -35,7 +35,7 @@ std::vector<InformationEntry> RemainsDetectAlgorithm::detect(const CutList& cuts
     const std::string label = translated(u"Audio snippet in ");
 
     std::vector<InformationEntry> entries;
-    for (const auto& [start, cut] : cuts.getCutsByStart()) {
+    for (const Cut* cut : cuts.getCutsInStartOrder()) {
         for (const CutEventPtr& piece : cut->getPieces()) {
             if (!piece)
                 continue;

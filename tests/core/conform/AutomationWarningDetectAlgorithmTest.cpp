@@ -51,7 +51,7 @@ TEST_F(AutomationWarningDetectAlgorithmTest, WarnsOnceAtASeamNamingEveryTrackWho
     EXPECT_EQ(entries[0].kind, InformationKind::AutomationWarning);
     EXPECT_DOUBLE_EQ(entries[1].start, 36028.0);
     EXPECT_EQ(entries[1].text, "Automation warning in Dia 2 ");
-    EXPECT_EQ(progress.advanced, 6) << "the track count per pair of neighbours";
+    EXPECT_EQ(progress.advanced, 9) << "the track count per cut, the last one too";
 }
 
 TEST_F(AutomationWarningDetectAlgorithmTest, ValuesDifferingByExactlyOneHundredthDoNotJump)
@@ -60,7 +60,7 @@ TEST_F(AutomationWarningDetectAlgorithmTest, ValuesDifferingByExactlyOneHundredt
         .point(0, 36025.0, 0.52);
     EXPECT_TRUE(detect().empty());
 
-    dia1.automation[0].back().value = 0.53;
+    dia1.editCurve(0).back().value = 0.53;
     const auto entries = detect();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_DOUBLE_EQ(entries[0].start, 36028.0);

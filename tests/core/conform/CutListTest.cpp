@@ -59,5 +59,31 @@ TEST_F(CutListTest, KeepsOrderOfCreationAndSortsByStartKeepingTheFirstOfEqualSta
     EXPECT_EQ(std::next(byStart.begin())->second, late);
 }
 
+TEST_F(CutListTest, OrdersByStartWithoutTheCutsThatHaveNoPlace)
+{
+    const EventPtr made = event("10:00:00:00", "10:00:01:00", "10:00:00:00", "10:00:01:00");
+    // Cuts of every track locked have no pieces; the others begin at one
+    // of a few places, so that many share a start.
+    std::vector<CutPtr> madeCuts;
+    for (int i = 0; i < 200; ++i) {
+        const CutPtr cut = i % 7 == 3 ? cutAt(made, {}) : cutAt(made, {static_cast<double>((i * 37) % 23), 99.0});
+        madeCuts.push_back(cut);
+        cuts.append(cut);
+    }
+
+    const auto byStart = cuts.getCutsByStart();
+    const std::vector<const Cut*> ordered = cuts.getCutsInStartOrder();
+    ASSERT_EQ(ordered.size(), 23u);
+    ASSERT_EQ(byStart.size(), ordered.size());
+    auto entry = byStart.begin();
+    for (const Cut* cut : ordered) {
+        ASSERT_EQ(cut, entry->second.get()) << "at " << entry->first;
+        EXPECT_FALSE(cut->getPieces().empty());
+        ++entry;
+    }
+    // The first made of those at 0.0 is the very first cut.
+    EXPECT_EQ(ordered.front(), madeCuts.front().get());
+}
+
 } // namespace
 } // namespace montala::test

@@ -16,6 +16,7 @@
 #include "util/Result.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <iterator>
@@ -42,25 +43,106 @@ struct AutomationPoint {
     double value = 0.0;
 };
 
-struct FakeTrack {
+// Finds, among times in ascending order, the first one after a position,
+// in about constant time. A grid of equal cells over the span remembers
+// where each cell's times begin, so a lookup reads two grid entries and the
+// few times of a cell or two. A binary search over a long track would miss
+// the cache on most of its steps when the positions come in random order,
+// and the conform benchmark would measure this double instead of the driver.
+//
+//   times   |  a b   |    c   | d e f  |        |   g
+//   cells   0        1        2        3        4
+class TimeGrid {
+public:
+    void build(std::vector<double> ascending)
+    {
+        times = std::move(ascending);
+        cellStarts.clear();
+        if (times.empty())
+            return;
+        origin = times.front();
+        size_t cells = times.size();
+        width = (times.back() - origin) / static_cast<double>(cells);
+        // Cells too narrow for the numbers around them: one cell, and the
+        // lookup becomes a plain binary search.
+        if (!(width > 1e-6)) {
+            cells = 1;
+            width = 1.0;
+        }
+        cellStarts.resize(cells + 1);
+        for (size_t cell = 0; cell < cells; ++cell)
+            cellStarts[cell] = static_cast<size_t>(
+                std::lower_bound(times.begin(), times.end(), origin + static_cast<double>(cell) * width) -
+                times.begin());
+        cellStarts[cells] = times.size();
+    }
+
+    // The index of the first time greater than the position, as
+    // std::upper_bound would answer.
+    size_t firstAfter(double position) const
+    {
+        if (times.empty() || !(position >= times.front()))
+            return 0;
+        if (position >= times.back())
+            return times.size();
+        const size_t cells = cellStarts.size() - 1;
+        const size_t cell = std::min(static_cast<size_t>((position - origin) / width), cells - 1);
+        // A cell of margin on each side absorbs the rounding of the cell
+        // arithmetic.
+        const size_t low = cellStarts[cell == 0 ? 0 : cell - 1];
+        const size_t high = cellStarts[std::min(cell + 2, cells)];
+        return static_cast<size_t>(
+            std::upper_bound(times.begin() + static_cast<std::ptrdiff_t>(low),
+                             times.begin() + static_cast<std::ptrdiff_t>(high), position) -
+            times.begin());
+    }
+
+private:
+    std::vector<double> times;
+    std::vector<size_t> cellStarts;
+    double origin = 0.0;
+    double width = 1.0;
+};
+
+// A track of the fake host. Clips are kept in order of their starts and
+// never overlap; automation points in order of their times. The lookups go
+// through grids that are rebuilt at the first lookup after a change, so every
+// change goes through a setter or an edit...() accessor.
+class FakeTrack {
+public:
     std::string name;
     bool audio = true;
     bool locked = false;
     bool selected = true;
-    std::vector<Clip> clips;
+    // The work area: what the applied cuts built, in the order they built it.
     std::vector<Clip> work;
-    std::map<int, std::vector<AutomationPoint>> automation;
+
+    const std::vector<Clip>& clips() const { return clipList; }
+    // Whoever edits must keep the clips in order of their starts.
+    std::vector<Clip>& editClips()
+    {
+        indexed = false;
+        return clipList;
+    }
+    const std::map<int, std::vector<AutomationPoint>>& automation() const { return curves; }
+    // Whoever edits must keep the points in order of their times.
+    std::vector<AutomationPoint>& editCurve(int index)
+    {
+        indexed = false;
+        return curves[index];
+    }
 
     FakeTrack& clip(const std::string& clipName, double start, double end)
     {
-        clips.push_back({clipName, start, end, 0.0});
-        std::sort(clips.begin(), clips.end(), [](const Clip& a, const Clip& b) { return a.start < b.start; });
+        std::vector<Clip>& edited = editClips();
+        edited.push_back({clipName, start, end, 0.0});
+        std::sort(edited.begin(), edited.end(), [](const Clip& a, const Clip& b) { return a.start < b.start; });
         return *this;
     }
 
     FakeTrack& point(int index, double time, double value)
     {
-        auto& points = automation[index];
+        std::vector<AutomationPoint>& points = editCurve(index);
         points.push_back({time, value});
         std::sort(points.begin(), points.end(),
                   [](const AutomationPoint& a, const AutomationPoint& b) { return a.time < b.time; });
@@ -69,39 +151,36 @@ struct FakeTrack {
 
     // The clip under the position (its ends included; of two abutting clips
     // the later), the nearest ones before and after, and the automation
-    // points on both sides. Clips of a track never overlap, so both ends
-    // are sorted and a binary search finds them: the benchmark measures the
-    // driver, not this double.
+    // points on both sides.
     core::AudioInfo surroundings(double position) const
     {
+        index();
         core::AudioInfo info;
         // The first clip that starts after the position.
-        const auto after = std::upper_bound(clips.begin(), clips.end(), position,
-                                            [](double p, const Clip& clip) { return p < clip.start; });
-        if (after != clips.end())
+        const auto after = clipList.begin() + static_cast<std::ptrdiff_t>(clipStarts.firstAfter(position));
+        if (after != clipList.end())
             info.after = {after->start, after->end};
-        if (after != clips.begin()) {
+        if (after != clipList.begin()) {
             const Clip& last = *std::prev(after);
             if (position <= last.end)
                 info.at = {last.start, last.end};
             else
                 info.before = {last.start, last.end};
-            if (!info.at.isEmpty() && std::prev(after) != clips.begin()) {
+            if (!info.at.isEmpty() && std::prev(after) != clipList.begin()) {
                 const Clip& earlier = *std::prev(after, 2);
                 if (earlier.end < position)
                     info.before = {earlier.start, earlier.end};
             }
         }
-        for (const auto& [index, points] : automation) {
-            const auto next = std::upper_bound(points.begin(), points.end(), position,
-                                               [](double p, const AutomationPoint& point) { return p < point.time; });
+        for (const auto& [curve, points] : curves) {
+            const auto next = points.begin() + static_cast<std::ptrdiff_t>(pointTimes.at(curve).firstAfter(position));
             const AutomationPoint* previous = next == points.begin() ? nullptr : &*std::prev(next);
             if (previous && next != points.end())
-                info.automation[index] = {previous->time, previous->value, next->time, next->value};
+                info.automation[curve] = {previous->time, previous->value, next->time, next->value};
             else if (previous)
-                info.automation[index] = {previous->time, previous->value, position, previous->value};
+                info.automation[curve] = {previous->time, previous->value, position, previous->value};
             else if (next != points.end())
-                info.automation[index] = {position, next->value, next->time, next->value};
+                info.automation[curve] = {position, next->value, next->time, next->value};
         }
         return info;
     }
@@ -110,9 +189,14 @@ struct FakeTrack {
     // dstStart in the work area.
     void copyRange(double srcStart, double srcEnd, double dstStart)
     {
-        auto clip = std::lower_bound(clips.begin(), clips.end(), srcStart,
-                                     [](const Clip& c, double p) { return c.end <= p; });
-        for (; clip != clips.end() && clip->start < srcEnd; ++clip) {
+        index();
+        // The first clip that ends after srcStart: the one under it, if it
+        // reaches past it, else the next. Ends are in order too, since clips
+        // never overlap.
+        auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(clipStarts.firstAfter(srcStart));
+        if (clip != clipList.begin() && std::prev(clip)->end > srcStart)
+            --clip;
+        for (; clip != clipList.end() && clip->start < srcEnd; ++clip) {
             const double from = std::max(clip->start, srcStart);
             const double to = std::min(clip->end, srcEnd);
             if (!(to > from))
@@ -121,6 +205,42 @@ struct FakeTrack {
                             clip->sourceIn + (from - clip->start)});
         }
     }
+
+    // The work area becomes the track.
+    void takeWork()
+    {
+        std::vector<Clip>& edited = editClips();
+        edited = std::move(work);
+        work.clear();
+        std::sort(edited.begin(), edited.end(), [](const Clip& a, const Clip& b) { return a.start < b.start; });
+    }
+
+private:
+    void index() const
+    {
+        if (indexed)
+            return;
+        std::vector<double> starts;
+        starts.reserve(clipList.size());
+        for (const Clip& clip : clipList)
+            starts.push_back(clip.start);
+        clipStarts.build(std::move(starts));
+        pointTimes.clear();
+        for (const auto& [curve, points] : curves) {
+            std::vector<double> times;
+            times.reserve(points.size());
+            for (const AutomationPoint& point : points)
+                times.push_back(point.time);
+            pointTimes[curve].build(std::move(times));
+        }
+        indexed = true;
+    }
+
+    std::vector<Clip> clipList;
+    std::map<int, std::vector<AutomationPoint>> curves;
+    mutable bool indexed = false;
+    mutable TimeGrid clipStarts;
+    mutable std::map<int, TimeGrid> pointTimes;
 };
 
 class FakeCutEvent : public core::CutEventBase {
@@ -246,12 +366,8 @@ public:
     {
         if (const Result::Type code = enter("complete"))
             return code;
-        for (FakeTrack& track : tracks) {
-            track.clips = std::move(track.work);
-            track.work.clear();
-            std::sort(track.clips.begin(), track.clips.end(),
-                      [](const Clip& a, const Clip& b) { return a.start < b.start; });
-        }
+        for (FakeTrack& track : tracks)
+            track.takeWork();
         return Result::Ok;
     }
 

@@ -53,8 +53,8 @@ TEST_F(MontalerBaseTest, ConformBuildsTheNewCutInTheWorkAreaMarksItAndMovesItHom
     EXPECT_EQ(host.calls, (Calls{"clearWorkArea", "createCut", "createCut", "getSnippetContext", "applyCuts",
                                  "applyCut", "applyCut", "getInformationContext", "generateMarkers", "complete"}));
     // The part of A after the edit, then the head of B.
-    EXPECT_EQ(dia1().clips, (std::vector<Clip>{{"A", 36010.0, 36013.0, 2.0}, {"B", 36015.0, 36018.0, 0.0}}));
-    EXPECT_TRUE(host.tracks[1].clips.empty());
+    EXPECT_EQ(dia1().clips(), (std::vector<Clip>{{"A", 36010.0, 36013.0, 2.0}, {"B", 36015.0, 36018.0, 0.0}}));
+    EXPECT_TRUE(host.tracks[1].clips().empty());
     ASSERT_EQ(host.markers.size(), 1u);
     EXPECT_EQ(host.markers[0].text, "Insert: N001");
     EXPECT_DOUBLE_EQ(host.markers[0].start, 36018.0);
@@ -67,7 +67,7 @@ TEST_F(MontalerBaseTest, PreviewBuildsAndMarksButLeavesTheWorkAreaOpen)
     ASSERT_EQ(host.preview(changes, 0, 0, true), Result::Ok);
     EXPECT_EQ(host.calls, (Calls{"clearWorkArea", "createCut", "createCut", "getSnippetContext", "applyCuts",
                                  "applyCut", "applyCut", "getInformationContext", "generateMarkers"}));
-    EXPECT_EQ(dia1().clips.size(), 2u) << "the old arrangement is still at home";
+    EXPECT_EQ(dia1().clips().size(), 2u) << "the old arrangement is still at home";
     EXPECT_EQ(dia1().work, (std::vector<Clip>{{"A", 36010.0, 36013.0, 2.0}, {"B", 36015.0, 36018.0, 0.0}}));
     EXPECT_EQ(std::count(host.calls.begin(), host.calls.end(), "generateMarkers"), 1);
     EXPECT_TRUE(host.markers.empty()) << "the insert begins where the previewed stretch ends";
@@ -144,7 +144,7 @@ TEST_F(MontalerBaseTest, EventsWithoutAPlaceAndEmptyListsAreCutByNoOne)
     EXPECT_EQ(host.calls, (Calls{"clearWorkArea", "getSnippetContext", "applyCuts", "getInformationContext",
                                  "generateMarkers", "complete"}))
         << "an empty list still completes";
-    EXPECT_TRUE(dia1().clips.empty()) << "and leaves an empty arrangement";
+    EXPECT_TRUE(dia1().clips().empty()) << "and leaves an empty arrangement";
 
     FakeMontaler scene;
     setUpScene(scene);
@@ -156,8 +156,27 @@ TEST_F(MontalerBaseTest, EventsWithoutAPlaceAndEmptyListsAreCutByNoOne)
     ASSERT_EQ(scene.conform(changes), Result::Ok);
     EXPECT_EQ(std::count(scene.calls.begin(), scene.calls.end(), "createCut"), 1)
         << "the invalid timecode is skipped; a bad roll name is the user's word";
-    EXPECT_EQ(scene.tracks[0].clips, (std::vector<Clip>{{"B", 36015.0, 36018.0, 0.0}}));
+    EXPECT_EQ(scene.tracks[0].clips(), (std::vector<Clip>{{"B", 36015.0, 36018.0, 0.0}}));
     EXPECT_TRUE(scene.markers.empty());
+}
+
+TEST_F(MontalerBaseTest, WithEveryTrackLockedTheCutsAreEmptyAndTheRunStillCompletes)
+{
+    withScene();
+    for (FakeTrack& track : host.tracks)
+        track.locked = true;
+    ASSERT_EQ(host.conform(changes), Result::Ok);
+    EXPECT_EQ(host.calls.back(), "complete");
+    EXPECT_EQ(progress.details.size(), 5u) << "every detector ran";
+    EXPECT_TRUE(dia1().clips().empty()) << "nothing was cut";
+    ASSERT_EQ(host.markers.size(), 1u) << "the insert comes from the lists alone";
+    EXPECT_EQ(host.markers[0].text, "Insert: N001");
+
+    FakeMontaler scene;
+    setUpScene(scene);
+    scene.tracks[0].locked = true;
+    scene.tracks[1].locked = true;
+    EXPECT_EQ(scene.preview(changes, 0, 1, false), Result::Ok);
 }
 
 TEST_F(MontalerBaseTest, WithEveryMarkerSettingOffTheMarkersAreWrittenFromAnEmptyList)
@@ -208,9 +227,9 @@ TEST_F(MontalerBaseTest, CountStepsCoversWhatTheDetectorsAdvance)
     EXPECT_EQ(progress.advancedUnder[u"Insert Markers"], 3);
     EXPECT_EQ(progress.advancedUnder[u"Dissolve/Wipe Markers"], 3);
     EXPECT_EQ(progress.advancedUnder[u"Audio Snippet Markers"], 4) << "each piece";
-    EXPECT_EQ(progress.advancedUnder[u"Automation Warning Markers"], 2) << "one pair of neighbours, two tracks";
-    EXPECT_EQ(progress.advancedUnder[u"Overlap Markers"], 1) << "one pair of neighbours";
-    EXPECT_EQ(progress.advanced - 4, 13) << "the detectors' share, below the 16 counted";
+    EXPECT_EQ(progress.advancedUnder[u"Automation Warning Markers"], 4) << "each cut, the last one too";
+    EXPECT_EQ(progress.advancedUnder[u"Overlap Markers"], 2) << "each cut, the last one too";
+    EXPECT_EQ(progress.advanced - 4, 16) << "the detectors' share is what was counted";
 
     Settings some;
     some.setCreateInsertMarkers(false);

@@ -36,7 +36,7 @@ TEST_F(OverlapDetectAlgorithmTest, MarksAudioLaidOverAudioOnlyWhereBothSidesSoun
     EXPECT_NEAR(entries[0].end, 36030.0, 1e-6);
     EXPECT_EQ(entries[0].text, "Overlap in Dia 1 ");
     EXPECT_EQ(entries[0].kind, InformationKind::Overlap);
-    EXPECT_EQ(progress.advanced, 1) << "one step per pair of neighbours";
+    EXPECT_EQ(progress.advanced, 2) << "one step per cut, the last one too";
 }
 
 TEST_F(OverlapDetectAlgorithmTest, CutsThatOnlyTouchDoNotOverlap)
@@ -62,9 +62,9 @@ TEST_F(OverlapDetectAlgorithmTest, AHeadDrawnInByTheSnippetRuleShowsAsOverlapAft
     EXPECT_EQ(host.markers[0].kind, InformationKind::Overlap);
     EXPECT_NEAR(host.markers[0].start, 36029.9, 1e-6);
     EXPECT_NEAR(host.markers[0].end, 36030.0, 1e-6);
-    ASSERT_EQ(dia1.clips.size(), 2u);
-    EXPECT_NEAR(dia1.clips[0].end, 36030.0, 1e-6);
-    EXPECT_NEAR(dia1.clips[1].start, 36029.9, 1e-6) << "B whole, over A's end";
+    ASSERT_EQ(dia1.clips().size(), 2u);
+    EXPECT_NEAR(dia1.clips()[0].end, 36030.0, 1e-6);
+    EXPECT_NEAR(dia1.clips()[1].start, 36029.9, 1e-6) << "B whole, over A's end";
 }
 
 } // namespace

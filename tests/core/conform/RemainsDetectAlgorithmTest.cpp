@@ -51,7 +51,7 @@ TEST_F(RemainsDetectAlgorithmTest, MarksShortBitsAtBothEndsUpToTheFrameLimit)
     EXPECT_NEAR(entries[1].end, 36030.0, 1e-6);
 
     // 6 frames at each end are no snippet.
-    track.clips = {{"head", 35995.0, 36000.24, 0.0}, {"tail", 36009.76, 36015.0, 0.0}};
+    track.editClips() = {{"head", 35995.0, 36000.24, 0.0}, {"tail", 36009.76, 36015.0, 0.0}};
     EXPECT_TRUE(RemainsDetectAlgorithm().detect(cuts, host.getInformationContext(), nullptr).empty());
 }
 

@@ -169,18 +169,18 @@ TEST_F(SnippetAlgorithmTest, AConformWithOverhangingAudioTakesTheWholeEvent)
     track.clip("A", 35999.9, 36003.0);
     changes.addEvent(move("10:00:00:00", "10:00:10:00", "10:00:20:00"));
     ASSERT_EQ(host.conform(changes), util::Result::Ok);
-    ASSERT_EQ(track.clips.size(), 1u);
-    EXPECT_EQ(track.clips[0].name, "A");
-    EXPECT_NEAR(track.clips[0].start, 36019.9, 1e-6);
-    EXPECT_NEAR(track.clips[0].end, 36023.0, 1e-6);
-    EXPECT_NEAR(track.clips[0].sourceIn, 0.0, 1e-6);
+    ASSERT_EQ(track.clips().size(), 1u);
+    EXPECT_EQ(track.clips()[0].name, "A");
+    EXPECT_NEAR(track.clips()[0].start, 36019.9, 1e-6);
+    EXPECT_NEAR(track.clips()[0].end, 36023.0, 1e-6);
+    EXPECT_NEAR(track.clips()[0].sourceIn, 0.0, 1e-6);
 
     host.settings.setIncludeOverhanging(false);
-    track.clips = {{"A", 35999.9, 36003.0, 0.0}};
+    track.editClips() = {{"A", 35999.9, 36003.0, 0.0}};
     ASSERT_EQ(host.conform(changes), util::Result::Ok);
-    ASSERT_EQ(track.clips.size(), 1u);
-    EXPECT_NEAR(track.clips[0].start, 36020.0, 1e-6) << "without the rule the head stays behind";
-    EXPECT_NEAR(track.clips[0].sourceIn, 0.1, 1e-6);
+    ASSERT_EQ(track.clips().size(), 1u);
+    EXPECT_NEAR(track.clips()[0].start, 36020.0, 1e-6) << "without the rule the head stays behind";
+    EXPECT_NEAR(track.clips()[0].sourceIn, 0.1, 1e-6);
 }
 
 } // namespace
