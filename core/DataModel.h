@@ -59,6 +59,9 @@ public:
     // and healed as the settings say. The one operation that returns its
     // failure: on failure the Change list is empty.
     util::Result::Type generateChangeEdl();
+    // Why the last generateChangeEdl failed and on which event, when the
+    // generator knows; empty (code Ok) after a success.
+    const GenerationFailure& lastGenerationFailure() const { return changeEdlGenerator.lastFailure(); }
     // Re-checks every event against the current rate.
     void revalidateAll();
     // Marks the Old and New events whose names match the active VFX rows.

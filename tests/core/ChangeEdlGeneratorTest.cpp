@@ -1,6 +1,7 @@
 #include "ChangeEdlFixture.h"
 
 #include "core/ChangeEdlGenerator.h"
+#include "core/DataModel.h"
 #include "core/EventList.h"
 #include "util/Result.h"
 
@@ -228,6 +229,81 @@ TEST_F(DissolveTest, TransitionWithoutItsOutgoingLineKeepsItsOwnName)
         EXPECT_EQ(e->getTransitionType(), EventBase::Cut);
 }
 
+TEST_F(DissolveTest, TransitionThatCannotBeSplitFailsAndIsNamedWithItsFileAndLine)
+{
+    // A wipe whose source runs backwards, in the New EDL: its stretch may
+    // not silently drop out of the Change EDL.
+    std::vector<EventPtr> reversed = dissolve();
+    reversed[1]->setTimecodes(test::tc("02:00:05:00"), test::tc("02:00:00:00"), test::tc("10:00:10:00"),
+                              test::tc("10:00:15:00"));
+    reversed[1]->setEdlFile("new.edl");
+    reversed[1]->setEdlText("002  B  V  D 025 02:00:05:00 02:00:00:00 10:00:10:00 10:00:15:00\n* FROM CLIP NAME: b");
+    ASSERT_FALSE(reversed[1]->isFlawless());
+    const EventList oldList = list(EventList::OldKind, dissolve());
+    EventList changes(EventList::ChangeKind);
+    EXPECT_EQ(test::thrownCode([&] { generator.generate(oldList, list(EventList::NewKind, reversed), changes); }),
+              Result::OutOfRange);
+    const GenerationFailure& failure = generator.lastFailure();
+    EXPECT_EQ(failure.code, Result::OutOfRange);
+    EXPECT_EQ(failure.stage, GenerationFailure::Stage::SplitNewTransition);
+    EXPECT_EQ(failure.event.eventNumber, 2);
+    EXPECT_EQ(failure.describe(),
+              "the transition of New EDL event 2 (roll \"B\", file \"new.edl\", line \"002  B  V  D 025 02:00:05:00 "
+              "02:00:00:00 10:00:10:00 10:00:15:00\") cannot be split: SRC OUT 02:00:00:00 lies before SRC IN "
+              "02:00:05:00");
+    EXPECT_EQ(changes.getSize(), 0u);
+
+    // A record timecode that does not exist at the rate, in the Old EDL.
+    std::vector<EventPtr> badFrame = dissolve();
+    badFrame[1]->setTimecodes(test::tc("02:00:00:00"), test::tc("02:00:05:00"), test::tc("10:00:10:30"),
+                              test::tc("10:00:15:00"));
+    EXPECT_EQ(test::thrownCode([&] { generator.generate(list(EventList::OldKind, badFrame), oldList, changes); }),
+              Result::FramesAboveRate);
+    EXPECT_EQ(generator.lastFailure().stage, GenerationFailure::Stage::SplitOldTransition);
+    EXPECT_EQ(generator.lastFailure().reason, "DST IN 10:00:10:30 is not a valid timecode at the project's frame rate");
+
+    // The next run that succeeds leaves no report behind.
+    generator.generate(oldList, oldList, changes);
+    EXPECT_FALSE(generator.lastFailure().isSet());
+    EXPECT_EQ(generator.lastFailure().describe(), "");
+}
+
+TEST_F(DissolveTest, DataModelReturnsTheCodeAndKeepsTheReportOfTheFailedRun)
+{
+    DataModel model;
+    std::vector<EventPtr> reversed = dissolve();
+    reversed[1]->setTimecodes(test::tc("02:00:05:00"), test::tc("02:00:00:00"), test::tc("10:00:10:00"),
+                              test::tc("10:00:15:00"));
+    reversed[1]->setEdlFile("old.edl");
+    for (const EventPtr& e : reversed)
+        model.getOldList().addEvent(e);
+    for (const EventPtr& e : dissolve())
+        model.getNewList().addEvent(e);
+    model.getChangeList().addEvent(event("EARLIER", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00"));
+
+    EXPECT_EQ(model.generateChangeEdl(), Result::OutOfRange);
+    EXPECT_EQ(model.getChangeList().getSize(), 0u);
+    EXPECT_EQ(model.lastGenerationFailure().stage, GenerationFailure::Stage::SplitOldTransition);
+    EXPECT_EQ(model.lastGenerationFailure().event.edlFile, "old.edl");
+}
+
+TEST_F(ChangeEdlGeneratorTest, PlacementPastTheDayIsThrownNamingTheNewAndTheOldEvent)
+{
+    // Old speed 0.495, New 0.5: close enough to match. The shared 495
+    // source frames take 1000 record frames, placed 10 frames into a New
+    // event that ends on the last frame of the day.
+    EventPtr oldSlow = event("A", "01:00:00:05", "01:00:20:00", "10:00:00:00", "10:00:40:00", 7);
+    EventPtr newSlow = event("A", "01:00:00:00", "01:00:20:00", "23:59:19:24", "23:59:59:24", 9);
+    EventList changes(EventList::ChangeKind);
+    EXPECT_EQ(test::thrownCode([&] {
+                  generator.generate(list(EventList::OldKind, {oldSlow}), list(EventList::NewKind, {newSlow}), changes);
+              }),
+              Result::OutOfRange);
+    EXPECT_EQ(generator.lastFailure().stage, GenerationFailure::Stage::Match);
+    EXPECT_EQ(generator.lastFailure().event.eventNumber, 9);
+    EXPECT_EQ(generator.lastFailure().oldEvent.eventNumber, 7);
+}
+
 TEST_F(ChangeEdlGeneratorTest, NothingMatchesWithoutAKeyInTheOldEdl)
 {
     EXPECT_EQ(generate({event("A", "01:00:00:00", "01:00:10:00", "10:00:00:00", "10:00:10:00")},
@@ -310,24 +386,6 @@ TEST_F(ChangeEdlGeneratorTest, ConfigureTakesOnlyActiveFilledRowsAndRefusesBadCh
     }
     // An inactive row is not checked at all.
     EXPECT_NO_THROW(generator.configure(MatchName::ClipName, {VfxPatternEntry("SH/", "", false)}));
-}
-
-TEST_F(ChangeEdlGeneratorTest, ArithmeticPastTheEndOfTheDayIsThrown)
-{
-    // Old speed 0.495, New 0.5: close enough to match. The shared 495
-    // source frames take 1000 record frames, placed 10 frames into a New
-    // event that ends on the last frame of the day.
-    EventPtr oldSlow = event("A", "01:00:00:05", "01:00:20:00", "10:00:00:00", "10:00:40:00");
-    EventPtr newSlow = event("A", "01:00:00:00", "01:00:20:00", "23:59:19:24", "23:59:59:24");
-    const EventList oldList = list(EventList::OldKind, {oldSlow});
-    const EventList newList = list(EventList::NewKind, {newSlow});
-    EventList changes(EventList::ChangeKind);
-    try {
-        generator.generate(oldList, newList, changes);
-        FAIL() << "no failure";
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::OutOfRange);
-    }
 }
 
 } // namespace
