@@ -547,7 +547,9 @@ void Project::writeMarker(Kelmar::IProjectEdit& edit, Track* track, const std::s
     auto context = editContext(trackObject.get());
 
     Kelmar::IPtr<Kelmar::IProjectObject> marker;
-    if (end - start <= shortestLength) {
+    // Absolute times near a day carry rounding in their last digits: a
+    // length within one sample of 0.01 s is 0.01 s.
+    if (end - start <= shortestLength + core::positionTolerance) {
         marker = queryRequired<Kelmar::IProjectObject>(getService<Kelmar::IPointMarker>(services).get());
         check(marker->setStart(context.get(), start - projectStart, 0));
     } else {
@@ -709,7 +711,7 @@ void Project::fillVirginTerritories(Kelmar::IProjectEdit& edit, core::CutList& c
                 if (!a || !b || !a->getTrack().sameTrack(b->getTrack()))
                     continue;
                 // Exactly 0.01 s is no gap worth a bridge.
-                if (b->getDstStart() - a->getDstEnd() > shortestLength) {
+                if (b->getDstStart() - a->getDstEnd() > shortestLength + core::positionTolerance) {
                     trackOf(*a).bridgeGap(edit, a->getDstEnd() + offset, b->getDstStart() + offset);
                     ++gaps;
                 }

@@ -477,9 +477,22 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
 
         // The value at the gap's start is held to its end: the first point
         // ends its segment, so nothing between the two points is drawn.
+        // Points at one time stand for a step: the first is the value from
+        // the left, the last the value to the right. The gap starts with the
+        // one and ends with the other.
+        constexpr double tolerance = Project::positionTolerance;
+        auto atStart = std::make_pair(data.points.lower_bound(start - tolerance), data.points.upper_bound(start + tolerance));
+        auto atEnd = std::make_pair(data.points.lower_bound(end - tolerance), data.points.upper_bound(end + tolerance));
+
         Kelmar::IPtr<Kelmar::IAutomationPoint> first, second;
         double firstValue = 0.0, secondValue = 0.0;
-        if (data.curve.valueAt(start, firstValue)) {
+        const bool hasFirst = data.curve.valueAt(start, firstValue);
+        if (hasFirst && atStart.first != atStart.second)
+            firstValue = atStart.first->second->getValue();
+        const bool hasSecond = data.curve.valueAt(end, secondValue);
+        if (hasSecond && atEnd.first != atEnd.second)
+            secondValue = std::prev(atEnd.second)->second->getValue();
+        if (hasFirst) {
             auto curvePoint = getService<Kelmar::IAutomationCurvePoint>(project->getServices());
             first = queryRequired<Kelmar::IAutomationPoint>(curvePoint.get());
             auto pointObject = queryRequired<Kelmar::IProjectObject>(curvePoint.get());
@@ -487,14 +500,19 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
             check(curvePoint->setSegmentEnd(context.get(), true, 0));
             check(pointObject->setStart(context.get(), start - offset, 0));
         }
-        if (data.curve.valueAt(end, secondValue)) {
+        if (hasSecond) {
             second = getService<Kelmar::IAutomationPoint>(project->getServices());
             auto pointObject = queryRequired<Kelmar::IProjectObject>(second.get());
             check(second->setValue(context.get(), static_cast<float>(secondValue), 0));
             check(pointObject->setStart(context.get(), end - offset, 0));
         }
 
-        for (auto it = data.points.upper_bound(start); it != data.points.end() && it->first < end;) {
+        // Everything between the left value at the start and the right value
+        // at the end goes.
+        auto from = atStart.first == atStart.second ? atStart.second : std::next(atStart.first);
+        auto to = atEnd.first == atEnd.second ? atEnd.first : std::prev(atEnd.second);
+        const bool sameTime = std::distance(data.points.begin(), from) > std::distance(data.points.begin(), to);
+        for (auto it = from; !sameTime && it != to;) {
             auto pointObject = queryRequired<Kelmar::IProjectObject>(it->second.get());
             check(edit.removeObject(context.get(), pointObject.get()));
             data.curve.values.erase(it->first);
