@@ -4,17 +4,25 @@
 #include "kelmar/String.h"
 #include "sim/Base64.h"
 #include "sim/SimMediaPool.h"
+#include "sim/SimHost.h"
+#include "sim/SimProjectManager.h"
 #include "sim/SimStorage.h"
+#include "platform/FileReader.h"
+#include "platform/SafeFileWriter.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
+#include <limits>
+#include <optional>
 #include <set>
-#include <sstream>
 #include <system_error>
+#include <vector>
 
 namespace montala::sim {
 
@@ -24,6 +32,13 @@ using Kelmar::IPtr;
 namespace {
 
 constexpr const char* formatName = "montala-session";
+
+// Folders inside folders are read recursively; far below what a stack
+// holds, far above what a session needs.
+constexpr int maxFolderDepth = 64;
+// Any JSON nested deeper is refused while it is parsed, before a deep tree
+// exists at all.
+constexpr std::size_t maxJsonDepth = 256;
 
 // ---- Reading
 
@@ -96,7 +111,11 @@ std::string textOf(const Json& value, const std::string& place)
 {
     if (!value.is_string())
         throw Failure{place, "must be text"};
-    return value.get<std::string>();
+    const std::string& text = value.get_ref<const std::string&>();
+    // The host's 8-bit texts end at a NUL: the rest would be lost unseen.
+    if (text.find('\0') != std::string::npos)
+        throw Failure{place, "holds a NUL character (\\u0000), which a text of the host cannot hold"};
+    return text;
 }
 
 bool flagOf(const Json& value, const std::string& place)
@@ -181,7 +200,7 @@ public:
         if (const Json* value = fields.find("tracks")) {
             const Json& list = arrayOf(*value, fields.at("tracks"));
             for (std::size_t i = 0; i < list.size(); ++i)
-                result->appendChild(track(list[i], fields.at("tracks") + "/" + std::to_string(i)));
+                result->appendChild(track(list[i], fields.at("tracks") + "/" + std::to_string(i), 0));
         }
         fields.finish();
         return result;
@@ -270,7 +289,7 @@ private:
             } else if (item.is_number_float()) {
                 attribute.setFloat(numberOf(item, here));
             } else if (item.is_string()) {
-                attribute.setString8(item.get_ref<const std::string&>().c_str(), true);
+                attribute.setString8(textOf(item, here).c_str(), true);
             } else if (item.is_object() && item.size() == 1 && item.contains("text16")) {
                 wide = Kelmar::String::utf8ToUtf16(textOf(item["text16"], here + "/text16"));
                 attribute.setString16(wide.c_str(), true);
@@ -330,7 +349,8 @@ private:
         throw Failure{place, quote(kind) + " is no track kind (audio, video, marker, folder, ruler)"};
     }
 
-    IPtr<SimObject> track(const Json& value, const std::string& place)
+    // `depth` counts the folders around the track.
+    IPtr<SimObject> track(const Json& value, const std::string& place, int depth)
     {
         ObjectReader fields(value, place);
         const ObjectKind kind = trackKind(textOf(fields.need("kind"), fields.at("kind")), fields.at("kind"));
@@ -347,10 +367,12 @@ private:
             attributes(*attributeList, fields.at("attributes"), *result);
 
         if (kind == ObjectKind::Folder) {
+            if (depth >= maxFolderDepth)
+                throw Failure{place, "folders are nested more than " + std::to_string(maxFolderDepth) + " deep"};
             if (const Json* tracks = fields.find("tracks")) {
                 const Json& list = arrayOf(*tracks, fields.at("tracks"));
                 for (std::size_t i = 0; i < list.size(); ++i)
-                    result->appendChild(track(list[i], fields.at("tracks") + "/" + std::to_string(i)));
+                    result->appendChild(track(list[i], fields.at("tracks") + "/" + std::to_string(i), depth + 1));
             }
         } else if (kind != ObjectKind::RulerTrack) {
             if (const Json* events = fields.find("events")) {
@@ -502,6 +524,319 @@ std::string lineAndColumn(std::string_view text, std::size_t position)
         }
     }
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+// ---- Parsing
+//
+// The text is parsed with a SAX handler of our own rather than Json::parse,
+// so that what the library would take silently or report without a place is
+// refused with one: numbers out of range (1e400, 18446744073709551615), a
+// number that underflows to 0, a key given twice, a NUL in a key, and
+// nesting too deep to be read safely.
+
+// A character iterator that notes how far the parser has read, so that a
+// handler knows the line it is at.
+class CountingIterator {
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    CountingIterator(const char* at, const char** furthest) : at(at), furthest(furthest) {}
+    reference operator*() const { return *at; }
+    CountingIterator& operator++()
+    {
+        ++at;
+        if (at > *furthest)
+            *furthest = at;
+        return *this;
+    }
+    CountingIterator operator++(int)
+    {
+        CountingIterator before = *this;
+        ++*this;
+        return before;
+    }
+    bool operator==(const CountingIterator& other) const { return at == other.at; }
+    bool operator!=(const CountingIterator& other) const { return at != other.at; }
+
+private:
+    const char* at;
+    const char** furthest;
+};
+
+// Where the parser is, as a JSON pointer.
+class PlaceTracker {
+public:
+    // The place of the value that starts now.
+    std::string next() const
+    {
+        if (levels.empty())
+            return "";
+        const Level& top = levels.back();
+        return top.place + "/" + (top.isObject ? escapeKey(top.key) : std::to_string(top.count));
+    }
+    std::size_t depth() const { return levels.size(); }
+    void enter(bool isObject) { levels.push_back({next(), isObject, {}, 0}); }
+    void leave()
+    {
+        levels.pop_back();
+        done();
+    }
+    void key(const std::string& name) { levels.back().key = name; }
+    // A value of the innermost list is complete.
+    void done()
+    {
+        if (!levels.empty() && !levels.back().isObject)
+            ++levels.back().count;
+    }
+
+private:
+    struct Level {
+        std::string place;
+        bool isObject;
+        std::string key;
+        std::size_t count;
+    };
+    std::vector<Level> levels;
+};
+
+// A parse error of the text itself, or a value refused while parsing.
+struct ParseFailure {
+    std::size_t position = 0; // bytes read when it was found
+    std::string place;        // JSON pointer, empty for a syntax error
+    std::string message;
+};
+
+bool isIntegerLiteral(const std::string& raw)
+{
+    return raw.find_first_of(".eE") == std::string::npos;
+}
+
+// True if a number literal's digits before any exponent are all zero.
+bool hasZeroMantissa(const std::string& raw)
+{
+    for (char c : raw) {
+        if (c == 'e' || c == 'E')
+            break;
+        if (c >= '1' && c <= '9')
+            return false;
+    }
+    return true;
+}
+
+// Builds the document, refusing what would be altered or lost.
+class DocumentBuilder : public nlohmann::json_sax<Json> {
+public:
+    explicit DocumentBuilder(const char* const& furthest, const char* begin) : furthest(furthest), begin(begin) {}
+
+    Json root;
+    std::optional<ParseFailure> failure;
+
+    bool null() override { return put(Json(nullptr)); }
+    bool boolean(bool value) override { return put(value); }
+    bool number_integer(number_integer_t value) override { return put(value); }
+    bool number_unsigned(number_unsigned_t value) override
+    {
+        if (value > static_cast<number_unsigned_t>(std::numeric_limits<std::int64_t>::max()))
+            return refuse(std::to_string(value) + " is out of range (whole numbers go up to 9223372036854775807)");
+        return put(static_cast<number_integer_t>(value));
+    }
+    bool number_float(number_float_t value, const string_t& raw) override
+    {
+        // The library falls back to a double for whole numbers past 64 bits.
+        if (isIntegerLiteral(raw))
+            return refuse(raw + " is out of range (whole numbers go up to 9223372036854775807)");
+        if (value == 0.0 && !hasZeroMantissa(raw))
+            return refuse(raw + " is too small to be held; it would be read as 0");
+        return put(value);
+    }
+    bool string(string_t& value) override { return put(std::move(value)); }
+    bool binary(binary_t&) override { return refuse("binary values are not JSON text"); }
+    bool start_object(std::size_t) override { return open(Json::object()); }
+    bool key(string_t& name) override
+    {
+        Json& object = *stack.back();
+        if (name.find('\0') != std::string::npos) {
+            std::string shown;
+            for (char c : name)
+                shown += c == '\0' ? std::string("\\u0000") : std::string(1, c);
+            places.key(shown);
+            return refuse("a field name holds a NUL character (\\u0000)");
+        }
+        places.key(name);
+        // The library would keep the last one and drop the first unseen.
+        if (object.contains(name))
+            return refuse("is given twice in one object");
+        pendingKey = name;
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override { return open(Json::array()); }
+    bool end_array() override { return close(); }
+    bool parse_error(std::size_t position, const std::string&, const nlohmann::json::exception& error) override
+    {
+        if (error.id == 406) {
+            // A number past the range of a double: "number overflow parsing '1e400'".
+            std::string what = error.what();
+            const auto quoteAt = what.find('\'');
+            const std::string literal =
+                quoteAt == std::string::npos ? "the number" : what.substr(quoteAt + 1, what.size() - quoteAt - 2);
+            failure = ParseFailure{position, places.next(), literal + " is out of range"};
+            return false;
+        }
+        // The library's message starts with its own prefix; the part after
+        // the last colon says what is wrong.
+        std::string what = error.what();
+        const auto colon = what.rfind(": ");
+        if (colon != std::string::npos)
+            what = what.substr(colon + 2);
+        failure = ParseFailure{position, "", "not JSON: " + what};
+        return false;
+    }
+
+private:
+    bool refuse(std::string message)
+    {
+        failure = ParseFailure{static_cast<std::size_t>(furthest - begin), places.next(), std::move(message)};
+        return false;
+    }
+
+    Json* place(Json&& value)
+    {
+        Json* placed = nullptr;
+        if (stack.empty()) {
+            root = std::move(value);
+            placed = &root;
+        } else if (stack.back()->is_object()) {
+            placed = &((*stack.back())[pendingKey] = std::move(value));
+        } else {
+            stack.back()->push_back(std::move(value));
+            placed = &stack.back()->back();
+        }
+        return placed;
+    }
+    bool put(Json value)
+    {
+        place(std::move(value));
+        places.done();
+        return true;
+    }
+    bool open(Json&& container)
+    {
+        if (places.depth() >= maxJsonDepth) {
+            failure = ParseFailure{static_cast<std::size_t>(furthest - begin), places.next(),
+                                   "is nested more than " + std::to_string(maxJsonDepth) + " levels deep"};
+            return false;
+        }
+        const bool isObject = container.is_object();
+        stack.push_back(place(std::move(container)));
+        places.enter(isObject);
+        return true;
+    }
+    bool close()
+    {
+        stack.pop_back();
+        places.leave();
+        return true;
+    }
+    const char* const& furthest;
+    const char* begin;
+    PlaceTracker places;
+    std::vector<Json*> stack; // the open objects and lists, innermost last
+    std::string pendingKey;
+};
+
+// Finds the line of the value at a JSON pointer in text that is known to
+// parse, for the messages of the checks that follow parsing.
+class Locator : public nlohmann::json_sax<Json> {
+public:
+    Locator(std::string wanted, const char* const& furthest, const char* begin)
+        : wanted(std::move(wanted)), furthest(furthest), begin(begin)
+    {
+    }
+
+    std::optional<std::size_t> position;
+
+    bool null() override { return value(); }
+    bool boolean(bool) override { return value(); }
+    bool number_integer(number_integer_t) override { return value(); }
+    bool number_unsigned(number_unsigned_t) override { return value(); }
+    bool number_float(number_float_t, const string_t&) override { return value(); }
+    bool string(string_t&) override { return value(); }
+    bool binary(binary_t&) override { return value(); }
+    bool start_object(std::size_t) override { return open(true); }
+    bool key(string_t& name) override
+    {
+        places.key(name);
+        return true;
+    }
+    bool end_object() override
+    {
+        places.leave();
+        return true;
+    }
+    bool start_array(std::size_t) override { return open(false); }
+    bool end_array() override
+    {
+        places.leave();
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception&) override { return false; }
+
+private:
+    bool found()
+    {
+        if (places.next() != wanted)
+            return false;
+        position = static_cast<std::size_t>(furthest - begin);
+        return true;
+    }
+    bool value()
+    {
+        if (found())
+            return false;
+        places.done();
+        return true;
+    }
+    bool open(bool isObject)
+    {
+        if (found())
+            return false;
+        places.enter(isObject);
+        return true;
+    }
+
+    std::string wanted;
+    const char* const& furthest;
+    const char* begin;
+    PlaceTracker places;
+};
+
+// The line of a value in the text, counted from 1; the byte position is
+// where the parser had read to, one past the value's last character (or
+// past the character after a number, which the parser looks at to end it).
+int lineAt(std::string_view text, std::size_t position)
+{
+    const std::size_t end = std::min(position > 0 ? position - 1 : 0, text.size());
+    return 1 + static_cast<int>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+}
+
+std::optional<int> lineOf(std::string_view text, const std::string& place)
+{
+    const char* begin = text.data();
+    const char* furthest = begin;
+    Locator locator(place, furthest, begin);
+    try {
+        Json::sax_parse(CountingIterator(begin, &furthest), CountingIterator(begin + text.size(), &furthest), &locator);
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt;
+    }
+    if (!locator.position)
+        return std::nullopt;
+    return lineAt(text, *locator.position);
 }
 
 // ---- Writing
@@ -732,44 +1067,59 @@ void print(const Json& value, int indent, std::string& out)
 IPtr<SimProject> SessionFile::read(SimHost& host, std::string_view text, const std::string& origin,
                                    std::string& error)
 {
-    Json root;
+    const char* begin = text.data();
+    const char* furthest = begin;
+    DocumentBuilder builder(furthest, begin);
+    bool parsed = false;
     try {
-        root = Json::parse(text.begin(), text.end());
-    } catch (const nlohmann::json::parse_error& e) {
-        // The library's message starts with its own prefix; the part after
-        // the last colon says what is wrong.
-        std::string what = e.what();
-        const auto colon = what.rfind(": ");
-        if (colon != std::string::npos)
-            what = what.substr(colon + 2);
-        error = origin + ": " + lineAndColumn(text, e.byte > 0 ? e.byte - 1 : 0) + ": not JSON: " + what;
+        parsed = Json::sax_parse(CountingIterator(begin, &furthest), CountingIterator(begin + text.size(), &furthest),
+                                 &builder);
+    } catch (const nlohmann::json::exception& e) {
+        builder.failure = ParseFailure{static_cast<std::size_t>(furthest - begin), "", std::string("not JSON: ") + e.what()};
+    } catch (const std::bad_alloc&) {
+        builder.failure = ParseFailure{static_cast<std::size_t>(furthest - begin), "", "too large to be read"};
+    }
+    if (!parsed || builder.failure) {
+        const ParseFailure failure =
+            builder.failure.value_or(ParseFailure{static_cast<std::size_t>(furthest - begin), "", "not JSON"});
+        if (failure.place.empty()) {
+            // A syntax error: the place is the line and column, there is no
+            // JSON pointer yet.
+            error = origin + ": " + lineAndColumn(text, failure.position > 0 ? failure.position - 1 : 0) + ": "
+                    + failure.message;
+        } else {
+            error = origin + ": line " + std::to_string(lineAt(text, failure.position)) + ": " + failure.place + ": "
+                    + failure.message;
+        }
         return nullptr;
     }
+
     std::string name = std::filesystem::path(origin).stem().string();
+    std::string place = "/";
+    std::string message;
     try {
-        return Reader(host).project(root, name);
+        return Reader(host).project(builder.root, name);
     } catch (const Failure& failure) {
-        error = origin + ": " + (failure.place.empty() ? "/" : failure.place) + ": " + failure.message;
+        place = failure.place.empty() ? "/" : failure.place;
+        message = failure.message;
     } catch (const nlohmann::json::exception& e) {
-        error = origin + ": " + e.what();
+        // No check should let one through; if one does, it still names the file.
+        message = e.what();
     }
+    const std::optional<int> line = lineOf(text, place == "/" ? "" : place);
+    error = origin + ": " + (line ? "line " + std::to_string(*line) + ": " : "") + place + ": " + message;
     return nullptr;
 }
 
 IPtr<SimProject> SessionFile::load(SimHost& host, const std::string& path, std::string& error)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        error = path + ": cannot be opened";
+    std::string content;
+    const platform::FileReader::Outcome outcome = platform::FileReader::read(path, content);
+    if (!outcome.ok) {
+        error = outcome.message(path);
         return nullptr;
     }
-    std::ostringstream content;
-    content << file.rdbuf();
-    if (file.bad()) {
-        error = path + ": cannot be read";
-        return nullptr;
-    }
-    IPtr<SimProject> project = read(host, content.str(), path, error);
+    IPtr<SimProject> project = read(host, content, path, error);
     if (project)
         project->setDocumentPath(Kelmar::String::utf8ToUtf16(path));
     return project;
@@ -785,32 +1135,18 @@ std::string SessionFile::write(SimProject& project)
 
 bool SessionFile::save(SimProject& project, const std::string& path, std::string& error)
 {
-    const std::string text = write(project);
-    const std::filesystem::path target(path);
-    std::filesystem::path temporary = target;
-    temporary += ".saving";
-    {
-        std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-        if (!file) {
-            error = temporary.string() + ": cannot be created";
-            return false;
-        }
-        file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        file.flush();
-        if (!file) {
-            error = temporary.string() + ": cannot be written";
-            file.close();
-            std::error_code ignored;
-            std::filesystem::remove(temporary, ignored);
-            return false;
+    // As the host does before it writes a project: its storage notifications
+    // hear of it first, so that what a plug-in stores then is in the file.
+    SimProjectManager& manager = project.host().projectManager();
+    for (const auto& open : manager.openProjects()) {
+        if (open.get() == &project) {
+            manager.saveProject(&project);
+            break;
         }
     }
-    std::error_code failure;
-    std::filesystem::rename(temporary, target, failure);
-    if (failure) {
-        error = path + ": cannot be replaced: " + failure.message();
-        std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
+    const platform::SafeFileWriter::Outcome outcome = platform::SafeFileWriter::write(path, write(project));
+    if (!outcome.ok()) {
+        error = outcome.message();
         return false;
     }
     return true;

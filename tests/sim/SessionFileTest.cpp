@@ -1,7 +1,9 @@
+#include "Recorder.h"
 #include "SimFixture.h"
 
 #include "sim/SimMediaPool.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -78,7 +80,7 @@ TEST_F(SessionFileTest, DropFrameTimecodeSkipsTheDroppedLabels)
 
     const std::string error = errorOf(R"({"format": "montala-session", "version": 1,
       "frameRate": {"fps": 30, "pullDown": true, "dropFrame": true}, "start": "01:00:00;00", "end": "01:01:00;01"})");
-    EXPECT_EQ(error, "film.json: /end: \"01:01:00;01\" is no timecode at 29.97 fps drop frame");
+    EXPECT_EQ(error, "film.json: line 2: /end: \"01:01:00;01\" is no timecode at 29.97 fps drop frame");
 }
 
 TEST_F(SessionFileTest, ErrorsNameThePlaceInTheFile)
@@ -87,34 +89,34 @@ TEST_F(SessionFileTest, ErrorsNameThePlaceInTheFile)
               "film.json: line 3, column 16: not JSON: syntax error while parsing object key - unexpected ','; "
               "expected string literal");
     EXPECT_EQ(errorOf(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25}, "end": 10})"),
-              "film.json: /: \"start\" is missing");
+              "film.json: line 1: /: \"start\" is missing");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "events": [
                 {"kind": "audio", "start": "01:00:05:00", "end": "01:00:04:00", "file": "a.wav"}]})")),
-              "film.json: /tracks/0/events/0: the event ends before it starts");
+              "film.json: line 5: /tracks/0/events/0: the event ends before it starts");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "midi"})")),
-              "film.json: /tracks/0/kind: \"midi\" is no track kind (audio, video, marker, folder, ruler)");
+              "film.json: line 4: /tracks/0/kind: \"midi\" is no track kind (audio, video, marker, folder, ruler)");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "folder", "tracks": [{"kind": "video", "events": [
                 {"kind": "video", "start": 0, "end": 5, "clip": 2}]}]})")),
-              "film.json: /tracks/0/tracks/0/events/0/clip: clip 2 is not in the media pool");
+              "film.json: line 5: /tracks/0/tracks/0/events/0/clip: clip 2 is not in the media pool");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "marker", "events": [{"kind": "audio", "start": 1, "end": 2, "file": "x"}]})")),
-              "film.json: /tracks/0/events/0/kind: a marker track cannot hold an event of kind \"audio\"");
+              "film.json: line 4: /tracks/0/events/0/kind: a marker track cannot hold an event of kind \"audio\"");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "nmae": "DX"})")),
-              "film.json: /tracks/0/nmae: is not a known field");
+              "film.json: line 4: /tracks/0/nmae: is not a known field");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "automation": [{"curveType": 1, "points": [
                 {"time": 5, "value": 1}, {"time": 4, "value": 0}]}]})")),
-              "film.json: /tracks/0/automation/0/points/1: the points are not in time order");
+              "film.json: line 5: /tracks/0/automation/0/points/1: the points are not in time order");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "events": [{"kind": "part", "start": 0, "end": 2, "events": [
                 {"kind": "audio", "start": 1, "end": 3, "file": "x.wav"}]}]})")),
-              "film.json: /tracks/0/events/0/events/0: the event lies outside its part");
+              "film.json: line 5: /tracks/0/events/0/events/0: the event lies outside its part");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "events": [{"kind": "audio", "start": "00:59:59:24", "end": 2, "file": "x"}]})")),
-              "film.json: /tracks/0/events/0/start: lies before the project start");
+              "film.json: line 4: /tracks/0/events/0/start: lies before the project start");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"Mont": {"storage": {"MontData": "abc"}}}})")),
-              "film.json: /tracks/0/attributes/Mont/storage/MontData: is not base64");
+              "film.json: line 4: /tracks/0/attributes/Mont/storage/MontData: is not base64");
     EXPECT_EQ(errorOf(R"({"format": "montala-session", "version": 2})"),
-              "film.json: /version: version 2 is not known; this reader knows version 1");
+              "film.json: line 1: /version: version 2 is not known; this reader knows version 1");
 }
 
-TEST_F(SessionFileTest, SavingSwapsTheNewFileInAndAFailedSaveLeavesTheOldOne)
+TEST_F(SessionFileTest, SavingIsSafeAndAFailedSaveLeavesTheOldFile)
 {
     auto project = open(smallSession());
     const fs::path path = folder / "film.json";
@@ -124,26 +126,128 @@ TEST_F(SessionFileTest, SavingSwapsTheNewFileInAndAFailedSaveLeavesTheOldOne)
     ASSERT_TRUE(loaded) << error;
     EXPECT_EQ(saved(*loaded), saved(*project));
     EXPECT_EQ(loaded->documentPath(), u16(path.string()));
+    const std::string before = saved(*loaded);
 
-    // The temporary cannot be made (a folder is in its way): the save fails
-    // and the file keeps what it had.
+    // A read-only file is refused with a message naming it, and kept.
     project->findTrack(u"DX")->setName(nullptr, u"changed", 0);
-    fs::create_directory(folder / "film.json.saving");
+    fs::permissions(path, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
     EXPECT_FALSE(SessionFile::save(*project, path.string(), error));
-    EXPECT_NE(error.find("film.json.saving: cannot be created"), std::string::npos) << error;
+    EXPECT_EQ(path.string() + ": is read-only (mode 444); it is left as it is", error);
     std::ifstream file(path);
     std::stringstream content;
     content << file.rdbuf();
-    EXPECT_EQ(content.str(), saved(*loaded));
+    EXPECT_EQ(content.str(), before);
 
-    // A target that cannot be replaced (a folder) fails after writing, and
-    // the temporary is taken away again.
-    fs::remove(folder / "film.json.saving");
-    fs::create_directory(folder / "taken.json");
-    fs::create_directory(folder / "taken.json" / "inside");
+    // A link is saved through, and a folder in the way is refused; no
+    // temporary file is left in either case.
+    fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
+    fs::create_symlink(path, folder / "link.json");
+    ASSERT_TRUE(SessionFile::save(*project, (folder / "link.json").string(), error)) << error;
+    EXPECT_TRUE(fs::is_symlink(folder / "link.json"));
+    EXPECT_NE(std::string::npos, saved(*SessionFile::load(*host, path.string(), error)).find("\"changed\""));
+    fs::create_directories(folder / "taken.json" / "inside");
     EXPECT_FALSE(SessionFile::save(*project, (folder / "taken.json").string(), error));
-    EXPECT_NE(error.find("taken.json: cannot be replaced"), std::string::npos) << error;
-    EXPECT_FALSE(fs::exists(folder / "taken.json.saving"));
+    EXPECT_NE(error.find("taken.json: is a folder"), std::string::npos) << error;
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ((std::vector<std::string>{"film.json", "link.json", "taken.json"}), names);
+
+    // Reading says why a file cannot be read.
+    EXPECT_FALSE(SessionFile::load(*host, (folder / "gone.json").string(), error));
+    EXPECT_EQ((folder / "gone.json").string() + ": does not exist", error);
+    EXPECT_FALSE(SessionFile::load(*host, (folder / "taken.json").string(), error));
+    EXPECT_EQ((folder / "taken.json").string() + ": is a folder, not a file", error);
+}
+
+TEST_F(SessionFileTest, SavingAnOpenProjectTellsItsStorageNotificationsFirst)
+{
+    auto project = open(smallSession());
+    auto recorder = Kelmar::owned(new Recorder);
+    project->addStorageNotification(recorder.get());
+    // What a plug-in stores while the project is saved must be in the file.
+    recorder->onSaving = [](Kelmar::IProject* saving) {
+        Kelmar::FVariant checksum;
+        checksum.setInt(1234);
+        dynamic_cast<SimProject*>(saving)->setAttribute("Mnts", checksum, 0);
+    };
+    const fs::path path = folder / "film.json";
+    std::string error;
+    ASSERT_TRUE(SessionFile::save(*project, path.string(), error)) << error;
+    EXPECT_EQ(std::vector<std::string>{"saving Small"}, recorder->heard);
+    auto loaded = SessionFile::load(*host, path.string(), error);
+    ASSERT_TRUE(loaded) << error;
+    EXPECT_NE(std::string::npos, saved(*loaded).find("\"attributes\": {\"Mnts\": 1234}")) << saved(*loaded);
+    project->removeStorageNotification(recorder.get());
+
+    // A project that is not open has nobody to tell.
+    auto closed = SessionFile::read(*host, smallSession(), "closed.json", error);
+    closed->addStorageNotification(recorder.get());
+    ASSERT_TRUE(SessionFile::save(*closed, (folder / "closed.json").string(), error)) << error;
+    EXPECT_EQ(1u, recorder->heard.size());
+    closed->removeStorageNotification(recorder.get());
+}
+
+TEST_F(SessionFileTest, ValuesTheReaderCannotKeepExactlyAreRefusedWithFileLineAndPlace)
+{
+    const auto withEnd = [](const std::string& end) {
+        return "{\"format\": \"montala-session\", \"version\": 1, \"frameRate\": {\"fps\": 25},\n"
+               "\"start\": 0,\n\"end\": " + end + "}";
+    };
+    EXPECT_EQ(errorOf(withEnd("1e400")), "film.json: line 3: /end: 1e400 is out of range");
+    EXPECT_EQ(errorOf(withEnd("-1e400")), "film.json: line 3: /end: -1e400 is out of range");
+    EXPECT_EQ(errorOf(withEnd("1e-400")), "film.json: line 3: /end: 1e-400 is too small to be held; it would be read as 0");
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"n": 18446744073709551615}})")),
+              "film.json: line 4: /tracks/0/attributes/n: 18446744073709551615 is out of range (whole numbers go up to "
+              "9223372036854775807)");
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"n": -99999999999999999999}})")),
+              "film.json: line 4: /tracks/0/attributes/n: -99999999999999999999 is out of range (whole numbers go up "
+              "to 9223372036854775807)");
+    // 0e5 and 0.0 are zero as written.
+    EXPECT_TRUE(open(minimal(R"({"kind": "audio", "attributes": {"a": 0e5, "b": -0.0}})")));
+
+    // A NUL would cut a host text short.
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "name": "D\u0000X"})")),
+              "film.json: line 4: /tracks/0/name: holds a NUL character (\\u0000), which a text of the host cannot "
+              "hold");
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"s": "a\u0000b"}})")),
+              "film.json: line 4: /tracks/0/attributes/s: holds a NUL character (\\u0000), which a text of the host "
+              "cannot hold");
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"a\u0000b": 1}})")),
+              "film.json: line 4: /tracks/0/attributes/a\\u0000b: a field name holds a NUL character (\\u0000)");
+    // Of a key given twice the library would keep only the last.
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "name": "A", "name": "B"})")),
+              "film.json: line 4: /tracks/0/name: is given twice in one object");
+}
+
+TEST_F(SessionFileTest, DeepNestingIsRefusedWithAMessageNotACrash)
+{
+    // Folders within folders, n deep, an audio track at the bottom.
+    const auto nested = [](int n) {
+        std::string tracks = R"({"kind": "audio"})";
+        for (int i = 0; i < n; ++i)
+            tracks = R"({"kind": "folder", "tracks": [)" + tracks + "]}";
+        return tracks;
+    };
+    auto project = open(minimal(nested(64)));
+    ASSERT_TRUE(project);
+    EXPECT_EQ(65u, project->allTracks().size());
+    const std::string again = saved(*project);
+    std::string error;
+    EXPECT_TRUE(SessionFile::read(*host, again, "again.json", error)) << error;
+
+    std::string deepest = "/tracks/0";
+    for (int i = 0; i < 64; ++i)
+        deepest += "/tracks/0";
+    EXPECT_EQ(errorOf(minimal(nested(65))),
+              "film.json: line 4: " + deepest + ": folders are nested more than 64 deep");
+    // Deep enough to overflow the stack of a recursive reader.
+    const std::string tooDeep = errorOf(minimal(nested(8000)));
+    EXPECT_EQ(0u, tooDeep.rfind("film.json: line 4: /tracks/0/tracks/0/", 0)) << tooDeep.substr(0, 200);
+    EXPECT_NE(std::string::npos, tooDeep.find(": is nested more than 256 levels deep"));
+    EXPECT_NE(std::string::npos, errorOf(std::string(100000, '[') + std::string(100000, ']'))
+                                     .find("film.json: line 1: /0/0/0/0"));
 }
 
 TEST_F(SessionFileTest, TheSampleSessionsLoadAndFitTheirPictureCuts)
