@@ -43,26 +43,27 @@ struct AutomationPoint {
     double value = 0.0;
 };
 
-// Finds, among times in ascending order, the first one after a position,
-// in about constant time. A grid of equal cells over the span remembers
-// where each cell's times begin, so a lookup reads two grid entries and the
-// few times of a cell or two. A binary search over a long track would miss
-// the cache on most of its steps when the positions come in random order,
-// and the conform benchmark would measure this double instead of the driver.
+// Finds, among items in ascending order of a time, the first one after a
+// position, in about constant time. A grid of equal cells over the span
+// remembers where each cell's items begin, so a lookup reads two grid
+// entries and the few items of a cell or two. A binary search over a long
+// track would miss the cache on most of its steps when the positions come in
+// random order, and the conform benchmark would measure this double instead
+// of the driver.
 //
-//   times   |  a b   |    c   | d e f  |        |   g
+//   items   |  a b   |    c   | d e f  |        |   g
 //   cells   0        1        2        3        4
 class TimeGrid {
 public:
-    void build(std::vector<double> ascending)
+    template <typename Item>
+    void build(const std::vector<Item>& items, double Item::*time)
     {
-        times = std::move(ascending);
         cellStarts.clear();
-        if (times.empty())
+        if (items.empty())
             return;
-        origin = times.front();
-        size_t cells = times.size();
-        width = (times.back() - origin) / static_cast<double>(cells);
+        origin = items.front().*time;
+        size_t cells = items.size();
+        width = (items.back().*time - origin) / static_cast<double>(cells);
         // Cells too narrow for the numbers around them: one cell, and the
         // lookup becomes a plain binary search.
         if (!(width > 1e-6)) {
@@ -70,36 +71,38 @@ public:
             width = 1.0;
         }
         cellStarts.resize(cells + 1);
-        for (size_t cell = 0; cell < cells; ++cell)
-            cellStarts[cell] = static_cast<size_t>(
-                std::lower_bound(times.begin(), times.end(), origin + static_cast<double>(cell) * width) -
-                times.begin());
-        cellStarts[cells] = times.size();
+        size_t item = 0;
+        for (size_t cell = 0; cell < cells; ++cell) {
+            const double cellStart = origin + static_cast<double>(cell) * width;
+            while (item < items.size() && items[item].*time < cellStart)
+                ++item;
+            cellStarts[cell] = static_cast<uint32_t>(item);
+        }
+        cellStarts[cells] = static_cast<uint32_t>(items.size());
     }
 
-    // The index of the first time greater than the position, as
-    // std::upper_bound would answer.
-    size_t firstAfter(double position) const
+    // The index of the first item whose time is greater than the position,
+    // as std::upper_bound would answer.
+    template <typename Item>
+    size_t firstAfter(const std::vector<Item>& items, double Item::*time, double position) const
     {
-        if (times.empty() || !(position >= times.front()))
+        if (items.empty() || !(position >= items.front().*time))
             return 0;
-        if (position >= times.back())
-            return times.size();
+        if (position >= items.back().*time)
+            return items.size();
         const size_t cells = cellStarts.size() - 1;
         const size_t cell = std::min(static_cast<size_t>((position - origin) / width), cells - 1);
         // A cell of margin on each side absorbs the rounding of the cell
         // arithmetic.
-        const size_t low = cellStarts[cell == 0 ? 0 : cell - 1];
-        const size_t high = cellStarts[std::min(cell + 2, cells)];
+        const auto low = items.begin() + cellStarts[cell == 0 ? 0 : cell - 1];
+        const auto high = items.begin() + cellStarts[std::min(cell + 2, cells)];
         return static_cast<size_t>(
-            std::upper_bound(times.begin() + static_cast<std::ptrdiff_t>(low),
-                             times.begin() + static_cast<std::ptrdiff_t>(high), position) -
-            times.begin());
+            std::upper_bound(low, high, position, [time](double p, const Item& item) { return p < item.*time; }) -
+            items.begin());
     }
 
 private:
-    std::vector<double> times;
-    std::vector<size_t> cellStarts;
+    std::vector<uint32_t> cellStarts;
     double origin = 0.0;
     double width = 1.0;
 };
@@ -157,23 +160,25 @@ public:
         index();
         core::AudioInfo info;
         // The first clip that starts after the position.
-        const auto after = clipList.begin() + static_cast<std::ptrdiff_t>(clipStarts.firstAfter(position));
-        if (after != clipList.end())
-            info.after = {after->start, after->end};
-        if (after != clipList.begin()) {
-            const Clip& last = *std::prev(after);
+        const size_t after = clipGrid.firstAfter(spans, &Span::start, position);
+        if (after < spans.size())
+            info.after = {spans[after].start, spans[after].end};
+        if (after > 0) {
+            const Span& last = spans[after - 1];
             if (position <= last.end)
                 info.at = {last.start, last.end};
             else
                 info.before = {last.start, last.end};
-            if (!info.at.isEmpty() && std::prev(after) != clipList.begin()) {
-                const Clip& earlier = *std::prev(after, 2);
+            if (!info.at.isEmpty() && after > 1) {
+                const Span& earlier = spans[after - 2];
                 if (earlier.end < position)
                     info.before = {earlier.start, earlier.end};
             }
         }
+        auto grid = curveGrids.begin();
         for (const auto& [curve, points] : curves) {
-            const auto next = points.begin() + static_cast<std::ptrdiff_t>(pointTimes.at(curve).firstAfter(position));
+            const auto next = points.begin() + static_cast<std::ptrdiff_t>(
+                                                   (grid++)->firstAfter(points, &AutomationPoint::time, position));
             const AutomationPoint* previous = next == points.begin() ? nullptr : &*std::prev(next);
             if (previous && next != points.end())
                 info.automation[curve] = {previous->time, previous->value, next->time, next->value};
@@ -193,7 +198,7 @@ public:
         // The first clip that ends after srcStart: the one under it, if it
         // reaches past it, else the next. Ends are in order too, since clips
         // never overlap.
-        auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(clipStarts.firstAfter(srcStart));
+        auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(clipGrid.firstAfter(spans, &Span::start, srcStart));
         if (clip != clipList.begin() && std::prev(clip)->end > srcStart)
             --clip;
         for (; clip != clipList.end() && clip->start < srcEnd; ++clip) {
@@ -216,31 +221,35 @@ public:
     }
 
 private:
+    // Where the clips lie, without their names: what the lookups read,
+    // packed close.
+    struct Span {
+        double start;
+        double end;
+    };
+
     void index() const
     {
         if (indexed)
             return;
-        std::vector<double> starts;
-        starts.reserve(clipList.size());
+        spans.clear();
+        spans.reserve(clipList.size());
         for (const Clip& clip : clipList)
-            starts.push_back(clip.start);
-        clipStarts.build(std::move(starts));
-        pointTimes.clear();
-        for (const auto& [curve, points] : curves) {
-            std::vector<double> times;
-            times.reserve(points.size());
-            for (const AutomationPoint& point : points)
-                times.push_back(point.time);
-            pointTimes[curve].build(std::move(times));
-        }
+            spans.push_back({clip.start, clip.end});
+        clipGrid.build(spans, &Span::start);
+        curveGrids.clear();
+        for (const auto& [curve, points] : curves)
+            curveGrids.emplace_back().build(points, &AutomationPoint::time);
         indexed = true;
     }
 
     std::vector<Clip> clipList;
     std::map<int, std::vector<AutomationPoint>> curves;
     mutable bool indexed = false;
-    mutable TimeGrid clipStarts;
-    mutable std::map<int, TimeGrid> pointTimes;
+    mutable std::vector<Span> spans;
+    mutable TimeGrid clipGrid;
+    // One per curve, in the order of the curves.
+    mutable std::vector<TimeGrid> curveGrids;
 };
 
 class FakeCutEvent : public core::CutEventBase {

@@ -1,8 +1,12 @@
 #include "ConformFixture.h"
+#include "ConformScene.h"
 
 #include "util/Result.h"
 
 #include <gtest/gtest.h>
+
+#include <map>
+#include <set>
 
 using namespace montala::core;
 using montala::util::Result;
@@ -236,6 +240,40 @@ TEST_F(MontalerBaseTest, CountStepsCoversWhatTheDetectorsAdvance)
     some.setCreateTransitionMarkers(false);
     some.setCreateAutomationWarningMarkers(false);
     EXPECT_EQ(host.countSteps(1000, some, 32), 1000 * 32 + 1000);
+}
+
+TEST_F(MontalerBaseTest, AShuffledReelConformsToItsKnownMarkersAndCountsEveryStep)
+{
+    // 200 stretches of 4 s in shuffled order on 24 tracks. Slot s of the new
+    // timeline begins at 36000 + 4 s + s / 10: every tenth slot is followed
+    // by the second of picture that no Change event fills. On tracks 21 to
+    // 24 some edits fall just behind the start of a clip, whose head the
+    // snippet rule then draws in over the piece before.
+    ShuffledReel reel(200, 24);
+    reel.host.settings.setSnippetMarkerFrames(5);
+    reel.host.setProgress(&progress);
+    ASSERT_EQ(reel.host.conform(reel.changes), Result::Ok);
+
+    std::map<InformationKind, int> kinds;
+    std::set<double> insertStarts;
+    for (const InformationEntry& marker : reel.host.markers) {
+        ++kinds[marker.kind];
+        if (marker.kind != InformationKind::Insert)
+            continue;
+        EXPECT_NEAR(marker.end - marker.start, 1.0, 1e-6) << marker.text;
+        insertStarts.insert(marker.start);
+    }
+    std::set<double> expectedInserts;
+    for (int slot = 9; slot < 200; slot += 10)
+        expectedInserts.insert(ShuffledReel::firstSecond + 4.0 * slot + slot / 10 + 4.0);
+    EXPECT_EQ(insertStarts, expectedInserts);
+    // The snippet rule has drawn every short bit in, and every dissolve lies
+    // inside the stretch that carries it, so neither leaves a marker.
+    EXPECT_EQ(kinds, (std::map<InformationKind, int>{{InformationKind::Insert, 20},
+                                                     {InformationKind::AutomationWarning, 179},
+                                                     {InformationKind::Overlap, 49}}));
+    EXPECT_EQ(progress.advanced, 200 * 24 + reel.host.countSteps(200, reel.host.settings, 24))
+        << "the pieces applied and what the detectors were counted for";
 }
 
 } // namespace
