@@ -17,7 +17,10 @@ class SimHost;
 // JSON, lacks a field, names an unknown kind or field, or says something
 // impossible (an event that ends before it starts, a clip that is not in
 // the pool) gives no project, and an error that names the place in the file
-// as a JSON pointer, e.g. "/tracks/2/events/5/end".
+// as a JSON pointer and its line, e.g. "film.json: line 12:
+// /tracks/2/events/5/end: ...". What could not be kept exactly is refused
+// too: numbers out of range, a NUL inside a text, a key given twice, folders
+// nested more than 64 deep.
 //
 // Writing is canonical: the same project always gives the same bytes.
 class SessionFile {
@@ -30,7 +33,10 @@ public:
 
     static std::string write(SimProject& project);
     // Writes next to `path` and then swaps the file in, so that a failed save
-    // leaves the old file as it was.
+    // leaves the old file as it was (platform::SafeFileWriter: through links,
+    // keeping the mode, refusing read-only files and devices). An open
+    // project's storage notifications hear of the save first, as the host
+    // tells them before it writes a project.
     static bool save(SimProject& project, const std::string& path, std::string& error);
 
     static constexpr int version = 1;
