@@ -28,6 +28,7 @@
 
 namespace montala::core {
 class ProgressHandlerBase;
+class VideoTrackHandlerBase;
 }
 
 namespace montala::host {
@@ -138,6 +139,10 @@ public:
     // except "Memos", which the user writes in during a preview.
     void setTracksLocked(bool on);
     void collectLockedTracks();
+    // A preview that ends forgets the tracks it locked.
+    void clearLockedTracks() { lockedTracks.clear(); }
+    // The folder, marker and new video tracks Montala made for itself.
+    bool isMontalaTrack(Track& track);
     // Holds automation through the stretches of the new timeline that no old
     // material fills.
     void fillVirginTerritories(Kelmar::IProjectEdit& edit, core::CutList& cuts);
@@ -162,6 +167,10 @@ public:
     Kelmar::IHostServices* getServices() const { return services; }
     MediaPool* getMediaPool() const { return mediaPool.get(); }
     void setProgress(core::ProgressHandlerBase* handler) { progress = handler; }
+    // The video preview's track handler, handed in by whoever shows the
+    // preview; not owned. Null when there is none.
+    void setVideoTrackHandler(core::VideoTrackHandlerBase* handler) { videoTrackHandler = handler; }
+    core::VideoTrackHandlerBase* getVideoTrackHandler() const { return videoTrackHandler; }
     core::ProgressHandlerBase* getProgress() const { return progress; }
     core::EventList& getPreviewList() { return previewList; }
     void setPreviewEvents(const core::EventList& events);
@@ -174,7 +183,6 @@ private:
     // A track takes part in a run unless the run is for selected tracks and
     // it is not selected; a locked track never does.
     bool takesPart(const Track& track) const;
-    bool isMontalaTrack(Track& track);
     Track& ensureMarkerTrack(Kelmar::IProjectEdit& edit, std::vector<Track>& candidates, Track& slot, int type);
     Track& ensureTrack(Kelmar::IProjectEdit& edit, int type, std::vector<Track>& candidates, Track& slot,
                        const char* kind);
@@ -187,6 +195,7 @@ private:
     Kelmar::IPtr<Kelmar::IProject> hostProject;
     Kelmar::IPtr<Kelmar::IMediaPool> hostPool;
     std::shared_ptr<MediaPool> mediaPool;
+    core::VideoTrackHandlerBase* videoTrackHandler = nullptr;
     std::array<Track, 7> markerTracks;
     Track folderTrack;
     std::vector<Kelmar::ITrack*> trackCache;

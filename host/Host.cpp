@@ -1,0 +1,981 @@
+#include "host/Host.h"
+
+#include "host/AlertWindow.h"
+#include "host/DataModelChangeCommand.h"
+#include "host/FileBrowserDialog.h"
+#include "host/HostCalls.h"
+#include "host/MediaPool.h"
+#include "host/ProgressHandler.h"
+#include "host/Project.h"
+#include "host/StringTranslator.h"
+
+#include "core/AlertWindowBase.h"
+#include "core/PropertyKeys.h"
+#include "core/Settings.h"
+#include "core/Timecode.h"
+#include "core/Variant.h"
+#include "core/conform/CutList.h"
+
+#include "kelmar/IActionManager.h"
+#include "kelmar/IApplicationState.h"
+#include "kelmar/IDependencyRegistry.h"
+#include "kelmar/IProject.h"
+#include "kelmar/IProjectEdit.h"
+#include "kelmar/IProjectSettingsChange.h"
+#include "kelmar/ITimeParameter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace montala::host {
+
+using core::PropertyKey;
+using util::Result;
+using util::StringUtil;
+
+namespace {
+
+void throwIfFailed(Result::Type code)
+{
+    if (code != Result::Ok)
+        throw code;
+}
+
+double storedDouble(const core::DataModel& model, int32_t key)
+{
+    core::Variant value;
+    throwIfFailed(model.getProperty(key, value));
+    return value.asDouble();
+}
+
+Kelmar::IPtr<Kelmar::ITimeParameter> cycleEdge(Kelmar::ITransport* transport, const char* name)
+{
+    Kelmar::IPtr<Kelmar::FUnknown> parameter = Kelmar::owned(require(transport).getParameter(name));
+    return queryRequired<Kelmar::ITimeParameter>(parameter.get());
+}
+
+TrackType markerTrackOf(core::InformationKind kind)
+{
+    switch (kind) {
+    case core::InformationKind::Insert: return TrackType::Insert;
+    case core::InformationKind::Transition: return TrackType::Transition;
+    case core::InformationKind::AutomationWarning: return TrackType::AutomationWarning;
+    case core::InformationKind::Snippet: return TrackType::Snippet;
+    case core::InformationKind::Overlap: return TrackType::Overlap;
+    }
+    throw Result::InvalidArgument;
+}
+
+} // namespace
+
+// ---- Coming and going
+
+Host::Host(Kelmar::IHostServices* hostContext)
+{
+    try {
+        services = queryRequired<Kelmar::IHostServices>(hostContext);
+        context = services;
+        // Without a transport the project's work goes on; only the slots of
+        // the cycle and the cursor need it.
+        try {
+            transport = getService<Kelmar::ITransport>(context.get());
+        } catch (Result::Type) {
+        }
+        translator = std::make_shared<StringTranslator>(context.get());
+        projectManager = getService<Kelmar::IProjectManager>(context.get());
+        check(projectManager->addNotification(this));
+        notificationAdded = true;
+        AlertWindow::install(context.get());
+        try {
+            FileBrowserDialog::install(context.get());
+        } catch (Result::Type) {
+            AlertWindow::remove();
+            throw;
+        }
+        dialogsInstalled = true;
+        check(getService<Kelmar::IApplicationState>(context.get())->addIdleHandler(this));
+        idleHandlerAdded = true;
+        previousConverter = StringUtil::getStringConverter();
+        StringUtil::setStringConverter(translator.get());
+        core::DataModelCommandCreator::setCommandCreator(this);
+
+        // Projects the host opened before Montala came up.
+        for (Kelmar::int32 index = 0; index < projectManager->getProjectCount(); ++index) {
+            Kelmar::IPtr<Kelmar::IProject> project = Kelmar::owned(projectManager->getProject(index));
+            projectOpened(project.get());
+        }
+        Kelmar::IPtr<Kelmar::IProject> active = Kelmar::owned(projectManager->getActiveProject());
+        if (active)
+            projectActivated(active.get());
+    } catch (Result::Type) {
+        shutdown();
+        throw;
+    }
+}
+
+Host::~Host()
+{
+    shutdown();
+}
+
+void Host::shutdown()
+{
+    if (idleHandlerAdded) {
+        try {
+            getService<Kelmar::IApplicationState>(context.get())->removeIdleHandler(this);
+        } catch (Result::Type) {
+        }
+        idleHandlerAdded = false;
+    }
+    if (activeProject)
+        projectDeactivated(activeProject->getHostProject());
+    while (!projects.empty())
+        forget(projects.begin()->first);
+    if (notificationAdded && projectManager)
+        projectManager->removeNotification(this);
+    notificationAdded = false;
+
+    if (core::DataModelCommandCreator::getCommandCreator() == this)
+        core::DataModelCommandCreator::setCommandCreator(nullptr);
+    if (translator && StringUtil::getStringConverter() == translator.get())
+        StringUtil::setStringConverter(previousConverter);
+    if (dialogsInstalled) {
+        FileBrowserDialog::remove();
+        AlertWindow::remove();
+        dialogsInstalled = false;
+    }
+    videoProvider.reset();
+    translator.reset();
+    transport.reset();
+    projectManager.reset();
+    context.reset();
+    services.reset();
+}
+
+Kelmar::tresult Host::queryInterface(const Kelmar::FUID& iid, void** obj)
+{
+    if (Kelmar::answerInterface<Kelmar::IProjectNotification>(this, iid, obj)
+        || Kelmar::answerInterface<Kelmar::IProjectStorageNotification>(this, iid, obj)
+        || Kelmar::answerInterface<Kelmar::IProjectEditHook>(this, iid, obj)
+        || Kelmar::answerInterface<Kelmar::IIdleHandler>(this, iid, obj))
+        return Kelmar::kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+bool Host::isTypeOf(const char* name, bool askBaseClass) const
+{
+    if (name && std::strcmp(name, isA()) == 0)
+        return true;
+    return askBaseClass && FObject::isTypeOf(name, true);
+}
+
+// ---- The host's projects
+
+Project* Host::findProject(Kelmar::IProject* project) const
+{
+    auto found = projects.find(project);
+    return found == projects.end() ? nullptr : found->second.get();
+}
+
+Kelmar::tresult Host::projectOpened(Kelmar::IProject* project)
+{
+    if (!project)
+        return Kelmar::kInvalidArgument;
+    if (findProject(project))
+        return Kelmar::kResultOk;
+    try {
+        check(project->addStorageNotification(this));
+        // Without a registry the project's rate is read once and not
+        // followed; everything else works.
+        try {
+            getService<Kelmar::IDependencyRegistry>(context.get())->addDependent(project, this);
+        } catch (Result::Type) {
+        }
+        auto made = std::make_unique<Project>(project, context.get());
+        Project& added = *made;
+        projects.emplace(project, std::move(made));
+        try {
+            added.load();
+        } catch (Result::Type code) {
+            // The project stays open with an empty model.
+            showMessage(Project::loadFailureMessage(code));
+        }
+    } catch (Result::Type) {
+        return Kelmar::kResultFalse;
+    }
+    return Kelmar::kResultOk;
+}
+
+void Host::forget(Kelmar::IProject* hostProject)
+{
+    auto found = projects.find(hostProject);
+    if (found == projects.end())
+        return;
+    if (activeProject == found->second.get())
+        projectDeactivated(hostProject);
+    hostProject->removeStorageNotification(this);
+    try {
+        getService<Kelmar::IDependencyRegistry>(context.get())->removeDependent(hostProject, this);
+    } catch (Result::Type) {
+    }
+    // The project's own tracks may be the provider's answer while it goes.
+    if (core::Timecode::getFramerateProvider() == found->second.get())
+        core::Timecode::setFramerateProvider(nullptr);
+    projects.erase(found);
+}
+
+Kelmar::tresult Host::projectClosed(Kelmar::IProject* project)
+{
+    if (!project || !findProject(project))
+        return Kelmar::kInvalidArgument;
+    forget(project);
+    if (projects.empty())
+        activeProject = nullptr;
+    return Kelmar::kResultOk;
+}
+
+Kelmar::tresult Host::projectActivated(Kelmar::IProject* project)
+{
+    Project* known = findProject(project);
+    if (!known) {
+        activeProject = nullptr;
+        core::Timecode::setFramerateProvider(nullptr);
+        return project ? Kelmar::kInvalidArgument : Kelmar::kResultOk;
+    }
+    activeProject = known;
+    core::DataModel& model = known->getDataModel();
+    model.setNotifier(this);
+    core::Timecode::setFramerateProvider(known);
+    try {
+        // The rate may have changed while another project was active.
+        model.revalidateAll();
+    } catch (Result::Type) {
+    }
+    notify(core::DataModelChangeContext(&model));
+    return Kelmar::kResultOk;
+}
+
+Kelmar::tresult Host::projectDeactivated(Kelmar::IProject* project)
+{
+    if (!activeProject || activeProject->getHostProject() != project)
+        return Kelmar::kResultOk;
+    activeProject->getDataModel().setNotifier(nullptr);
+    activeProject = nullptr;
+    core::Timecode::setFramerateProvider(nullptr);
+    notify(core::DataModelChangeContext(nullptr));
+    return Kelmar::kResultOk;
+}
+
+Kelmar::tresult Host::projectSaving(Kelmar::IProject* project)
+{
+    auto found = projects.find(project);
+    if (found == projects.end())
+        return Kelmar::kInvalidArgument;
+    try {
+        if (!found->second)
+            throw Result::NotInitialized;
+        found->second->save();
+    } catch (Result::Type) {
+        showMessage(Project::saveFailureMessage());
+        return Kelmar::kResultFalse;
+    }
+    return Kelmar::kResultOk;
+}
+
+Kelmar::tresult Host::projectEdited(Kelmar::IProject* project, Kelmar::IProjectEdit* edit)
+{
+    // A run's own edits are no user's; a project in the background is not
+    // followed until it is active again.
+    if (busy || !activeProject || !project || activeProject->getHostProject() != project)
+        return Kelmar::kResultOk;
+    try {
+        core::ScopedFramerateProvider provider(activeProject);
+        activeProject->edited(edit);
+    } catch (Result::Type) {
+        return Kelmar::kResultFalse;
+    }
+    return Kelmar::kResultOk;
+}
+
+void Host::update(Kelmar::FUnknown* changed, Kelmar::int32)
+{
+    if (busy)
+        return;
+    auto settingsChange = Kelmar::queryInterface<Kelmar::IProjectSettingsChange>(changed);
+    if (!settingsChange)
+        return;
+    Kelmar::IPtr<Kelmar::IProject> project = Kelmar::owned(settingsChange->getProject());
+    Project* known = findProject(project.get());
+    if (!known)
+        return;
+    try {
+        core::ScopedFramerateProvider provider(known);
+        known->updateFramerate();
+    } catch (Result::Type) {
+    }
+}
+
+void Host::showMessage(const std::u16string& message)
+{
+    if (core::AlertWindowBase* alert = core::AlertWindowBase::getInstance()) {
+        try {
+            alert->show(StringUtil::toUtf8(message));
+        } catch (Result::Type) {
+            // No message box: there is nobody to tell.
+        }
+    }
+}
+
+Project& Host::requireProject()
+{
+    if (!activeProject)
+        throw Result::NoProject;
+    return *activeProject;
+}
+
+// ---- The idle call and the runs
+
+Kelmar::tresult Host::onIdle()
+{
+    // The video provider's idle work comes here once there is one.
+    if (busy)
+        return Kelmar::kResultOk;
+    if (applyRequested) {
+        runApply();
+        applyRequested = false;
+        notify(core::ActionChangeContext(1));
+    }
+    if (previewRequested) {
+        runPreview();
+        previewRequested = false;
+        notify(core::ActionChangeContext(0));
+    }
+    return Kelmar::kResultOk;
+}
+
+Kelmar::IProjectEdit& Host::currentEdit()
+{
+    if (!runProjectEdit)
+        throw Result::NotInitialized;
+    return *runProjectEdit;
+}
+
+Result::Type Host::runInEdit(Project& project, const char16_t* title, const char16_t* incompleteTitle,
+                             const EditWork& work)
+{
+    Kelmar::IProject* hostProject = project.getHostProject();
+    try {
+        runEdit = getService<Kelmar::IRangeEdit>(context.get());
+        runProjectEdit = queryRequired<Kelmar::IProjectEdit>(runEdit.get());
+        check(runProjectEdit->beginEdit(1));
+        // What the work gives back is its answer, not a failure of the
+        // group: the group closes under its normal title either way.
+        const Result::Type answer = work(*runProjectEdit);
+        const std::u16string closing = StringUtil::translate(title);
+        check(runProjectEdit->endEdit(hostProject, closing.c_str()));
+        runProjectEdit.reset();
+        runEdit.reset();
+        return answer;
+    } catch (Result::Type code) {
+        // One way out for every failure: the group closes under a name that
+        // says it is partial, and the host's undo can take it back.
+        if (runProjectEdit) {
+            std::u16string closing = incompleteTitle;
+            try {
+                closing = StringUtil::translate(incompleteTitle);
+            } catch (Result::Type) {
+            }
+            runProjectEdit->endEdit(hostProject, closing.c_str());
+            if (running)
+                running->incomplete = true;
+        }
+        runProjectEdit.reset();
+        runEdit.reset();
+        return code;
+    }
+}
+
+void Host::describeTracks(Project& project, RunSummary& summary)
+{
+    const bool selectedOnly = project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
+    for (Track& track : project.getTracks()) {
+        if (project.isMontalaTrack(track))
+            continue;
+        if (track.isLocked())
+            summary.tracksLeftOut.push_back({track.getName(), RunSummary::LeftOut::Locked});
+        else if (selectedOnly && !track.isSelected())
+            summary.tracksLeftOut.push_back({track.getName(), RunSummary::LeftOut::NotSelected});
+        else
+            summary.tracksTakingPart.push_back(track.getName());
+    }
+}
+
+Result::Type Host::runApply()
+{
+    RunSummary summary;
+    summary.kind = RunSummary::Kind::Apply;
+    if (!activeProject) {
+        // The project was closed while the request waited for this call.
+        summary.result = Result::NoProject;
+        lastRunSummary = summary;
+        return summary.result;
+    }
+    Project& project = *activeProject;
+    core::DataModel& model = project.getDataModel();
+    const bool selectedOnly = model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
+    running = &summary;
+    ProgressHandler handler(context.get());
+    Kelmar::IPtr<Kelmar::IApplicationState> application;
+    Result::Type result = Result::Ok;
+    try {
+        project.setCaching(true);
+        if (!project.hasConformOffset())
+            project.computeConformOffset();
+        if (transport && transport->isPlaying())
+            transport->stop();
+        progress = &handler;
+        project.setProgress(&handler);
+        application = getService<Kelmar::IApplicationState>(context.get());
+        application->setBusy(true);
+        handler.start(StringUtil::translate(u"Processing Project"),
+                      countSteps(static_cast<int64_t>(model.getChangeList().getSize()), model.getSettings(), 1), true);
+        describeTracks(project, summary);
+        busy = true;
+
+        result = runInEdit(project, u"Apply Montala", u"Apply Montala (incomplete)", [&](Kelmar::IProjectEdit& edit) {
+            // The model's step joins the group when the command goes, at the
+            // end of this scope, before the group closes.
+            std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
+            project.createFolderAndMarkerTracks(edit);
+            // The conform catches its own failures: what it did stays, and
+            // its code is the run's answer.
+            const Result::Type conformed = conform(model.getChangeList());
+            project.createVideoTrack(edit);
+            // The new picture goes on its track here once there is a video
+            // provider.
+            double start = 0.0;
+            double end = 0.0;
+            project.getEditRange(start, end);
+            project.finishRange(edit, start, end, selectedOnly);
+            return conformed;
+        });
+        busy = false;
+
+        if (result == Result::Cancelled) {
+            // The host takes the whole group back at once, the model's step
+            // with it.
+            auto actions = getService<Kelmar::IActionManager>(context.get());
+            summary.undone = actions->invoke("Edit", "Undo") == Kelmar::kResultOk;
+        }
+    } catch (Result::Type code) {
+        result = code;
+    }
+    busy = false;
+    try {
+        handler.finish();
+    } catch (Result::Type) {
+        // Never opened.
+    }
+    if (application)
+        application->setBusy(false);
+    progress = nullptr;
+    project.setProgress(nullptr);
+    project.setCaching(false);
+    running = nullptr;
+    summary.result = result;
+    lastRunSummary = summary;
+    return result;
+}
+
+Result::Type Host::runPreview()
+{
+    RunSummary summary;
+    summary.kind = RunSummary::Kind::Preview;
+    if (!activeProject) {
+        summary.result = Result::NoProject;
+        lastRunSummary = summary;
+        return summary.result;
+    }
+    Project& project = *activeProject;
+    core::DataModel& model = project.getDataModel();
+    const bool selectedOnly = model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
+    running = &summary;
+    ProgressHandler handler(context.get());
+    Kelmar::IPtr<Kelmar::IApplicationState> application;
+    Result::Type result = Result::Ok;
+    try {
+        project.setCaching(true);
+        if (!project.hasConformOffset())
+            project.computeConformOffset();
+        // The user may be listening: the transport plays on.
+        progress = &handler;
+        project.setProgress(&handler);
+        application = getService<Kelmar::IApplicationState>(context.get());
+        application->setBusy(true);
+        handler.start(StringUtil::translate(u"Project Preview"),
+                      countSteps(static_cast<int64_t>(previewList.getSize()), model.getSettings(), 1), false);
+        describeTracks(project, summary);
+        busy = true;
+
+        result = runInEdit(project, u"Preview", u"Preview (incomplete)", [&](Kelmar::IProjectEdit& edit) {
+            // Undo goes back to the model as it was before the preview was
+            // asked for, not to the model of this moment.
+            std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit, previewSnapshot);
+            project.createVideoTrack(edit);
+            project.createFolderAndMarkerTracks(edit);
+            const Result::Type previewed =
+                core::MontalerBase::preview(previewList, previewFirst, previewLast, previewDestination);
+            // The new picture goes into the work area here once there is a
+            // video provider.
+            project.finishRange(edit, project.getConformOffset(), project.getProjectEnd(), selectedOnly);
+            return previewed;
+        });
+        if (!summary.incomplete) {
+            project.collectLockedTracks();
+            const Result::Type shown = showPreview(previewList, previewFirst, previewLast, previewDestination);
+            if (result == Result::Ok)
+                result = shown;
+            project.setPreviewEvents(previewList);
+        }
+        busy = false;
+    } catch (Result::Type code) {
+        result = code;
+    }
+    busy = false;
+    try {
+        handler.finish();
+    } catch (Result::Type) {
+    }
+    if (application)
+        application->setBusy(false);
+    progress = nullptr;
+    project.setProgress(nullptr);
+    project.setCaching(false);
+    running = nullptr;
+    summary.result = result;
+    lastRunSummary = summary;
+    return result;
+}
+
+// ---- Requests from the window
+
+Result::Type Host::startConform()
+{
+    try {
+        Project& project = requireProject();
+        if (!project.hasConformOffset())
+            project.computeConformOffset();
+        const Result::Type code = checkTracks();
+        if (code == Result::Ok)
+            applyRequested = true;
+        return code;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type Host::preview(const core::EventList& events, size_t first, size_t last, bool showDestination)
+{
+    return startPreview(events, first, last, showDestination);
+}
+
+Result::Type Host::startPreview(const core::EventList& events, size_t first, size_t last, bool showDestination)
+{
+    try {
+        Project& project = requireProject();
+        if (!project.hasConformOffset())
+            project.computeConformOffset();
+        const Result::Type code = checkTracks();
+        if (code != Result::Ok)
+            return code;
+        core::DataModel& model = project.getDataModel();
+        previewList = events;
+        previewFirst = first;
+        previewLast = last;
+        previewDestination = showDestination;
+        previewSnapshot.clear();
+        // The state an undo of the preview goes back to is the one before
+        // the user turned the preview on: a preview just started is stored
+        // as not yet active.
+        const bool justStarted = previewJustStarted;
+        if (justStarted)
+            model.setPreviewActive(false);
+        previewSnapshot.writeObject(model);
+        if (justStarted)
+            model.setPreviewActive(true);
+        previewJustStarted = false;
+        previewRequested = true;
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type Host::showPreview(const core::EventList& events, size_t first, size_t last, bool showDestination)
+{
+    try {
+        if (!activeProject || events.getSize() == 0 || events.getSize() < first + last)
+            return Result::Ok;
+        Project& project = *activeProject;
+        const core::Framerate rate = project.getFramerate();
+        double oldLeft = 0.0;
+        double oldRight = 0.0;
+        getLocators(oldLeft, oldRight);
+
+        // The previewed stretch, on the old timeline when the source is
+        // shown, in the work area when the new arrangement is.
+        const double offset = showDestination ? project.getConformOffset() : 0.0;
+        double start = std::numeric_limits<double>::max();
+        double end = std::numeric_limits<double>::lowest();
+        for (size_t index = first; index + last < events.getSize(); ++index) {
+            const core::EventPtr& event = events.getEvent(index);
+            // Events without a place on the timelines were not cut.
+            if (!event || event->hasState(core::EventState::InvalidTimecode))
+                continue;
+            const core::Timecode& in = showDestination ? event->getDstIn() : event->getSrcIn();
+            const core::Timecode& out = showDestination ? event->getDstOut() : event->getSrcOut();
+            start = std::min(start, in.toSeconds(rate) + offset);
+            end = std::max(end, out.toSeconds(rate) + offset);
+        }
+        if (start > end)
+            return Result::Ok;
+        const double projectStart = project.getProjectStart();
+        setCycle(start - projectStart, end - projectStart);
+        setCursor(start - projectStart);
+        setLocators(start, start + (oldRight - oldLeft), true);
+        project.setTracksLocked(showDestination);
+        project.getDataModel().setProperty(PropertyKey::PreviewShowsDestination, core::Variant(showDestination));
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+void Host::writePreviewActive(Project& project, bool on, bool tell)
+{
+    core::DataModel& model = project.getDataModel();
+    model.setPreviewActive(on);
+    if (tell && model.getNotifier())
+        model.notifyPreviewChanged();
+}
+
+void Host::setPreviewActive(bool on)
+{
+    try {
+        Project& project = requireProject();
+        core::DataModel& model = project.getDataModel();
+        const bool active = model.isPreviewActive();
+        if (!on && active) {
+            setCycle(storedDouble(model, PropertyKey::CycleStartBeforePreview),
+                     storedDouble(model, PropertyKey::CycleEndBeforePreview));
+            const double left = storedDouble(model, PropertyKey::LeftLocatorBeforePreview);
+            setLocators(left, storedDouble(model, PropertyKey::RightLocatorBeforePreview), false);
+            // The cursor goes back to the left locator the user had, not to
+            // where it stood: the stretch the user was working on starts
+            // there.
+            setCursor(left);
+            endPreview(true);
+        }
+        if (on && !active)
+            previewJustStarted = true;
+        writePreviewActive(project, on, true);
+        if (!on) {
+            project.setTracksLocked(false);
+            project.clearLockedTracks();
+            return;
+        }
+        double left = 0.0;
+        double right = 0.0;
+        getLocators(left, right);
+        model.setProperty(PropertyKey::LeftLocatorBeforePreview, core::Variant(left));
+        model.setProperty(PropertyKey::RightLocatorBeforePreview, core::Variant(right));
+        double cycleStart = 0.0;
+        double cycleEnd = 0.0;
+        getCycle(cycleStart, cycleEnd);
+        model.setProperty(PropertyKey::CycleStartBeforePreview, core::Variant(std::min(cycleStart, cycleEnd)));
+        model.setProperty(PropertyKey::CycleEndBeforePreview, core::Variant(std::max(cycleStart, cycleEnd)));
+        model.setProperty(PropertyKey::CursorBeforePreview, core::Variant(getCursor()));
+        if (!project.hasConformOffset())
+            project.computeConformOffset();
+        project.extendProjectEnd(false);
+    } catch (Result::Type) {
+        // The window has nothing to show for it; what was done stays.
+    }
+}
+
+bool Host::isPreviewActive()
+{
+    return activeProject && activeProject->getDataModel().isPreviewActive();
+}
+
+Result::Type Host::deletePreview()
+{
+    try {
+        Project& project = requireProject();
+        core::DataModel& model = project.getDataModel();
+        const bool justStarted = previewJustStarted;
+        if (justStarted)
+            model.setPreviewActive(false);
+        const Result::Type code = endPreview(false);
+        if (justStarted) {
+            model.setPreviewActive(true);
+            previewJustStarted = false;
+        }
+        return code;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type Host::endPreview(bool keepName)
+{
+    if (!activeProject)
+        return Result::NoProject;
+    Project& project = *activeProject;
+    if (!project.hasConformOffset())
+        return Result::Ok;
+    // Taking the work area away is Montala's own edit: the memo mirroring
+    // must not read it as the user's.
+    const bool wasBusy = busy;
+    busy = true;
+    const Result::Type code =
+        runInEdit(project, keepName ? u"End Preview" : u"Delete Preview Range",
+                  keepName ? u"End Preview (incomplete)" : u"Delete Preview Range (incomplete)",
+                  [&](Kelmar::IProjectEdit& edit) {
+                      std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
+                      // The preview's picture leaves the work area here once
+                      // there is a video provider.
+                      throwIfFailed(core::MontalerBase::deletePreview());
+                      project.clearConformOffset();
+                      return Result::Ok;
+                  });
+    busy = wasBusy;
+    return code;
+}
+
+// ---- The transport
+
+void Host::getLocators(double& left, double& right)
+{
+    requireProject().getLocators(left, right);
+}
+
+void Host::setLocators(double left, double right, bool absolute)
+{
+    requireProject().setLocators(left, right, absolute);
+}
+
+void Host::getCycle(double& start, double& end)
+{
+    start = cycleEdge(transport.get(), "cycleLeftTime")->getTime();
+    end = cycleEdge(transport.get(), "cycleRightTime")->getTime();
+}
+
+void Host::setCycle(double start, double end)
+{
+    if (end < start)
+        throw Result::InvalidArgument;
+    check(cycleEdge(transport.get(), "cycleLeftTime")->setTime(start, 1));
+    check(cycleEdge(transport.get(), "cycleRightTime")->setTime(end, 1));
+}
+
+double Host::getCursor()
+{
+    return require(transport.get()).getCursor();
+}
+
+void Host::setCursor(double position)
+{
+    check(require(transport.get()).setCursor(position));
+}
+
+// ---- The project
+
+std::string Host::getProjectName()
+{
+    if (!activeProject)
+        return {};
+    try {
+        return activeProject->getProjectName();
+    } catch (Result::Type) {
+        return {};
+    }
+}
+
+core::MediaPoolInterface* Host::getMediaPool()
+{
+    return activeProject ? activeProject->getMediaPool() : nullptr;
+}
+
+MediaPool* Host::getMediaPoolObject()
+{
+    return activeProject ? activeProject->getMediaPool() : nullptr;
+}
+
+double Host::getProjectStart()
+{
+    return requireProject().getProjectStart();
+}
+
+Result::Type Host::checkTracks()
+{
+    try {
+        if (!activeProject)
+            return Result::NoProject;
+        core::DataModel& model = activeProject->getDataModel();
+        if (model.getChangeList().getSize() == 0)
+            return Result::EmptyChangeList;
+        std::vector<Track> tracks = activeProject->getTracks();
+        if (tracks.empty())
+            return Result::NoTracks;
+        if (model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks
+            && std::none_of(tracks.begin(), tracks.end(), [](const Track& track) { return track.isSelected(); }))
+            return Result::NoSelectedTracks;
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+// ---- The conform driver's work on the project
+
+Result::Type Host::clearWorkArea()
+{
+    if (!activeProject)
+        return Result::NoProject;
+    activeProject->clearWorkArea(currentEdit());
+    return Result::Ok;
+}
+
+Result::Type Host::applyCut(core::Cut& cut)
+{
+    if (!activeProject)
+        return Result::NoProject;
+    if (progress && progress->isCancelled())
+        throw Result::Cancelled;
+    activeProject->applyCut(currentEdit(), cut);
+    if (running && cut.getEvent()) {
+        ++running->eventsApplied;
+        if (activeProject->getDataModel().getSettings().getCreateDestinationMarkers())
+            ++running->markersWritten[TrackType::Destination];
+    }
+    return Result::Ok;
+}
+
+core::CutPtr Host::createCut(const core::EventPtr& event)
+{
+    return requireProject().createCut(event);
+}
+
+Result::Type Host::complete()
+{
+    Project& project = requireProject();
+    if (progress)
+        progress->setText(StringUtil::translate(u"Completing"));
+    project.complete(currentEdit());
+    return Result::Ok;
+}
+
+Result::Type Host::generateMarkers(const std::vector<core::InformationEntry>& entries)
+{
+    if (!activeProject)
+        return Result::NoProject;
+    if (progress) {
+        // Left untranslated, as it has always been.
+        progress->setText(u"Generate Markers");
+        progress->addSteps(static_cast<int64_t>(entries.size()));
+    }
+    activeProject->generateMarkers(currentEdit(), entries);
+    if (running)
+        for (const core::InformationEntry& entry : entries)
+            ++running->markersWritten[markerTrackOf(entry.kind)];
+    return Result::Ok;
+}
+
+core::InformationContext Host::getInformationContext()
+{
+    if (!activeProject)
+        throw Result::HostCallFailed;
+    return activeProject->getInformationContext();
+}
+
+core::SnippetContext Host::getSnippetContext()
+{
+    if (!activeProject)
+        throw Result::HostCallFailed;
+    return activeProject->getSnippetContext();
+}
+
+Result::Type Host::applyCuts(core::CutList& cuts)
+{
+    if (!activeProject)
+        return Result::NoProject;
+    const Result::Type code = core::MontalerBase::applyCuts(cuts);
+    if (code != Result::Ok)
+        return code;
+    if (activeProject->getDataModel().getSettings().getCreateVirginTerritories()) {
+        if (progress)
+            progress->setText(StringUtil::translate(u"Virgin Territories"));
+        activeProject->fillVirginTerritories(currentEdit(), cuts);
+    }
+    return Result::Ok;
+}
+
+void Host::setPreviewEvents(const core::EventList& events)
+{
+    if (!activeProject || &events == &activeProject->getPreviewList())
+        return;
+    activeProject->setPreviewEvents(events);
+    notify(core::EventListChangeContext(core::EventList::ChangeKind));
+}
+
+int64_t Host::countSteps(int64_t eventCount, const core::Settings& settings, int64_t)
+{
+    if (!activeProject)
+        return 0;
+    int64_t tracks = 0;
+    const bool selectedOnly = settings.getApplyTo() == core::ApplyTo::SelectedTracks;
+    for (const Track& track : activeProject->getTracks())
+        if (!selectedOnly || track.isSelected())
+            ++tracks;
+    const int64_t detectors = core::MontalerBase::countSteps(eventCount, settings, tracks);
+    // An apply advances once more per track than it has events: the cut
+    // pieces, then the moving home.
+    const int64_t cuts = applyRequested ? eventCount + 1 : eventCount;
+    int64_t steps = detectors + cuts * tracks;
+    if (settings.getCreateVirginTerritories())
+        steps += cuts * tracks;
+    return steps;
+}
+
+// ---- The model's undo steps
+
+std::unique_ptr<core::DataModelChangeCommand> Host::createCommand(const std::string& title)
+{
+    if (!activeProject)
+        return nullptr;
+    auto edit = getService<Kelmar::IProjectEdit>(context.get());
+    return std::make_unique<DataModelChangeCommand>(title, edit, activeProject->getDataModel(),
+                                                    activeProject->getHostProject(), true);
+}
+
+std::unique_ptr<core::DataModelChangeCommand> Host::createCommand(Kelmar::IProjectEdit* edit)
+{
+    if (!activeProject)
+        return nullptr;
+    return std::make_unique<DataModelChangeCommand>(Kelmar::shared(edit), activeProject->getDataModel(),
+                                                    activeProject->getHostProject());
+}
+
+std::unique_ptr<core::DataModelChangeCommand> Host::createCommand(Kelmar::IProjectEdit* edit,
+                                                                  const core::serialize::SerializationTree& snapshot)
+{
+    if (!activeProject)
+        return nullptr;
+    return std::make_unique<DataModelChangeCommand>(std::string(), Kelmar::shared(edit),
+                                                    activeProject->getDataModel(), activeProject->getHostProject(),
+                                                    false, snapshot);
+}
+
+} // namespace montala::host
