@@ -5,6 +5,7 @@
 #include "host/MediaPool.h"
 
 #include "core/ProgressHandlerBase.h"
+#include "core/VideoTrackHandlerBase.h"
 #include "core/Tolerances.h"
 #include "core/Settings.h"
 #include "core/Timecode.h"
@@ -421,8 +422,26 @@ void Project::createVideoTrack(Kelmar::IProjectEdit& edit)
     if (dataModel.getVideoList().getSize() == 0)
         return;
     std::vector<Track> candidates = getTracks("video");
+    const size_t before = candidates.size();
     Track newVideo;
     ensureTrack(edit, static_cast<int>(TrackType::NewVideo), candidates, newVideo, "video");
+    if (!videoTrackHandler)
+        return;
+
+    // The handler counts the project's video tracks in project order; one
+    // just made joins that list only once the handler has heard of it.
+    std::vector<Track> videos = getTracks("video");
+    if (videos.size() != before) {
+        const std::set<ProjectListener*> toTell = listeners;
+        for (ProjectListener* listener : toTell)
+            if (listeners.count(listener))
+                listener->projectChanged(*this);
+    }
+    for (size_t index = 0; index < videos.size(); ++index)
+        if (videos[index].sameTrack(newVideo)) {
+            videoTrackHandler->setTrackRole(static_cast<int>(index), core::VideoTrackHandlerBase::NewPicture);
+            return;
+        }
 }
 
 bool Project::isMontalaTrack(Track& track)
@@ -781,10 +800,11 @@ void Project::syncMemos(Kelmar::IProjectEdit& edit)
                 int64_t id = idOf(marker);
                 if (id != 0 && contains(source, id))
                     continue;
-                if (id == 0) {
-                    id = memos.nextEventId();
-                    check(marker.getObject()->setAttribute(userIdAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(id)), 1));
-                }
+                // A new memo, or one copied from another stretch with that
+                // one's id: either way a pair of its own from here on, so
+                // that no two stretches share an id.
+                id = memos.nextEventId();
+                check(marker.getObject()->setAttribute(userIdAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(id)), 1));
                 const double start = std::max(srcStart, toSource(marker.getStart()));
                 const double end = std::min(srcEnd, toSource(marker.getEnd()));
                 writeMarker(edit, &memos, marker.getName(), std::string(), start, std::max(start, end), id);
