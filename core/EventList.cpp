@@ -209,12 +209,17 @@ TimecodeRange EventList::getDstRange() const
 }
 
 void EventList::loadEdl(const std::u16string& path, bool append, Framerate& framerate,
-                        bool renameBRolls, bool acceptAudio)
+                        bool renameBRolls, bool acceptAudio, fileio::ParseReport* report)
 {
     if (!append)
         clear();
+    // The parser fills the scratch list itself: going through parseEdlFile
+    // would copy it once more into another scratch list.
     EventList loaded(ChangeKind);
-    const Result::Type result = fileio::parseEdlFile(path, loaded, framerate, acceptAudio);
+    fileio::CmxParser parser;
+    const Result::Type result = parser.parse(path, loaded, framerate, acceptAudio);
+    if (report != nullptr)
+        *report = parser.getReport();
     if (result != Result::Ok)
         throw result;
     if (renameBRolls)

@@ -12,6 +12,9 @@
 namespace montala::core {
 
 class VfxNameFilter;
+namespace fileio {
+struct ParseReport;
+}
 enum class MatchName : int;
 enum class HealProcessingMode : int;
 
@@ -62,10 +65,11 @@ public:
     static TimecodeRange getEventRange(const EventPtr& event, RangeKind kind);
 
     // Reads one EDL file (optionally appended), B-roll renaming that file
-    // alone; framerate receives the rate the file suggests. A failure is
-    // thrown and leaves the list as the first step left it.
+    // alone; framerate receives the rate the file suggests, and report, when
+    // given, the lines the reader dropped or changed and why a file did not
+    // open. A failure is thrown and leaves the list as the first step left it.
     void loadEdl(const std::u16string& path, bool append, Framerate& framerate, bool renameBRolls,
-                 bool acceptAudio);
+                 bool acceptAudio, fileio::ParseReport* report = nullptr);
     // A roll name ending in "B" takes the name without it when that name
     // stands in the list too.
     void renameBRolls();

@@ -1,11 +1,18 @@
 #include "core/fileio/CmxParser.h"
 
 #include "core/EventList.h"
+#include "core/fileio/TextEncoding.h"
 #include "util/StringUtil.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <system_error>
 
 namespace montala::core::fileio {
 
@@ -14,166 +21,382 @@ using util::StringUtil;
 
 namespace {
 
-constexpr const char* rollCharacters =
-    ".-_abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-
-bool consistsOf(const std::string& text, const char* allowed)
+bool isDigit(char c)
 {
-    return text.find_first_not_of(allowed) == std::string::npos;
+    return c >= '0' && c <= '9';
 }
 
-bool startsWith(const std::string& text, const char* prefix)
+// ".-_", letters and digits: what a roll name may hold.
+bool isRollCharacter(char c)
 {
-    return text.rfind(prefix, 0) == 0;
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '-' || c == '_';
 }
 
-bool contains(const std::string& text, const char* part)
+// Character by character: find_first_not_of would search the allowed set
+// once for every character, and this runs for every field of every line.
+template <typename Allowed>
+bool consistsOf(std::string_view text, Allowed allowed)
 {
-    return text.find(part) != std::string::npos;
+    for (char c : text) {
+        if (!allowed(c))
+            return false;
+    }
+    return true;
+}
+
+bool startsWith(std::string_view text, std::string_view prefix)
+{
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool contains(std::string_view text, std::string_view part)
+{
+    return text.find(part) != std::string_view::npos;
+}
+
+bool isTrimmed(char c)
+{
+    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
+}
+
+std::string_view trim(std::string_view text)
+{
+    size_t begin = 0;
+    size_t end = text.size();
+    while (begin < end && isTrimmed(text[begin]))
+        ++begin;
+    while (end > begin && isTrimmed(text[end - 1]))
+        --end;
+    return text.substr(begin, end - begin);
 }
 
 // A piece that the line does not have. Raised and caught inside the
 // event-line parse: the line is then dropped.
 struct MissingPiece {};
 
-const std::string& pieceAt(const std::vector<std::string>& pieces, size_t index)
-{
-    if (index >= pieces.size())
-        throw MissingPiece{};
-    return pieces[index];
-}
+// The pieces of an event line: split at blanks (a tab does not split),
+// empty pieces skipped, each trimmed. No line needs more than nine; those
+// behind are never looked at.
+class Pieces {
+public:
+    explicit Pieces(std::string_view line)
+    {
+        size_t start = 0;
+        while (start < line.size() && count < pieces.size()) {
+            size_t stop = start;
+            while (stop < line.size() && line[stop] != ' ')
+                ++stop;
+            if (stop != start)
+                pieces[count++] = trim(line.substr(start, stop - start));
+            start = stop + 1;
+        }
+    }
 
-// Digits only, as an int; false if empty, not digits or too large for one.
-bool readNumber(const std::string& text, int& value)
+    std::string_view at(size_t index) const
+    {
+        if (index >= count)
+            throw MissingPiece{};
+        return pieces[index];
+    }
+
+private:
+    std::array<std::string_view, 9> pieces{};
+    size_t count = 0;
+};
+
+enum class NumberRead { Ok, NotANumber, TooLarge };
+
+// Digits only, as an int.
+NumberRead readNumber(std::string_view text, int& value)
 {
-    if (text.empty() || !consistsOf(text, "0123456789"))
-        return false;
+    if (text.empty() || !consistsOf(text, isDigit))
+        return NumberRead::NotANumber;
     long long number = 0;
     for (char c : text) {
         number = number * 10 + (c - '0');
         if (number > 2147483647LL)
-            return false;
+            return NumberRead::TooLarge;
     }
     value = static_cast<int>(number);
-    return true;
+    return NumberRead::Ok;
+}
+
+// The line delimiter: a carriage return when the text up to the first "\n"
+// is longer than the text up to the first carriage return. CR, LF and CR LF
+// files all work, since every line is trimmed.
+char lineDelimiter(std::string_view text)
+{
+    const size_t newline = std::min(text.find('\n'), text.size());
+    const size_t carriageReturn = std::min(text.find('\r'), text.size());
+    return newline > carriageReturn ? '\r' : '\n';
+}
+
+OpenFailure failureOfStatus(const std::filesystem::path& path, std::error_code& error)
+{
+    namespace fs = std::filesystem;
+    const fs::file_status status = fs::status(path, error);
+    if (error) {
+        if (error == std::errc::permission_denied)
+            return OpenFailure::PermissionDenied;
+        if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+            return OpenFailure::Missing;
+        return OpenFailure::Unreadable;
+    }
+    switch (status.type()) {
+    case fs::file_type::not_found: return OpenFailure::Missing;
+    case fs::file_type::directory: return OpenFailure::Directory;
+    case fs::file_type::regular: return OpenFailure::None;
+    default: return OpenFailure::NotRegularFile;
+    }
 }
 
 } // namespace
 
-Result::Type CmxParser::parse(const std::u16string& path, EventList& list, Framerate& framerate,
-                              bool acceptAudio)
+Result::Type CmxParser::parse(const std::u16string& path, EventList& list, Framerate& framerate, bool acceptAudio)
 {
     try {
-        std::ifstream stream(StringUtil::toUtf8(path), std::ios::binary);
-        if (!stream.is_open())
-            return Result::FileNotOpened;
-        const std::string edlFile = StringUtil::toUtf8(StringUtil::getFileName(path));
-        return parseStream(stream, edlFile, list, framerate, acceptAudio);
-    } catch (Result::Type code) {
-        return code;
-    }
-}
-
-Result::Type CmxParser::parseStream(std::istream& stream, const std::string& edlFile, EventList& list,
-                                    Framerate& framerate, bool acceptAudio)
-{
-    try {
-        readLines(stream, edlFile, list, acceptAudio);
-        framerate = suggestedFramerate();
+        const Result::Type result = read(path, acceptAudio);
+        if (result != Result::Ok)
+            return result;
+        build(list);
+        framerate = getSuggestedFramerate();
         return Result::Ok;
     } catch (Result::Type code) {
         return code;
     }
 }
 
-void CmxParser::readLines(std::istream& stream, const std::string& edlFile, EventList& list,
-                          bool acceptAudio)
+Result::Type CmxParser::parseStream(std::istream& stream, const std::string& edlFileName, EventList& list,
+                                    Framerate& framerate, bool acceptAudio)
+{
+    try {
+        const Result::Type result = readStream(stream, edlFileName, acceptAudio);
+        if (result != Result::Ok)
+            return result;
+        build(list);
+        framerate = getSuggestedFramerate();
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    }
+}
+
+Result::Type CmxParser::read(const std::u16string& path, bool acceptAudio)
+{
+    report.clear();
+    pending.clear();
+    try {
+        const std::string file = StringUtil::toUtf8(path);
+        std::error_code error;
+        report.openFailure = failureOfStatus(file, error);
+        if (report.openFailure != OpenFailure::None)
+            return Result::FileNotOpened;
+        std::ifstream stream(file, std::ios::binary);
+        if (!stream.is_open()) {
+            report.openFailure = errno == EACCES ? OpenFailure::PermissionDenied : OpenFailure::Unreadable;
+            return Result::FileNotOpened;
+        }
+        if (!readChunks(stream, StringUtil::toUtf8(StringUtil::getFileName(path)), acceptAudio, 0)) {
+            report.openFailure = OpenFailure::Unreadable;
+            return Result::FileNotOpened;
+        }
+        return Result::Ok;
+    } catch (Result::Type code) {
+        return code;
+    } catch (const std::range_error&) {
+        report.openFailure = OpenFailure::PathNotUtf8;
+        return Result::FileNotOpened;
+    }
+}
+
+Result::Type CmxParser::readStream(std::istream& stream, const std::string& edlFileName, bool acceptAudio)
+{
+    report.clear();
+    pending.clear();
+    if (!readChunks(stream, edlFileName, acceptAudio, 0)) {
+        report.openFailure = OpenFailure::Unreadable;
+        return Result::FileNotOpened;
+    }
+    return Result::Ok;
+}
+
+bool CmxParser::readChunks(std::istream& stream, const std::string& edlFileName, bool acceptAudio,
+                           std::uintmax_t sizeHint)
+{
+    // The whole text first, then its lines: measured, this beats reading
+    // line by line. EDLs are small next to the events made of them.
+    std::string text;
+    char buffer[65536];
+    while (stream.read(buffer, sizeof buffer) || stream.gcount() > 0)
+        text.append(buffer, static_cast<size_t>(stream.gcount()));
+    if (stream.bad())
+        return false;
+    readText(text, edlFileName, acceptAudio, text.size());
+    return true;
+}
+
+void CmxParser::readText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
+{
+    report.clear();
+    readText(text, edlFileName, acceptAudio, text.size());
+}
+
+void CmxParser::readText(std::string_view text, const std::string& edlFileName, bool acceptAudio,
+                         std::uintmax_t sizeHint)
+{
+    startText(edlFileName, sizeHint);
+    const char delimiter = lineDelimiter(text);
+    size_t lineNumber = 0;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t stop = text.find(delimiter, start);
+        if (stop == std::string_view::npos)
+            stop = text.size();
+        takeLine(text.substr(start, stop - start), ++lineNumber, acceptAudio);
+        start = stop + 1;
+    }
+    finishText();
+}
+
+void CmxParser::startText(const std::string& edlFileName, std::uintmax_t sizeHint)
 {
     dropState = -1;
     frameHistogram.fill(0);
-
-    // The dummy stands before the first event so that a comment of a
-    // transition pair always has a "previous" to compare with.
-    EventPtr previous = std::make_shared<EventBase>();
-    EventPtr current;
-    bool lastLineGood = false;
-
-    // CR, LF and CR LF files all work: the line end found here splits the
-    // lines, and trimming takes off the other character of a CR LF pair.
-    const char delimiter = StringUtil::usesCarriageReturns(stream) ? '\r' : '\n';
-    std::string raw;
-    while (std::getline(stream, raw, delimiter)) {
-        const std::string line = StringUtil::trim(raw);
-        if (line.empty())
-            continue;
-        if (startsWith(line, "FCM")) {
-            // "NON-DROP FRAME" holds "DROP FRAME" too, so it is looked for first.
-            if (contains(line, "NON-DROP FRAME"))
-                dropState = 0;
-            else if (contains(line, "DROP FRAME"))
-                dropState = 1;
-        } else if (line[0] >= '0' && line[0] <= '9') {
-            if (lastLineGood) {
-                previous = current;
-                list.addEvent(current);
-            }
-            current = std::make_shared<EventBase>();
-            current->setEdlFile(edlFile);
-            lastLineGood = parseEventLine(line, *current, acceptAudio);
-        } else if (line[0] == '*' && lastLineGood) {
-            // The two lines of a transition share one number: the outgoing
-            // clip's comment goes to the first of them, the incoming one's to
-            // the second, and any other comment of the pair is dropped.
-            if (previous->getEventNumber() == current->getEventNumber()) {
-                if (contains(line, "FROM CLIP"))
-                    addComment(line, *previous);
-                else if (contains(line, "TO CLIP"))
-                    addComment(line, *current);
-            } else {
-                addComment(line, *current);
-            }
-        }
-        // Anything else (title, M2 motion lines, audio notes, comments of a
-        // dropped event) is not read.
-    }
-    if (lastLineGood)
-        list.addEvent(current);
+    report.lines.clear();
+    pending.clear();
+    // An event takes a line or two; a guess saves most regrowing.
+    pending.reserve(static_cast<size_t>(std::min<std::uintmax_t>(sizeHint / 160, 1u << 20)));
+    edlFile = edlFileName;
+    dummy = PendingEvent{};
+    dummy.event = std::make_shared<EventBase>();
+    current = PendingEvent{};
+    lastLineGood = false;
 }
 
-void CmxParser::addComment(const std::string& line, EventBase& event)
+void CmxParser::finishText()
+{
+    if (lastLineGood)
+        pending.push_back(std::move(current));
+    current = PendingEvent{};
+    lastLineGood = false;
+}
+
+void CmxParser::takeLine(std::string_view line, size_t lineNumber, bool acceptAudio)
+{
+    // Most lines are plain ASCII; only a line with a NUL or an upper byte
+    // takes the slow way.
+    bool plain = true;
+    for (char c : line) {
+        if (c == '\0' || static_cast<unsigned char>(c) >= 0x80) {
+            plain = false;
+            break;
+        }
+    }
+    if (!plain) {
+        if (trim(line).empty())
+            return;
+        if (!isValidUtf8(line)) {
+            repaired = windows1252ToUtf8(line);
+            report.lines.push_back({lineNumber, LineIssue::Windows1252});
+        } else {
+            repaired.assign(line);
+        }
+        // A NUL would end the text wherever it is handled as a C string.
+        if (repaired.find('\0') != std::string::npos) {
+            for (char& c : repaired) {
+                if (c == '\0')
+                    c = ' ';
+            }
+            report.lines.push_back({lineNumber, LineIssue::NulByte});
+        }
+        line = repaired;
+    }
+    readLine(trim(line), lineNumber, acceptAudio);
+}
+
+void CmxParser::readLine(std::string_view line, size_t lineNumber, bool acceptAudio)
+{
+    if (line.empty())
+        return;
+    if (startsWith(line, "FCM")) {
+        // "NON-DROP FRAME" holds "DROP FRAME" too, so it is looked for first.
+        if (contains(line, "NON-DROP FRAME"))
+            dropState = 0;
+        else if (contains(line, "DROP FRAME"))
+            dropState = 1;
+    } else if (isDigit(line[0])) {
+        if (lastLineGood)
+            pending.push_back(std::move(current));
+        current = PendingEvent{};
+        current.event = std::make_shared<EventBase>();
+        current.event->setEdlFile(edlFile);
+        current.line = lineNumber;
+        lastLineGood = parseEventLine(line, current, acceptAudio);
+        if (!lastLineGood)
+            report.lines.push_back({lineNumber, LineIssue::TooFewFields});
+    } else if (line[0] == '*' && lastLineGood) {
+        // The two lines of a transition share one number: the outgoing
+        // clip's comment goes to the first of them, the incoming one's to
+        // the second, and any other comment of the pair is dropped.
+        PendingEvent& previous = pending.empty() ? dummy : pending.back();
+        if (previous.event->getEventNumber() == current.event->getEventNumber()) {
+            if (contains(line, "FROM CLIP"))
+                addComment(line, previous);
+            else if (contains(line, "TO CLIP"))
+                addComment(line, current);
+        } else {
+            addComment(line, current);
+        }
+    } else if ((line[0] == '-' || line[0] == '+') && line.size() > 1 && isDigit(line[1])) {
+        // Not an event line, as the reader has always seen it; but a user
+        // who wrote one expects an event and is told where it went.
+        report.lines.push_back({lineNumber, LineIssue::SignedEventNumber});
+    }
+    // Anything else (title, M2 motion lines, audio notes, comments of a
+    // dropped event) is not read.
+}
+
+void CmxParser::addComment(std::string_view line, PendingEvent& target)
 {
     const size_t name = line.find("NAME:");
-    if (name != std::string::npos) {
-        const std::string clipName = StringUtil::trim(line.substr(name + 5));
+    if (name != std::string_view::npos) {
+        const std::string_view clipName = trim(line.substr(name + 5));
         if (clipName.empty())
             return;
-        event.setClipName(clipName);
+        target.event->setClipName(std::string(clipName));
     }
-    event.setEdlText(event.getEdlText() + "\n" + line);
+    target.edlText.reserve(target.edlText.size() + 1 + line.size());
+    target.edlText += '\n';
+    target.edlText += line;
 }
 
-bool CmxParser::parseEventLine(const std::string& line, EventBase& event, bool acceptAudio)
+bool CmxParser::parseEventLine(std::string_view line, PendingEvent& target, bool acceptAudio)
 {
+    EventBase& event = *target.event;
     try {
-        const std::vector<std::string> pieces = StringUtil::split(line, ' ', true);
+        const Pieces pieces(line);
 
         int number = 0;
-        if (readNumber(pieceAt(pieces, 0), number))
+        const NumberRead numberRead = readNumber(pieces.at(0), number);
+        if (numberRead == NumberRead::Ok)
             event.setEventNumber(number);
         else
             event.addState(EventState::BadEventNumber);
 
-        const std::string& roll = pieceAt(pieces, 1);
-        if (consistsOf(roll, rollCharacters))
-            event.setRollName(roll);
+        const std::string_view roll = pieces.at(1);
+        if (consistsOf(roll, isRollCharacter))
+            event.setRollName(std::string(roll));
         else
             event.addState(EventState::BadRollName);
 
-        const std::string& channels = pieceAt(pieces, 2);
-        if (channels.find_first_of(acceptAudio ? "ABV" : "BV") == std::string::npos)
+        const std::string_view channels = pieces.at(2);
+        bool video = false;
+        for (char c : channels)
+            video = video || c == 'B' || c == 'V' || (acceptAudio && c == 'A');
+        if (!video)
             event.addState(EventState::NotVideoEvent);
 
-        const std::string& transition = pieceAt(pieces, 3);
+        const std::string_view transition = pieces.at(3);
         size_t firstTimecode = 4;
         switch (transition.empty() ? '\0' : transition[0]) {
         case 'C':
@@ -183,7 +406,7 @@ bool CmxParser::parseEventLine(const std::string& line, EventBase& event, bool a
         case 'W': {
             event.setTransitionType(transition[0] == 'D' ? EventBase::Dissolve : EventBase::Wipe);
             int duration = 0;
-            if (readNumber(pieceAt(pieces, 4), duration))
+            if (readNumber(pieces.at(4), duration) == NumberRead::Ok)
                 event.setTransitionDuration(duration);
             else
                 event.addState(EventState::BadTransitionDuration);
@@ -196,9 +419,13 @@ bool CmxParser::parseEventLine(const std::string& line, EventBase& event, bool a
         }
 
         for (int which = 0; which < 4; ++which)
-            parseTimecode(pieceAt(pieces, firstTimecode + which), event, which);
+            parseTimecode(pieces.at(firstTimecode + static_cast<size_t>(which)), target, which);
 
-        event.setEdlText(line);
+        // Room for a comment line or two, which most events have.
+        target.edlText.reserve(line.size() + 64);
+        target.edlText.assign(line);
+        if (numberRead == NumberRead::TooLarge)
+            report.lines.push_back({target.line, LineIssue::EventNumberTooLarge});
         return true;
     } catch (MissingPiece) {
         return false;
@@ -207,27 +434,71 @@ bool CmxParser::parseEventLine(const std::string& line, EventBase& event, bool a
     }
 }
 
-void CmxParser::parseTimecode(const std::string& piece, EventBase& event, int which)
+void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int which)
 {
     static constexpr EventState badStates[4] = {EventState::BadSrcIn, EventState::BadSrcOut,
                                                 EventState::BadDstIn, EventState::BadDstOut};
+    // Eleven characters at most pass, so the copy stays in the string's
+    // own buffer.
     int fields[4];
-    if (!Timecode::parseText(piece, fields)) {
-        event.addState(badStates[which]);
+    if (piece.size() > 11 || !Timecode::parseText(std::string(piece), fields)) {
+        target.event->addState(badStates[which]);
         return;
     }
-    const Timecode tc(fields[0], fields[1], fields[2], fields[3]);
-    switch (which) {
-    case 0: event.setSrcIn(tc); break;
-    case 1: event.setSrcOut(tc); break;
-    case 2: event.setDstIn(tc); break;
-    default: event.setDstOut(tc); break;
-    }
+    auto& stored = target.timecodes[static_cast<size_t>(which)];
+    std::copy(fields, fields + 4, stored.begin());
+    target.readTimecodes |= 1u << which;
     if (fields[3] < 60)
         ++frameHistogram[static_cast<size_t>(fields[3])];
 }
 
-Framerate CmxParser::suggestedFramerate() const
+void CmxParser::build(EventList& list)
+{
+    const Framerate rate = Timecode::currentFramerate();
+    for (PendingEvent& waiting : pending) {
+        EventBase& event = *waiting.event;
+        try {
+            if (waiting.readTimecodes == 0xF) {
+                const auto timecode = [&waiting](size_t which) {
+                    const auto& f = waiting.timecodes[which];
+                    return Timecode(f[0], f[1], f[2], f[3]);
+                };
+                const Timecode srcIn = timecode(0), srcOut = timecode(1), dstIn = timecode(2), dstOut = timecode(3);
+                // With all four valid, the states and the speed follow from
+                // the four alone, so one setter does the work of four.
+                if (srcIn.isValid(rate) && srcOut.isValid(rate) && dstIn.isValid(rate) && dstOut.isValid(rate)) {
+                    event.setTimecodes(srcIn, srcOut, dstIn, dstOut);
+                    event.setEdlText(waiting.edlText);
+                    list.addEvent(waiting.event);
+                    continue;
+                }
+            }
+            // One setter after the other, as the states have always been
+            // worked out: each judges the timecodes set so far, and a range
+            // fault found on the way stays while a timecode is invalid.
+            for (int which = 0; which < 4; ++which) {
+                if ((waiting.readTimecodes & (1u << which)) == 0)
+                    continue;
+                const auto& f = waiting.timecodes[static_cast<size_t>(which)];
+                const Timecode tc(f[0], f[1], f[2], f[3]);
+                switch (which) {
+                case 0: event.setSrcIn(tc); break;
+                case 1: event.setSrcOut(tc); break;
+                case 2: event.setDstIn(tc); break;
+                default: event.setDstOut(tc); break;
+                }
+            }
+        } catch (Result::Type) {
+            report.lines.push_back({waiting.line, LineIssue::ValueRefused});
+            continue;
+        }
+        event.setEdlText(waiting.edlText);
+        list.addEvent(waiting.event);
+    }
+    pending.clear();
+}
+
+Framerate CmxParser::getSuggestedFramerate() const
 {
     if (dropState == 1)
         return Framerate(30, 1);
@@ -252,12 +523,24 @@ Framerate CmxParser::suggestedFramerate() const
     return Framerate(nominal, dropState);
 }
 
-Result::Type parseEdlFile(const std::u16string& path, EventList& list, Framerate& framerate, bool acceptAudio)
+Result::Type parseEdlFile(const std::u16string& path, EventList& list, Framerate& framerate, bool acceptAudio,
+                          ParseReport* report)
 {
     auto parser = std::make_shared<CmxParser>();
-    EventList parsed(EventList::ChangeKind);
-    const Result::Type result = parser->parse(path, parsed, framerate, acceptAudio);
-    list = parsed;
+    Result::Type result = Result::Ok;
+    if (list.getListenerCount() == 0) {
+        // The scratch list exists so that whoever listens to list sees one
+        // change. Nobody does: the events go straight in, saving a copy of
+        // the list and a subscription for every event.
+        list.clear();
+        result = parser->parse(path, list, framerate, acceptAudio);
+    } else {
+        EventList parsed(EventList::ChangeKind);
+        result = parser->parse(path, parsed, framerate, acceptAudio);
+        list = parsed;
+    }
+    if (report != nullptr)
+        *report = parser->getReport();
     return result;
 }
 

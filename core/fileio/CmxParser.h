@@ -1,18 +1,30 @@
 #pragma once
 
 #include "core/EventBase.h"
+#include "core/fileio/ParseReport.h"
 #include "core/fileio/ParserInterface.h"
 
 #include <array>
+#include <cstdint>
 #include <istream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace montala::core::fileio {
 
 // The CMX 3600 reader. Forgiving by design: it drops a line that it cannot
 // split into enough fields, keeps a line whose fields are wrong (the event
 // carries a state) and ignores every line it does not know. Only a file that
-// cannot be opened fails.
+// cannot be opened fails. What it drops or changes on the way is listed in
+// its report, with the line number.
+//
+// Reading is two steps. read() splits the text into events whose timecodes
+// wait as numbers; build() hands the timecodes to the events, which judge
+// them at the project's rate, and adds the events to a list. parse() is the
+// two in one. A caller whose project rate follows from the file itself reads
+// it, looks at the suggested rate, sets the project rate and builds, so that
+// no file is read twice.
 class CmxParser : public ParserInterface {
 public:
     util::Result::Type parse(const std::u16string& path, EventList& list, Framerate& framerate,
@@ -21,20 +33,59 @@ public:
     util::Result::Type parseStream(std::istream& stream, const std::string& edlFile, EventList& list,
                                    Framerate& framerate, bool acceptAudio);
 
+    // FileNotOpened when the path names no readable regular file; the
+    // report says why.
+    util::Result::Type read(const std::u16string& path, bool acceptAudio);
+    util::Result::Type readStream(std::istream& stream, const std::string& edlFile, bool acceptAudio);
+    void readText(std::string_view text, const std::string& edlFile, bool acceptAudio);
+    // The rate that the text read last suggests.
+    Framerate getSuggestedFramerate() const;
+    // Adds the events read last to list, in file order, at the current
+    // project rate. The events go once: a second call adds nothing.
+    void build(EventList& list);
+
+    const ParseReport& getReport() const { return report; }
+
 private:
-    void readLines(std::istream& stream, const std::string& edlFile, EventList& list, bool acceptAudio);
-    bool parseEventLine(const std::string& line, EventBase& event, bool acceptAudio);
-    void parseTimecode(const std::string& piece, EventBase& event, int which);
-    static void addComment(const std::string& line, EventBase& event);
-    Framerate suggestedFramerate() const;
+    // An event whose line was good, with what waits for build().
+    struct PendingEvent {
+        EventPtr event;
+        std::string edlText;
+        std::array<std::array<int, 4>, 4> timecodes{};
+        unsigned readTimecodes = 0; // bit n: timecode n matched the pattern
+        size_t line = 0;
+    };
+
+    bool readChunks(std::istream& stream, const std::string& edlFile, bool acceptAudio, std::uintmax_t sizeHint);
+    void readText(std::string_view text, const std::string& edlFile, bool acceptAudio, std::uintmax_t sizeHint);
+    void startText(const std::string& edlFile, std::uintmax_t sizeHint);
+    void takeLine(std::string_view line, size_t lineNumber, bool acceptAudio);
+    void finishText();
+    void readLine(std::string_view line, size_t lineNumber, bool acceptAudio);
+    bool parseEventLine(std::string_view line, PendingEvent& pending, bool acceptAudio);
+    void parseTimecode(std::string_view piece, PendingEvent& pending, int which);
+    static void addComment(std::string_view line, PendingEvent& pending);
 
     int dropState = -1;
     std::array<int, 60> frameHistogram{};
+    ParseReport report;
+
+    std::string edlFile;
+    std::vector<PendingEvent> pending;
+    // The event line being read, and whether it was good; it joins pending
+    // when the next event line or the end of the text comes.
+    PendingEvent current;
+    bool lastLineGood = false;
+    // Stands before the first event, so that a comment of a transition pair
+    // always has a "previous" to compare with; what it receives is lost.
+    PendingEvent dummy;
+    // A line as it reads once made UTF-8 and free of NULs.
+    std::string repaired;
 };
 
 // Parses into a fresh scratch list that is then assigned to list, whatever
-// the result.
+// the result. The report, when asked for, receives the parser's.
 util::Result::Type parseEdlFile(const std::u16string& path, EventList& list, Framerate& framerate,
-                                bool acceptAudio);
+                                bool acceptAudio, ParseReport* report = nullptr);
 
 } // namespace montala::core::fileio

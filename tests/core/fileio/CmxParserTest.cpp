@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace montala::core;
 using montala::core::fileio::CmxParser;
@@ -292,4 +294,127 @@ TEST_F(CmxParserTest, LoadEdlAppendsAndRenamesBRollsPerFile)
     EXPECT_EQ(target.getSize(), 3u) << "a failed append leaves the list as it was";
     std::remove(first.c_str());
     std::remove(second.c_str());
+}
+
+TEST_F(CmxParserTest, LinesDroppedOrChangedAreReportedWithTheirNumbers)
+{
+    using fileio::LineIssue;
+    using fileio::LineNote;
+    ASSERT_EQ(parse("TITLE: HOSTILE\n"
+                    "-1 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "-2147483649 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "2147483648 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "2 AX V C 01:00:00:00 01:00:01:00\n"
+                    "3 AX V C 01:00:00:00 01:00:01:00 01:00:01:00 01:00:02:00\n"
+                    + std::string("* FROM CLIP NAME: A\0B.mov\0\0", 27) + "\n"
+                    "- not an event, no number behind the sign\n"),
+              Result::Ok);
+    // The forgiving contract holds: a sign makes no event line, a number
+    // too large keeps its event with a state, a short line goes.
+    ASSERT_EQ(list.getSize(), 2u);
+    EXPECT_TRUE(event(0).hasState(EventState::BadEventNumber));
+    EXPECT_EQ(event(0).getEventNumber(), 0);
+    EXPECT_EQ(event(1).getEventNumber(), 3);
+    // The name is whole: a NUL would cut it wherever it is printed.
+    EXPECT_EQ(event(1).getClipName(), "A B.mov");
+    EXPECT_EQ(parser.getReport().lines,
+              (std::vector<LineNote>{{2, LineIssue::SignedEventNumber},
+                                     {3, LineIssue::SignedEventNumber},
+                                     {4, LineIssue::EventNumberTooLarge},
+                                     {5, LineIssue::TooFewFields},
+                                     {7, LineIssue::NulByte}}));
+    EXPECT_EQ(parser.getReport().count(fileio::LineAction::Dropped), 3u);
+    EXPECT_EQ(parser.getReport().count(fileio::LineAction::Changed), 2u);
+
+    // A second read starts a new report; CR-only files count their lines too.
+    list.clear();
+    ASSERT_EQ(parse("TITLE: X\r\r+7 AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\r"), Result::Ok);
+    EXPECT_EQ(parser.getReport().lines, (std::vector<LineNote>{{3, LineIssue::SignedEventNumber}}));
+}
+
+TEST_F(CmxParserTest, LinesThatAreNotUtf8AreReadAsWindows1252)
+{
+    // "Áú±ê422.mov" as an editing system wrote it in Windows-1252, then a
+    // name that is already UTF-8, which stays as it is.
+    ASSERT_EQ(parse("001  AX V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                    "* FROM CLIP NAME: \xC1\xFA\xB1\xEA" "422.mov\n"
+                    "002  AX V C 01:00:01:00 01:00:02:00 01:00:01:00 01:00:02:00\n"
+                    "* FROM CLIP NAME: \xC3\xA9t\xC3\xA9 \xE2\x82\xAC.mov\n"
+                    "003  AX V C 01:00:02:00 01:00:03:00 01:00:02:00 01:00:03:00\n"
+                    "* FROM CLIP NAME: \x80\x81\x9F\xFF\n"),
+              Result::Ok);
+    ASSERT_EQ(list.getSize(), 3u);
+    EXPECT_EQ(event(0).getClipName(), "\xC3\x81\xC3\xBA\xC2\xB1\xC3\xAA" "422.mov");
+    EXPECT_EQ(event(1).getClipName(), "\xC3\xA9t\xC3\xA9 \xE2\x82\xAC.mov");
+    // The euro sign, an undefined byte kept as its control character,
+    // Ÿ and ÿ.
+    EXPECT_EQ(event(2).getClipName(), "\xE2\x82\xAC\xC2\x81\xC5\xB8\xC3\xBF");
+    EXPECT_EQ(event(0).getEdlText().substr(event(0).getEdlText().find('\n') + 1),
+              "* FROM CLIP NAME: \xC3\x81\xC3\xBA\xC2\xB1\xC3\xAA" "422.mov");
+    EXPECT_EQ(parser.getReport().lines, (std::vector<fileio::LineNote>{{2, fileio::LineIssue::Windows1252},
+                                                                      {6, fileio::LineIssue::Windows1252}}));
+}
+
+TEST_F(CmxParserTest, ReadingThenBuildingJudgesAtTheRateSetBetween)
+{
+    // Frames 27 do not exist at 25 fps; frame 00 of minute 1 not at drop
+    // frame; and a reversed range. Read at one rate, built at another, the
+    // events must be those a parse at the second rate gives.
+    const std::string text = "001  A V C 01:00:00:00 01:00:00:27 01:00:00:00 01:00:00:27\n"
+                             "002  A V C 01:01:00;00 01:01:00;10 01:00:00:00 01:00:00:10\n"
+                             "003  A V C 01:00:02:00 01:00:01:00 01:00:00:27 01:00:10:00\n"
+                             "004  A V C 01:00:00:00 01:00:00:10 01:00:00:00 99:00:00:00\n";
+    for (const Framerate& rate : {Framerate(25, 0), Framerate(30, true, 1), Framerate(30, 0)}) {
+        SCOPED_TRACE(rate.getFps() * 10 + rate.getDropMode());
+        provider.setFramerate(rate);
+        EventList direct(EventList::ChangeKind);
+        std::istringstream stream(text);
+        Framerate suggestedRate;
+        ASSERT_EQ(CmxParser().parseStream(stream, "a.edl", direct, suggestedRate, false), Result::Ok);
+
+        provider.setFramerate(Framerate(24, 0));
+        CmxParser twoSteps;
+        std::istringstream again(text);
+        ASSERT_EQ(twoSteps.readStream(again, "a.edl", false), Result::Ok);
+        provider.setFramerate(rate);
+        EventList built(EventList::ChangeKind);
+        twoSteps.build(built);
+        twoSteps.build(built);
+        ASSERT_EQ(built.getSize(), direct.getSize()) << "a second build adds nothing";
+        for (size_t i = 0; i < direct.getSize(); ++i) {
+            EXPECT_EQ(built.getEvent(i)->getStates(), direct.getEvent(i)->getStates()) << i;
+            EXPECT_EQ(built.getEvent(i)->getMotionSpeed(), direct.getEvent(i)->getMotionSpeed()) << i;
+            EXPECT_EQ(built.getEvent(i)->getEdlText(), direct.getEvent(i)->getEdlText()) << i;
+        }
+        EXPECT_EQ(twoSteps.getSuggestedFramerate(), suggestedRate);
+    }
+}
+
+TEST_F(CmxParserTest, FilesThatCannotBeReadSayWhy)
+{
+    using fileio::OpenFailure;
+    const auto failureOf = [this](const std::string& path) {
+        EXPECT_EQ(parser.read(converter.fromUtf8(path), false), Result::FileNotOpened) << path;
+        return parser.getReport().openFailure;
+    };
+    const std::string folder = ::testing::TempDir() + "montala_parser_folder.edl";
+    std::remove(folder.c_str());
+    ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+    EXPECT_EQ(failureOf(folder), OpenFailure::Directory) << "a folder is no empty EDL";
+    EXPECT_EQ(failureOf(folder + "/missing.edl"), OpenFailure::Missing);
+    EXPECT_EQ(failureOf("/dev/null"), OpenFailure::NotRegularFile);
+
+    const std::string locked = folder + "/locked.edl";
+    std::ofstream(locked) << "TITLE: X\n";
+    ::chmod(locked.c_str(), 0);
+    if (::access(locked.c_str(), R_OK) != 0)
+        EXPECT_EQ(failureOf(locked), OpenFailure::PermissionDenied);
+    std::remove(locked.c_str());
+    ::rmdir(folder.c_str());
+
+    EventList target(EventList::OldKind);
+    Framerate rate;
+    fileio::ParseReport report;
+    EXPECT_THROW(target.loadEdl(u"/", false, rate, true, false, &report), Result::Type);
+    EXPECT_EQ(report.openFailure, OpenFailure::Directory);
 }
