@@ -886,7 +886,13 @@ void Project::save()
     auto storage = getService<Kelmar::IStorage>(services);
     check(storage->write(blockName, tree.getData(), static_cast<Kelmar::int64>(tree.getSize()), 1));
     check(object->setAttribute(dataAttribute, Kelmar::FVariant(storage.get(), false), 1));
-    check(object->setAttribute(checksumAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(tree.computeChecksum())), 1));
+    // A block without its checksum would read as a damaged one on the next
+    // load: without the checksum, the block goes too.
+    if (object->setAttribute(checksumAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(tree.computeChecksum())), 1)
+        != Kelmar::kResultOk) {
+        object->removeAttribute(dataAttribute);
+        throw Result::HostCallFailed;
+    }
 }
 
 std::u16string Project::loadFailureMessage(Result::Type code)

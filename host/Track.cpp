@@ -170,8 +170,16 @@ void Track::setLocked(bool on)
     // A locked track refuses every change, its attributes among them: the
     // mark is written while the track is open, before locking, after unlocking.
     const Kelmar::FVariant mark(static_cast<Kelmar::int64>(on ? 1 : 0));
-    if (on)
+    if (on) {
         check(object()->setAttribute(lockStateAttribute, mark, 1));
+        // A lock the host refused is not claimed: the mark would lock the
+        // track again the next time the project is loaded.
+        if (hostTrack->setToggle("lock", true) != Kelmar::kResultOk) {
+            object()->setAttribute(lockStateAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(0)), 1);
+            throw Result::HostCallFailed;
+        }
+        return;
+    }
     check(hostTrack->setToggle("lock", on));
     if (!on)
         check(object()->setAttribute(lockStateAttribute, mark, 1));
@@ -432,6 +440,20 @@ void Track::readAutomation()
 std::map<int, core::AudioInfo::AutomationSpan> Track::getAutomationAround(double position)
 {
     std::map<int, core::AudioInfo::AutomationSpan> around;
+    if (automation.empty() && hostTrack) {
+        // Nothing read yet: one empty entry per automation track, so that the
+        // list has the track's shape and says nothing of values until
+        // readAutomation reads the points.
+        Kelmar::IPtr<Kelmar::IObjectIterator> tracks = Kelmar::owned(hostTrack->getAutomationTracks());
+        while (tracks && !tracks->atEnd()) {
+            Kelmar::IPtr<Kelmar::IProjectObject> trackObject = Kelmar::owned(tracks->next());
+            if (!trackObject)
+                break;
+            AutomationData empty;
+            empty.track = queryRequired<Kelmar::IAutomationTrack>(trackObject.get());
+            automation.push_back(std::move(empty));
+        }
+    }
     for (size_t index = 0; index < automation.size(); ++index) {
         // -1 stands for "not found": a time or value below zero counts as
         // not there.
