@@ -74,8 +74,9 @@ public:
     // is thrown.
     virtual util::Result::Type applyCuts(CutList& cuts);
     virtual void setPreviewEvents(const EventList& events) = 0;
-    // The steps the enabled detectors advance at most; the host adds those
-    // of its own cutting.
+    // The steps the enabled detectors advance: all of them when every event
+    // is cut on trackCount tracks at a start of its own, fewer when events
+    // are skipped. The host adds those of its own cutting.
     virtual int64_t countSteps(int64_t eventCount, const Settings& settings, int64_t trackCount);
 
     // Makes a cut for every event that has a place on the timelines; events
