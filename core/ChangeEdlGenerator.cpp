@@ -184,22 +184,26 @@ void walkRivals(std::vector<Rival>& rivals, double lastShift)
 }
 
 struct OldMember {
-    EventPtr event;
-    uint32_t position = 0;
+    const EventBase* event;
+    uint32_t position; // in key order
 };
 
 // Old events of one key that match any New event alike: same source range,
 // speed and transition (and, for a freeze, record length). Only their
-// record places differ.
+// record places differ. Members and places are stretches of the table's
+// flat arrays.
 struct OldClass {
-    std::vector<OldMember> members; // in key order
+    uint32_t memberBegin; // members in key order
+    uint32_t memberEnd;
     // Distinct record starts in ascending order, each with the latest
     // member in key order that starts there.
-    struct Place {
-        double dstInSeconds;
-        uint32_t member;
-    };
-    std::vector<Place> places;
+    uint32_t placeBegin;
+    uint32_t placeEnd;
+};
+
+struct Place {
+    double dstInSeconds;
+    uint32_t member;
 };
 
 struct ClassKey {
@@ -209,21 +213,7 @@ struct ClassKey {
     int transitionType;
     int transitionDuration;
     int freezeLength; // record frames of a freeze, else -1
-    bool operator<(const ClassKey& o) const
-    {
-        return std::tie(srcIn, srcOut, speedBits, transitionType, transitionDuration, freezeLength)
-            < std::tie(o.srcIn, o.srcOut, o.speedBits, o.transitionType, o.transitionDuration, o.freezeLength);
-    }
-};
-
-// The Old events of one match key.
-struct KeyGroup {
-    std::vector<OldClass> classes;
-    std::map<ClassKey, uint32_t> classOf;
-    SourceIntervalIndex index;
-    // Events whose timecodes do not fit the index (they never should, since
-    // flawless events hold valid timecodes): tried against every New event.
-    std::vector<OldMember> unindexed;
+    auto tied() const { return std::tie(srcIn, srcOut, speedBits, transitionType, transitionDuration, freezeLength); }
 };
 
 std::optional<ClassKey> classKeyOf(const EventBase& event, const Framerate& rate)
@@ -245,12 +235,12 @@ std::optional<ClassKey> classKeyOf(const EventBase& event, const Framerate& rate
 // the walk leaves the one whose shift lies nearest lastShift, the latest in
 // key order on a tie. The shift falls as the record start rises, so the
 // distance falls and then rises over the places: search for the turn.
-uint32_t classWinner(const OldClass& oldClass, const MatchShape& shape, double lastShift)
+uint32_t classWinner(const Place* places, size_t count, const std::vector<OldMember>& members,
+                     const MatchShape& shape, double lastShift)
 {
-    const std::vector<OldClass::Place>& places = oldClass.places;
     auto signedDistance = [&](size_t i) { return timeShiftOf(places[i].dstInSeconds, shape) - lastShift; };
     size_t lo = 0;
-    size_t hi = places.size();
+    size_t hi = count;
     while (lo < hi) {
         const size_t mid = lo + (hi - lo) / 2;
         if (signedDistance(mid) >= 0.0)
@@ -262,19 +252,16 @@ uint32_t classWinner(const OldClass& oldClass, const MatchShape& shape, double l
     double best = std::numeric_limits<double>::infinity();
     if (lo > 0)
         best = std::fabs(signedDistance(lo - 1));
-    if (lo < places.size())
+    if (lo < count)
         best = std::min(best, std::fabs(signedDistance(lo)));
-    uint32_t winner = 0;
-    bool found = false;
+    uint32_t winner = places[lo > 0 ? lo - 1 : lo].member;
     auto consider = [&](size_t i) {
-        const uint32_t member = places[i].member;
-        if (!found || oldClass.members[member].position > oldClass.members[winner].position)
-            winner = member;
-        found = true;
+        if (members[places[i].member].position > members[winner].position)
+            winner = places[i].member;
     };
     for (size_t i = lo; i-- > 0 && std::fabs(signedDistance(i)) == best;)
         consider(i);
-    for (size_t i = lo; i < places.size() && std::fabs(signedDistance(i)) == best; ++i)
+    for (size_t i = lo; i < count && std::fabs(signedDistance(i)) == best; ++i)
         consider(i);
     return winner;
 }
@@ -431,6 +418,39 @@ void ChangeEdlGenerator::splitList(EventList& list, EventPtr* failed)
 
 namespace {
 
+// The flawless events of the list in ascending DST IN, equal ones in list
+// order: what walking EventListAlgorithm::orderByDstIn and skipping the
+// flawed gives, but sorted on keys held side by side rather than through
+// the events, which a long list would scatter over memory.
+std::vector<EventPtr> flawlessByDstIn(const EventList& list)
+{
+    struct Keyed {
+        int64_t dstIn;
+        uint32_t index;
+    };
+    std::vector<Keyed> keyed;
+    const std::vector<EventPtr>& events = list.getEvents();
+    keyed.reserve(events.size());
+    for (size_t i = 0; i < events.size(); ++i) {
+        if (!events[i]->isFlawless())
+            continue;
+        const std::optional<int64_t> key = orderKey(events[i]->getDstIn());
+        if (!key) {
+            std::vector<EventPtr> order = EventListAlgorithm::orderByDstIn(list);
+            order.erase(std::remove_if(order.begin(), order.end(), [](const EventPtr& e) { return !e->isFlawless(); }),
+                        order.end());
+            return order;
+        }
+        keyed.push_back({*key, static_cast<uint32_t>(i)});
+    }
+    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) { return a.dstIn < b.dstIn; });
+    std::vector<EventPtr> order;
+    order.reserve(keyed.size());
+    for (const Keyed& k : keyed)
+        order.push_back(events[k.index]);
+    return order;
+}
+
 // The Old events by key, and the search of one New event's candidates.
 class OldEventTable {
 public:
@@ -444,53 +464,66 @@ public:
         double timeShift;
     };
 
-    void add(const std::string& key, const EventPtr& event, uint32_t position, const Framerate& rate)
+    void add(const std::string& key, const EventBase& event, uint32_t position, const Framerate& rate)
     {
-        KeyGroup& group = groups[key];
+        const uint32_t group = groupIds.try_emplace(key, static_cast<uint32_t>(groupIds.size())).first->second;
         std::optional<ClassKey> classKey;
         double dstInSeconds = 0.0;
         try {
-            classKey = classKeyOf(*event, rate);
-            dstInSeconds = event->getDstIn().toSeconds();
+            classKey = classKeyOf(event, rate);
+            dstInSeconds = event.getDstIn().toSeconds();
         } catch (Result::Type) {
             classKey.reset();
         }
-        if (!classKey) {
-            group.unindexed.push_back({event, position});
-            return;
-        }
-        const auto [it, added] = group.classOf.try_emplace(*classKey, static_cast<uint32_t>(group.classes.size()));
-        if (added) {
-            group.classes.emplace_back();
-            group.index.add(classKey->srcIn, classKey->srcOut, it->second);
-        }
-        OldClass& oldClass = group.classes[it->second];
-        oldClass.places.push_back({dstInSeconds, static_cast<uint32_t>(oldClass.members.size())});
-        oldClass.members.push_back({event, position});
+        if (classKey)
+            pending.push_back({group, *classKey, {&event, position}, dstInSeconds});
+        else
+            unindexed.push_back({group, {&event, position}});
     }
 
     void build()
     {
-        for (auto& [key, group] : groups) {
-            group.index.build();
-            group.classOf.clear();
-            for (OldClass& oldClass : group.classes) {
-                // Members come in key order, so the last of equal starts is
-                // the latest: keep that one.
-                std::stable_sort(oldClass.places.begin(), oldClass.places.end(),
-                                 [](const OldClass::Place& a, const OldClass::Place& b) {
-                                     return a.dstInSeconds < b.dstInSeconds;
-                                 });
-                std::vector<OldClass::Place> distinct;
-                for (const OldClass::Place& place : oldClass.places) {
-                    if (!distinct.empty() && distinct.back().dstInSeconds == place.dstInSeconds)
-                        distinct.back() = place;
-                    else
-                        distinct.push_back(place);
-                }
-                oldClass.places = std::move(distinct);
+        // Events came in key order; a stable sort keeps it within a class.
+        std::stable_sort(pending.begin(), pending.end(), [](const Pending& a, const Pending& b) {
+            return a.group != b.group ? a.group < b.group : a.key.tied() < b.key.tied();
+        });
+        members.reserve(pending.size());
+        places.reserve(pending.size());
+        for (size_t first = 0; first < pending.size();) {
+            size_t last = first + 1;
+            while (last < pending.size() && pending[last].group == pending[first].group
+                   && pending[last].key.tied() == pending[first].key.tied())
+                ++last;
+            OldClass oldClass{static_cast<uint32_t>(members.size()), 0, static_cast<uint32_t>(places.size()), 0};
+            for (size_t i = first; i < last; ++i) {
+                places.push_back({pending[i].dstInSeconds, static_cast<uint32_t>(members.size())});
+                members.push_back(pending[i].member);
             }
+            oldClass.memberEnd = static_cast<uint32_t>(members.size());
+            // Of equal record starts the last is the latest in key order:
+            // keep that one.
+            std::stable_sort(places.begin() + oldClass.placeBegin, places.end(),
+                             [](const Place& a, const Place& b) { return a.dstInSeconds < b.dstInSeconds; });
+            size_t kept = oldClass.placeBegin;
+            for (size_t i = oldClass.placeBegin; i < places.size(); ++i) {
+                if (i > oldClass.placeBegin && places[i].dstInSeconds == places[kept - 1].dstInSeconds)
+                    places[kept - 1] = places[i];
+                else
+                    places[kept++] = places[i];
+            }
+            places.resize(kept);
+            oldClass.placeEnd = static_cast<uint32_t>(places.size());
+            index.add(pending[first].group, pending[first].key.srcIn, pending[first].key.srcOut,
+                      static_cast<uint32_t>(classes.size()));
+            classes.push_back(oldClass);
+            classGroup.push_back(pending[first].group);
+            first = last;
         }
+        pending.clear();
+        pending.shrink_to_fit();
+        index.build();
+        std::stable_sort(unindexed.begin(), unindexed.end(),
+                         [](const Unindexed& a, const Unindexed& b) { return a.group < b.group; });
     }
 
     // The candidates of the New event that survive the rival walk, in key
@@ -499,56 +532,78 @@ public:
                                        const std::function<void(const EventBase&)>& onFailure)
     {
         survivors.clear();
-        const auto found = groups.find(key);
-        if (found == groups.end())
+        const auto found = groupIds.find(key);
+        if (found == groupIds.end())
             return survivors;
-        const KeyGroup& group = found->second;
+        const uint32_t group = found->second;
+        const auto [unindexedBegin, unindexedEnd] =
+            std::equal_range(unindexed.begin(), unindexed.end(), Unindexed{group, {}},
+                             [](const Unindexed& a, const Unindexed& b) { return a.group < b.group; });
         classIds.clear();
         const std::optional<int64_t> srcIn = orderKey(newEvent.getSrcIn());
         const std::optional<int64_t> srcOut = orderKey(newEvent.getSrcOut());
-        bool quick = srcIn && srcOut && group.unindexed.empty();
+        bool quick = srcIn && srcOut && unindexedBegin == unindexedEnd;
         if (srcIn && srcOut) {
-            group.index.findOverlapping(*srcIn, *srcOut, classIds);
+            index.findOverlapping(group, *srcIn, *srcOut, classIds);
         } else {
-            for (uint32_t id = 0; id < group.classes.size(); ++id)
-                classIds.push_back(id);
+            // Not to be found through the index: try every class of the key.
+            for (uint32_t id = 0; id < classes.size(); ++id) {
+                if (classGroup[id] == group)
+                    classIds.push_back(id);
+            }
         }
         if (quick) {
             try {
-                matchByClass(group, newEvent, lastShift);
+                matchByClass(newEvent, lastShift);
             } catch (Result::Type) {
                 // Some placement leaves the day: walk the plain way, which
                 // fails on the first such pair in key order.
                 quick = false;
             }
         }
-        if (!quick)
-            matchOneByOne(group, newEvent, lastShift, onFailure);
+        if (!quick) {
+            tried.clear();
+            for (uint32_t id : classIds) {
+                for (uint32_t m = classes[id].memberBegin; m < classes[id].memberEnd; ++m)
+                    tried.push_back(members[m]);
+            }
+            for (auto it = unindexedBegin; it != unindexedEnd; ++it)
+                tried.push_back(it->member);
+            matchOneByOne(newEvent, lastShift, onFailure);
+        }
         std::sort(survivors.begin(), survivors.end(),
                   [](const Survivor& a, const Survivor& b) { return a.position < b.position; });
         return survivors;
     }
 
 private:
+    struct Pending {
+        uint32_t group;
+        ClassKey key;
+        OldMember member;
+        double dstInSeconds;
+    };
+    struct Unindexed {
+        uint32_t group;
+        OldMember member;
+    };
     struct Hit {
         uint32_t classId;
         MatchShape shape;
-        Timecode length; // of the candidates' New source stretch
     };
 
-    void matchByClass(const KeyGroup& group, const EventBase& newEvent, double lastShift)
+    void matchByClass(const EventBase& newEvent, double lastShift)
     {
         hits.clear();
         for (uint32_t id : classIds) {
-            const OldClass& oldClass = group.classes[id];
-            Hit hit{id, {}, {}};
-            if (!matchShape(*oldClass.members.front().event, newEvent, hit.shape))
+            const OldClass& oldClass = classes[id];
+            Hit hit{id, {}};
+            if (!matchShape(*members[oldClass.memberBegin].event, newEvent, hit.shape))
                 continue;
             // The latest record start places the latest Change event: if it
             // stays inside the day, every member's does.
-            const EventBase& latest = *oldClass.members[oldClass.places.back().member].event;
+            const EventBase& latest = *members[places[oldClass.placeEnd - 1].member].event;
             plus(changeSrcIn(latest, hit.shape), hit.shape.length);
-            hit.length = minus(hit.shape.newSrcEnd, hit.shape.newSrcStart);
             hits.push_back(hit);
         }
 
@@ -556,8 +611,8 @@ private:
         auto empty = [](const Hit& hit) { return !(hit.shape.newSrcStart < hit.shape.newSrcEnd); };
         for (const Hit& hit : hits) {
             if (empty(hit)) {
-                for (const OldMember& member : group.classes[hit.classId].members)
-                    keep(member, hit.shape);
+                for (uint32_t m = classes[hit.classId].memberBegin; m < classes[hit.classId].memberEnd; ++m)
+                    keep(members[m], hit.shape);
             }
         }
         hits.erase(std::remove_if(hits.begin(), hits.end(), empty), hits.end());
@@ -575,10 +630,13 @@ private:
                     end = hits[last].shape.newSrcEnd;
             }
             if (last == first + 1) {
-                const OldClass& oldClass = group.classes[hits[first].classId];
-                keep(oldClass.members[classWinner(oldClass, hits[first].shape, lastShift)], hits[first].shape);
+                const OldClass& oldClass = classes[hits[first].classId];
+                const uint32_t winner = classWinner(places.data() + oldClass.placeBegin,
+                                                    oldClass.placeEnd - oldClass.placeBegin, members,
+                                                    hits[first].shape, lastShift);
+                keep(members[winner], hits[first].shape);
             } else {
-                walkClasses(group, first, last, lastShift);
+                walkClasses(first, last, lastShift);
             }
             first = last;
         }
@@ -586,65 +644,66 @@ private:
 
     void keep(const OldMember& member, const MatchShape& shape)
     {
-        survivors.push_back({member.position, member.event.get(), nullptr, &shape,
-                             timeShiftOf(member.event->getDstIn().toSeconds(), shape)});
+        survivors.push_back(
+            {member.position, member.event, nullptr, &shape, timeShiftOf(member.event->getDstIn().toSeconds(), shape)});
     }
 
     // The plain walk over the candidates of the classes hits[first, last).
-    void walkClasses(const KeyGroup& group, size_t first, size_t last, double lastShift)
+    void walkClasses(size_t first, size_t last, double lastShift)
     {
-        rivals.clear();
-        rivalSources.clear();
+        struct Source {
+            const OldMember* member;
+            const MatchShape* shape;
+        };
+        std::vector<std::pair<Rival, Source>> candidates;
         for (size_t h = first; h < last; ++h) {
             const Hit& hit = hits[h];
-            for (const OldMember& member : group.classes[hit.classId].members) {
-                rivals.push_back({member.position, hit.shape.newSrcStart, hit.shape.newSrcEnd, hit.length,
-                                  timeShiftOf(member.event->getDstIn().toSeconds(), hit.shape), true});
-                rivalSources.push_back({&member, &hit.shape});
+            const Timecode length = minus(hit.shape.newSrcEnd, hit.shape.newSrcStart);
+            for (uint32_t m = classes[hit.classId].memberBegin; m < classes[hit.classId].memberEnd; ++m) {
+                const OldMember& member = members[m];
+                candidates.push_back({{member.position, hit.shape.newSrcStart, hit.shape.newSrcEnd, length,
+                                       timeShiftOf(member.event->getDstIn().toSeconds(), hit.shape), true},
+                                      {&member, &hit.shape}});
             }
         }
-        sortRivalsByPosition();
+        std::sort(candidates.begin(), candidates.end(),
+                  [](const auto& a, const auto& b) { return a.first.position < b.first.position; });
+        rivals.clear();
+        for (const auto& candidate : candidates)
+            rivals.push_back(candidate.first);
         walkRivals(rivals, lastShift);
         for (size_t i = 0; i < rivals.size(); ++i) {
             if (rivals[i].alive)
-                keep(*rivalSources[order[i]].first, *rivalSources[order[i]].second);
+                keep(*candidates[i].second.member, *candidates[i].second.shape);
         }
     }
 
-    // The walk as it always was: every Old event that may overlap tried in
-    // key order, the candidates made at once.
-    void matchOneByOne(const KeyGroup& group, const EventBase& newEvent, double lastShift,
+    // The walk as it always was: every Old event in tried that may overlap,
+    // in key order, the candidates made at once.
+    void matchOneByOne(const EventBase& newEvent, double lastShift,
                        const std::function<void(const EventBase&)>& onFailure)
     {
         survivors.clear();
-        std::vector<const OldMember*> tried;
-        for (uint32_t id : classIds) {
-            for (const OldMember& member : group.classes[id].members)
-                tried.push_back(&member);
-        }
-        for (const OldMember& member : group.unindexed)
-            tried.push_back(&member);
         std::sort(tried.begin(), tried.end(),
-                  [](const OldMember* a, const OldMember* b) { return a->position < b->position; });
-
+                  [](const OldMember& a, const OldMember& b) { return a.position < b.position; });
         std::vector<MatchCandidate> candidates;
         std::vector<const OldMember*> sources;
-        for (const OldMember* member : tried) {
+        for (const OldMember& member : tried) {
             MatchShape shape;
             MatchCandidate candidate;
             try {
-                if (!matchShape(*member->event, newEvent, shape))
+                if (!matchShape(*member.event, newEvent, shape))
                     continue;
-                candidate.event = makeChangeEvent(*member->event, newEvent, shape);
-                candidate.timeShift = timeShiftOf(member->event->getDstIn().toSeconds(), shape);
+                candidate.event = makeChangeEvent(*member.event, newEvent, shape);
+                candidate.timeShift = timeShiftOf(member.event->getDstIn().toSeconds(), shape);
             } catch (Result::Type) {
-                onFailure(*member->event);
+                onFailure(*member.event);
                 throw;
             }
             candidate.newSrcStart = shape.newSrcStart;
             candidate.newSrcEnd = shape.newSrcEnd;
             candidates.push_back(std::move(candidate));
-            sources.push_back(member);
+            sources.push_back(&member);
         }
         rivals.clear();
         for (size_t i = 0; i < candidates.size(); ++i) {
@@ -655,33 +714,28 @@ private:
         walkRivals(rivals, lastShift);
         for (size_t i = 0; i < candidates.size(); ++i) {
             if (rivals[i].alive)
-                survivors.push_back({sources[i]->position, sources[i]->event.get(), candidates[i].event, nullptr,
-                                     candidates[i].timeShift});
+                survivors.push_back(
+                    {sources[i]->position, sources[i]->event, candidates[i].event, nullptr, candidates[i].timeShift});
         }
     }
 
-    // Sorts rivals (and, through order, their sources) by key order.
-    void sortRivalsByPosition()
-    {
-        order.resize(rivals.size());
-        for (size_t i = 0; i < order.size(); ++i)
-            order[i] = i;
-        std::sort(order.begin(), order.end(),
-                  [this](size_t a, size_t b) { return rivals[a].position < rivals[b].position; });
-        std::vector<Rival> sorted;
-        sorted.reserve(rivals.size());
-        for (size_t i : order)
-            sorted.push_back(rivals[i]);
-        rivals = std::move(sorted);
-    }
+    std::unordered_map<std::string, uint32_t> groupIds;
+    std::vector<Pending> pending;
+    std::vector<OldClass> classes;
+    std::vector<uint32_t> classGroup; // the key of each class
+    std::vector<OldMember> members;
+    std::vector<Place> places;
+    SourceIntervalIndex index;
+    // Events whose timecodes do not fit the index (they never should, since
+    // flawless events hold valid timecodes): tried against every New event
+    // of their key. Sorted by group.
+    std::vector<Unindexed> unindexed;
 
-    std::unordered_map<std::string, KeyGroup> groups;
     // Scratch of one New event, kept to spare allocations.
     std::vector<uint32_t> classIds;
     std::vector<Hit> hits;
     std::vector<Rival> rivals;
-    std::vector<std::pair<const OldMember*, const MatchShape*>> rivalSources;
-    std::vector<size_t> order;
+    std::vector<OldMember> tried;
     std::vector<Survivor> survivors;
 };
 
@@ -721,16 +775,13 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
         bool changedByVfx = false;
         const std::string key = matchKey(*event, changedByVfx);
         event->setVfx(changedByVfx);
-        table.add(key, event, position++, rate);
+        table.add(key, *event, position++, rate);
     }
     table.build();
 
     double lastShift = 0.0;
     int nextNumber = 1;
-    EventList emitted(EventList::ChangeKind);
-    for (const EventPtr& newEvent : EventListAlgorithm::orderByDstIn(newCopy)) {
-        if (!newEvent->isFlawless())
-            continue;
+    for (const EventPtr& newEvent : flawlessByDstIn(newCopy)) {
         bool changedByVfx = false;
         const std::string key = matchKey(*newEvent, changedByVfx);
         newEvent->setVfx(changedByVfx);
@@ -746,10 +797,12 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
                 EventPtr event = survivor.event ? survivor.event
                                                 : makeChangeEvent(*survivor.oldEvent, *newEvent, *survivor.shape);
                 event->setEventNumber(nextNumber++);
-                emitted.addEvent(event);
+                changeList.addEvent(event);
                 lastShift = survivor.timeShift;
             }
         } catch (Result::Type code) {
+            // No half of a Change EDL is left behind.
+            changeList.clear();
             failure.code = code;
             if (failure.stage != GenerationFailure::Stage::Match) {
                 failure.stage = GenerationFailure::Stage::Match;
@@ -759,14 +812,16 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
             throw;
         }
     }
-    changeList.append(emitted);
-
     mergeTransitions(changeList);
     return Result::Ok;
 }
 
 void ChangeEdlGenerator::mergeTransitions(EventList& changeList) const
 {
+    const std::vector<EventPtr>& events = changeList.getEvents();
+    if (std::none_of(events.begin(), events.end(),
+                     [](const EventPtr& e) { return isTransition(e->getTransitionType()); }))
+        return;
     const std::vector<EventPtr> order = EventListAlgorithm::orderByDstIn(changeList);
     EventList merged(EventList::ChangeKind);
     for (size_t i = 0; i < order.size(); ++i) {

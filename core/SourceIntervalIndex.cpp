@@ -5,18 +5,27 @@
 
 namespace montala::core {
 
-void SourceIntervalIndex::add(int64_t start, int64_t end, uint32_t id)
+void SourceIntervalIndex::add(uint32_t group, int64_t start, int64_t end, uint32_t id)
 {
     // An empty or reversed range can never overlap anything.
     if (start < end)
-        ranges.push_back({start, end, id});
+        ranges.push_back({group, id, start, end});
 }
 
 void SourceIntervalIndex::build()
 {
-    std::sort(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) { return a.start < b.start; });
+    std::sort(ranges.begin(), ranges.end(), [](const Range& a, const Range& b) {
+        return a.group != b.group ? a.group < b.group : a.start < b.start;
+    });
+    const uint32_t groups = ranges.empty() ? 0 : ranges.back().group + 1;
+    groupStart.assign(groups + 1, 0);
+    for (const Range& range : ranges)
+        ++groupStart[range.group + 1];
+    for (uint32_t g = 0; g < groups; ++g)
+        groupStart[g + 1] += groupStart[g];
     latestEnd.assign(ranges.size(), std::numeric_limits<int64_t>::min());
-    fillLatestEnds(0, ranges.size());
+    for (uint32_t g = 0; g < groups; ++g)
+        fillLatestEnds(groupStart[g], groupStart[g + 1]);
 }
 
 int64_t SourceIntervalIndex::fillLatestEnds(size_t low, size_t high)
@@ -29,10 +38,11 @@ int64_t SourceIntervalIndex::fillLatestEnds(size_t low, size_t high)
     return latest;
 }
 
-void SourceIntervalIndex::findOverlapping(int64_t start, int64_t end, std::vector<uint32_t>& ids) const
+void SourceIntervalIndex::findOverlapping(uint32_t group, int64_t start, int64_t end,
+                                          std::vector<uint32_t>& ids) const
 {
-    if (start < end)
-        collect(0, ranges.size(), start, end, ids);
+    if (start < end && group + 1 < groupStart.size())
+        collect(groupStart[group], groupStart[group + 1], start, end, ids);
 }
 
 void SourceIntervalIndex::collect(size_t low, size_t high, int64_t start, int64_t end,
