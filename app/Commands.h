@@ -19,5 +19,7 @@ struct CommandIo {
 void registerInspectCommand(CLI::App& program, CommandIo& io);
 void registerGenerateCommand(CLI::App& program, CommandIo& io);
 void registerSessionCommand(CLI::App& program, CommandIo& io);
+void registerConformCommand(CLI::App& program, CommandIo& io);
+void registerVerifyCommand(CLI::App& program, CommandIo& io);
 
 } // namespace montala::app

@@ -1,0 +1,85 @@
+#include "run/PlaybackTrace.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+namespace montala::run {
+
+namespace {
+
+using sim::ObjectKind;
+
+// Stretches by start while they are painted; each is kept whole until a
+// later event covers part of it.
+using Canvas = std::map<double, PlaybackTrace::Stretch>;
+
+// Cuts the stretch that runs across `time` in two, so that `time` is a key
+// or falls in a gap.
+void split(Canvas& canvas, double time)
+{
+    auto after = canvas.upper_bound(time);
+    if (after == canvas.begin())
+        return;
+    auto holder = std::prev(after);
+    PlaybackTrace::Stretch& stretch = holder->second;
+    if (stretch.start >= time || stretch.end <= time)
+        return;
+    PlaybackTrace::Stretch right = stretch;
+    right.start = time;
+    right.positionAtStart = stretch.positionAtStart + (time - stretch.start);
+    stretch.end = time;
+    canvas.emplace(time, right);
+}
+
+} // namespace
+
+PlaybackTrace::PlaybackTrace(const sim::SimObject& track)
+{
+    Canvas canvas;
+    const auto paintEvent = [&](const sim::SimObject& event, double from, double to) {
+        if (event.kind() != ObjectKind::AudioEvent && event.kind() != ObjectKind::VideoEvent)
+            return;
+        const double eventStart = event.timelineStart();
+        const double start = std::max(from, eventStart);
+        const double end = std::min(to, event.timelineEnd());
+        if (!(start < end))
+            return;
+        split(canvas, start);
+        split(canvas, end);
+        canvas.erase(canvas.lower_bound(start), canvas.lower_bound(end));
+        Stretch stretch;
+        stretch.start = start;
+        stretch.end = end;
+        stretch.file = event.get().file;
+        stretch.clipId = event.kind() == ObjectKind::VideoEvent ? event.get().clipId : 0;
+        stretch.positionAtStart = event.get().offset + (start - eventStart);
+        canvas.emplace(start, std::move(stretch));
+    };
+    constexpr double always = 1e300;
+    for (const auto& child : track.children()) {
+        if (child->kind() == ObjectKind::Part) {
+            for (const auto& inner : child->children())
+                paintEvent(*inner, child->get().start, child->get().end);
+        } else {
+            paintEvent(*child, -always, always);
+        }
+    }
+    list.reserve(canvas.size());
+    for (auto& entry : canvas)
+        list.push_back(std::move(entry.second));
+}
+
+std::optional<PlaybackTrace::Heard> PlaybackTrace::at(double time) const
+{
+    auto after = std::upper_bound(list.begin(), list.end(), time,
+                                  [](double value, const Stretch& stretch) { return value < stretch.start; });
+    if (after == list.begin())
+        return std::nullopt;
+    const Stretch& stretch = *std::prev(after);
+    if (time >= stretch.end)
+        return std::nullopt;
+    return Heard{stretch.file, stretch.clipId, stretch.positionAtStart + (time - stretch.start)};
+}
+
+} // namespace montala::run

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "sim/SimObject.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace montala::run {
+
+// What one track plays over the whole timeline, worked out once: the
+// stretches in time order, each with the source heard and where in it the
+// stretch begins. It says what SimPlayback::at says at every moment (the
+// event added last is heard; a part plays its events inside its own range),
+// but a look-up is a binary search instead of a walk over every event, so
+// that an audit can ask at every frame of a long reel.
+//
+//   events in layer order:  [ a .......... ]
+//                                 [ b ..... ]      later, heard over a
+//   trace:                  [ a  ][ b ..... ]
+class PlaybackTrace {
+public:
+    struct Heard {
+        std::string file;        // audio: the source file
+        std::int64_t clipId = 0; // video: the pool clip
+        double position = 0.0;   // seconds into the source
+    };
+
+    explicit PlaybackTrace(const sim::SimObject& track);
+
+    // Nothing when the track is silent (or shows nothing) at `time`, host time.
+    std::optional<Heard> at(double time) const;
+
+    // The stretches heard, in time order: [start, end).
+    struct Stretch {
+        double start = 0.0;
+        double end = 0.0;
+        std::string file;
+        std::int64_t clipId = 0;
+        double positionAtStart = 0.0;
+    };
+    const std::vector<Stretch>& stretches() const { return list; }
+
+private:
+    std::vector<Stretch> list;
+};
+
+} // namespace montala::run

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "core/EdlLoader.h"
+#include "core/Framerate.h"
+#include "core/Settings.h"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace montala::run {
+
+// The audit of a conform: the old session, the conformed one, and the two
+// cuts.
+struct AuditRequest {
+    std::string oldSession;
+    std::string newSession;
+    std::vector<std::string> oldFiles;
+    std::vector<std::string> newFiles;
+    core::EdlLoadOptions load;
+    core::MatchName match = core::MatchName::RollName;
+    // The run was limited to the selected tracks: the others must be as
+    // they were.
+    bool selectedTracksOnly = false;
+};
+
+// One frame where the conformed session does not play what it should.
+struct SyncMismatch {
+    std::string timecode; // of the New cut
+    std::string expected; // "file.wav @ 12.340000 s", "clip 3 @ ...", "silence"
+    std::string found;
+};
+
+struct TrackAudit {
+    std::string name; // folders first: "DIALOGUE/DX"
+    std::string kind; // "audio" or "video"
+    // Left out of the run (locked, or not selected): must be untouched.
+    bool leftOut = false;
+    std::string leftOutReason;
+    bool untouched = true;
+    // The track is not in the conformed session.
+    bool missing = false;
+
+    // Frames of the New cut, over the tracks that took part.
+    size_t inSync = 0;
+    size_t outOfSync = 0;
+    // New picture that the Old cut never showed, and that is silent as it
+    // must be (not silent is counted out of sync).
+    size_t newPicture = 0;
+    // Picture the Old cut showed at another speed or through another
+    // transition: no sound follows it frame by frame, so it is not judged.
+    size_t notJudged = 0;
+    // The first frames out of sync, in time order.
+    std::vector<SyncMismatch> firstMismatches;
+
+    bool ok() const { return !missing && untouched && outOfSync == 0; }
+};
+
+struct AuditReport {
+    // The inputs could not be read; `message` says which and why.
+    bool readable = false;
+    std::string message;
+    core::Framerate rate;
+    std::string rateName;
+    size_t newCutFrames = 0;
+    std::vector<core::EdlFileReport> loads;
+    std::vector<TrackAudit> tracks;
+
+    bool inSync() const;
+};
+
+// How many mismatches of a track are kept for the report.
+inline constexpr size_t keptMismatches = 5;
+
+// Checks, for every frame of the New cut and every audio and video track
+// that took part, that the conformed session plays there what the old
+// session played where the Old cut showed the same source frame:
+//
+//   New cut:   ...[ A001 10:00:05:00-10:00:09:00 ]...   at new frame f
+//   Old cut:   [ A001 10:00:03:00-10:00:10:00 ]......   source frame s at old frame g
+//   expected:  new session at f  ==  old session at g   (same file and position)
+//
+// Picture the Old cut never showed must be silent. It reads the cuts by
+// source timecode on its own and shares nothing with the Change EDL's
+// generation, so that it checks generation and conform together. Tracks
+// left out of the run must be untouched.
+AuditReport auditSync(const AuditRequest& request,
+                      const std::function<void(const core::EdlFileReport&)>& loaded = nullptr);
+
+} // namespace montala::run
