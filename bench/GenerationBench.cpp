@@ -131,7 +131,9 @@ void BM_GenerateAndHeal(benchmark::State& state) { runGeneration(state, true, tr
 void BM_GenerateScaling(benchmark::State& state) { runGeneration(state, false, false, true); }
 
 // Every event of both cuts shows the same four seconds of one take: each New
-// event overlaps every Old event, and all its candidates are rivals.
+// event overlaps every Old event, and all its candidates are rivals. With
+// the second argument set, every hundredth Old use starts ten frames later,
+// so the candidates are no longer all alike and go through the pairwise walk.
 void BM_GenerateOneSourceRangeEverywhere(benchmark::State& state)
 {
     FixedFramerateProvider provider(Framerate(25, 0));
@@ -141,7 +143,12 @@ void BM_GenerateOneSourceRangeEverywhere(benchmark::State& state)
 
     const int events = static_cast<int>(state.range(0));
     std::vector<Shot> shots(static_cast<size_t>(events), Shot{1, 3600 * 25 * 2, 100});
-    const EventList oldList = layOut(shots, EventList::OldKind);
+    std::vector<Shot> oldShots = shots;
+    if (state.range(1) != 0) {
+        for (size_t i = 0; i < oldShots.size(); i += 100)
+            oldShots[i].srcIn += 10;
+    }
+    const EventList oldList = layOut(oldShots, EventList::OldKind);
     // The re-cut drops every third use, so the New places differ.
     std::vector<Shot> recut;
     for (size_t i = 0; i < shots.size(); ++i) {
@@ -173,4 +180,9 @@ BENCHMARK(BM_GenerateScaling)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GenerateWithVfxPatterns)->Args({1000, 200})->Args({10000, 2000})->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GenerateAndHeal)->Args({1000, 200})->Args({10000, 2000})->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_GenerateOneSourceRangeEverywhere)->Arg(8000)->Arg(16000)->Unit(benchmark::kMillisecond);
+// events, whether some uses are shifted
+BENCHMARK(BM_GenerateOneSourceRangeEverywhere)
+    ->Args({8000, 0})
+    ->Args({16000, 0})
+    ->Args({8000, 1})
+    ->Unit(benchmark::kMillisecond);

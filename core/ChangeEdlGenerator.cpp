@@ -9,7 +9,6 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -162,24 +161,50 @@ struct Rival {
 // outer cursor x walks the candidates in order; for each, the inner cursor
 // walks all others from the first. Of two rivals the longer stays; of two
 // of one length, the one whose shift lies nearer lastShift; on an exact tie
-// the inner one. A loser goes whole. Quadratic in the candidates given.
+// the inner one. A loser goes whole. Every meeting of two rivals removes
+// one of them, so the walk costs the candidates times those that do not
+// rival the outer one: quadratic at worst, linear when all are rivals. The
+// candidates still in play are linked in order, so that the removed ones
+// cost nothing more.
 void walkRivals(std::vector<Rival>& rivals, double lastShift)
 {
+    const uint32_t none = static_cast<uint32_t>(rivals.size());
+    std::vector<uint32_t> next(rivals.size());
+    std::vector<uint32_t> previous(rivals.size());
+    for (uint32_t i = 0; i < none; ++i) {
+        next[i] = i + 1;
+        previous[i] = i == 0 ? none : i - 1;
+    }
+    uint32_t head = 0;
+    auto remove = [&](uint32_t i) {
+        rivals[i].alive = false;
+        if (previous[i] == none)
+            head = next[i];
+        else
+            next[previous[i]] = next[i];
+        if (next[i] != none)
+            previous[next[i]] = previous[i];
+    };
     auto distance = [lastShift](const Rival& r) { return std::fabs(r.timeShift - lastShift); };
-    for (Rival& x : rivals) {
-        if (!x.alive)
-            continue;
-        for (Rival& y : rivals) {
-            if (&y == &x || !y.alive || !overlaps(x.newSrcStart, x.newSrcEnd, y.newSrcStart, y.newSrcEnd))
-                continue;
-            const bool deleteY = y.length == x.length ? distance(y) > distance(x) : y.length < x.length;
-            if (deleteY) {
-                y.alive = false;
-            } else {
-                x.alive = false;
-                break;
+    for (uint32_t x = head; x != none;) {
+        const Rival& outer = rivals[x];
+        for (uint32_t y = head; y != none;) {
+            const uint32_t behindY = next[y];
+            const Rival& inner = rivals[y];
+            if (y != x && overlaps(outer.newSrcStart, outer.newSrcEnd, inner.newSrcStart, inner.newSrcEnd)) {
+                const bool removeY =
+                    inner.length == outer.length ? distance(inner) > distance(outer) : inner.length < outer.length;
+                if (!removeY) {
+                    remove(x);
+                    break;
+                }
+                remove(y);
             }
+            y = behindY;
         }
+        // The element behind x as the list now stands; a removed x keeps
+        // the link it had when it went.
+        x = next[x];
     }
 }
 
@@ -254,9 +279,10 @@ uint32_t classWinner(const Place* places, size_t count, const std::vector<OldMem
         best = std::fabs(signedDistance(lo - 1));
     if (lo < count)
         best = std::min(best, std::fabs(signedDistance(lo)));
-    uint32_t winner = places[lo > 0 ? lo - 1 : lo].member;
+    const uint32_t none = std::numeric_limits<uint32_t>::max();
+    uint32_t winner = none;
     auto consider = [&](size_t i) {
-        if (members[places[i].member].position > members[winner].position)
+        if (winner == none || members[places[i].member].position > members[winner].position)
             winner = places[i].member;
     };
     for (size_t i = lo; i-- > 0 && std::fabs(signedDistance(i)) == best;)
@@ -629,17 +655,66 @@ private:
                 if (end < hits[last].shape.newSrcEnd)
                     end = hits[last].shape.newSrcEnd;
             }
-            if (last == first + 1) {
-                const OldClass& oldClass = classes[hits[first].classId];
-                const uint32_t winner = classWinner(places.data() + oldClass.placeBegin,
-                                                    oldClass.placeEnd - oldClass.placeBegin, members,
-                                                    hits[first].shape, lastShift);
-                keep(members[winner], hits[first].shape);
-            } else {
+            if (allRivals(first, last))
+                keepBestOf(first, last, lastShift);
+            else
                 walkClasses(first, last, lastShift);
-            }
             first = last;
         }
+    }
+
+    // Whether every candidate of hits[first, last) rivals every other. Ranges
+    // that overlap pairwise share a stretch, so it is enough that the latest
+    // start lies before the earliest end.
+    bool allRivals(size_t first, size_t last) const
+    {
+        const Timecode* latestStart = &hits[first].shape.newSrcStart;
+        const Timecode* earliestEnd = &hits[first].shape.newSrcEnd;
+        for (size_t h = first + 1; h < last; ++h) {
+            if (*latestStart < hits[h].shape.newSrcStart)
+                latestStart = &hits[h].shape.newSrcStart;
+            if (hits[h].shape.newSrcEnd < *earliestEnd)
+                earliestEnd = &hits[h].shape.newSrcEnd;
+        }
+        return *latestStart < *earliestEnd;
+    }
+
+    // When all candidates rival each other, the walk comes down to a
+    // champion carried along the candidates in order, replaced by each one
+    // that is longer, or as long and no farther from lastShift. What stays
+    // is the longest, then nearest, then latest in key order: in each class
+    // its own winner, and of those the best.
+    //
+    //   class A  |=========|        (longest: its nearest member stays)
+    //   class B     |======|
+    //   class C   |=====|
+    void keepBestOf(size_t first, size_t last, double lastShift)
+    {
+        const OldMember* best = nullptr;
+        const Hit* bestHit = nullptr;
+        Timecode bestLength;
+        double bestDistance = 0.0;
+        for (size_t h = first; h < last; ++h) {
+            const Hit& hit = hits[h];
+            const OldClass& oldClass = classes[hit.classId];
+            const OldMember& member = members[classWinner(places.data() + oldClass.placeBegin,
+                                                          oldClass.placeEnd - oldClass.placeBegin, members,
+                                                          hit.shape, lastShift)];
+            const Timecode length = last == first + 1 ? Timecode() : minus(hit.shape.newSrcEnd, hit.shape.newSrcStart);
+            const double distance =
+                std::fabs(timeShiftOf(member.event->getDstIn().toSeconds(), hit.shape) - lastShift);
+            const bool better = best == nullptr
+                || (length == bestLength ? distance < bestDistance
+                                               || (distance == bestDistance && member.position > best->position)
+                                         : bestLength < length);
+            if (better) {
+                best = &member;
+                bestHit = &hit;
+                bestLength = length;
+                bestDistance = distance;
+            }
+        }
+        keep(*best, bestHit->shape);
     }
 
     void keep(const OldMember& member, const MatchShape& shape)
