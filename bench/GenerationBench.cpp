@@ -132,8 +132,11 @@ void BM_GenerateScaling(benchmark::State& state) { runGeneration(state, false, f
 
 // Every event of both cuts shows the same four seconds of one take: each New
 // event overlaps every Old event, and all its candidates are rivals. With
-// the second argument set, every hundredth Old use starts ten frames later,
-// so the candidates are no longer all alike and go through the pairwise walk.
+// the second argument 1, every hundredth Old use starts ten frames later, so
+// the candidates are no longer all alike (but still share a stretch). With 2,
+// the Old uses are 60 frames long and start 0 to 99 frames in, so they share
+// no common stretch: the pairwise walk's worst case, quadratic in the Old
+// events that one New event overlaps.
 void BM_GenerateOneSourceRangeEverywhere(benchmark::State& state)
 {
     FixedFramerateProvider provider(Framerate(25, 0));
@@ -144,9 +147,14 @@ void BM_GenerateOneSourceRangeEverywhere(benchmark::State& state)
     const int events = static_cast<int>(state.range(0));
     std::vector<Shot> shots(static_cast<size_t>(events), Shot{1, 3600 * 25 * 2, 100});
     std::vector<Shot> oldShots = shots;
-    if (state.range(1) != 0) {
+    if (state.range(1) == 1) {
         for (size_t i = 0; i < oldShots.size(); i += 100)
             oldShots[i].srcIn += 10;
+    } else if (state.range(1) == 2) {
+        for (size_t i = 0; i < oldShots.size(); ++i) {
+            oldShots[i].srcIn += static_cast<int>(i % 100);
+            oldShots[i].length = 60;
+        }
     }
     const EventList oldList = layOut(oldShots, EventList::OldKind);
     // The re-cut drops every third use, so the New places differ.
@@ -185,4 +193,6 @@ BENCHMARK(BM_GenerateOneSourceRangeEverywhere)
     ->Args({8000, 0})
     ->Args({16000, 0})
     ->Args({8000, 1})
+    ->Args({500, 2})
+    ->Args({1000, 2})
     ->Unit(benchmark::kMillisecond);

@@ -55,14 +55,23 @@ namespace montala::core {
 // into classes of events that match alike (same source range, speed and
 // transition; only their record places differ). An interval index over the
 // classes' source ranges gives the Old events a New event overlaps, so the
-// work follows the overlaps and not the size of a roll. A class whose
-// candidates rival nothing outside it is decided at once: its members are
-// mutual rivals of one length, and the walk leaves the one whose time shift
-// lies nearest the last one (the latest such on a tie), found by a binary
-// search over the members' record places. Classes whose candidates rival
-// each other go through the pairwise walk together, which is quadratic in
-// their candidates; that is bounded by how many Old events of one key
-// overlap one New event in different ways.
+// work follows the overlaps and not the size of a roll.
+//
+// Deciding the rivals: candidates whose New source stretches overlap,
+// directly or through others, are decided together. When they all overlap
+// one another (a take used many times, perhaps trimmed differently) the
+// walk keeps the longest, then the one nearest the last shift, then the
+// latest: each class's nearest member is found by a binary search over its
+// record places, so many uses of one source range cost little:
+//
+//   New source      |===================|
+//   class A (x500)  |===========|             all rivals: one stays,
+//   class B (x3)        |=============|       the longest, then nearest
+//
+// Otherwise their candidates go through the pairwise walk, which costs the
+// candidates times those that do not rival the outer one: quadratic at
+// worst, in the Old events of one key that overlap one New event in
+// different ways without sharing a common stretch.
 //
 // The input lists are never touched; the work is done on deep copies and
 // every event placed in the change list is new. Failures are thrown as
