@@ -20,7 +20,8 @@ namespace montala::host {
 class DataModelEditStep : public Kelmar::FObject, public Kelmar::IEditStep {
 public:
     // `snapshot` is the state to go to at the next undo. The model is borrowed:
-    // the project that owns it outlives its host's undo list.
+    // the project that owns it goes when the host closes the project, and the
+    // host's undo list of that project goes with it.
     DataModelEditStep(core::DataModel& dataModel, core::serialize::SerializationTree snapshot);
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
