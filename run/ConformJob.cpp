@@ -205,6 +205,8 @@ private:
             return failed(outcome.result, std::string("the run did not complete (") + Result::name(outcome.result) +
                                               "); nothing was written");
 
+        if (watcher.conformed)
+            watcher.conformed(*project);
         if (!stage(ConformStage::Saving))
             return outcome;
         if (!sim::SessionFile::save(*project, request.outputPath, error))

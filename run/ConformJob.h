@@ -5,6 +5,7 @@
 #include "core/Settings.h"
 #include "host/RunSummary.h"
 #include "run/ProgressRelay.h"
+#include "sim/SimProject.h"
 #include "util/Result.h"
 
 #include <cstdint>
@@ -61,6 +62,8 @@ struct ConformWatcher {
     std::function<void(const core::EdlFileReport&)> loaded;
     std::function<bool(const ProgressState&)> progress;
     std::function<bool()> cancelRequested;
+    // The conformed project, before it is saved (an audit in memory).
+    std::function<void(sim::SimProject&)> conformed;
 };
 
 struct ConformOutcome {

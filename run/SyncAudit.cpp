@@ -213,35 +213,130 @@ bool same(const std::optional<PlaybackTrace::Heard>& a, const std::optional<Play
     return a->file == b->file && a->clipId == b->clipId && std::fabs(a->position - b->position) <= positionTolerance;
 }
 
-class Audit {
-public:
-    explicit Audit(const AuditRequest& request) : request(request) {}
+// The middle of a frame: clear of the edges, where a cut may lie a hair
+// either side of the frame line.
+double hostTime(sim::SimProject& project, std::int64_t frame)
+{
+    const sim::SimFrameRate& rate = project.frameRate();
+    return rate.frameToSeconds(frame) + 0.5 / rate.exactRate() - project.getProjectStart();
+}
 
-    ~Audit()
-    {
-        oldProject.reset();
-        newProject.reset();
-        if (host)
-            host->shutdown();
+void compareTrack(sim::SimProject& oldProject, sim::SimProject& newProject, const SimObject& before,
+                  const SimObject& after, const std::vector<Expectation>& frames, std::int64_t first,
+                  TrackAudit& audit)
+{
+    const PlaybackTrace oldTrace(before);
+    const PlaybackTrace newTrace(after);
+    for (size_t index = 0; index < frames.size(); ++index) {
+        const Expectation& expected = frames[index];
+        const std::int64_t frame = first + static_cast<std::int64_t>(index);
+        if (expected.kind == Expectation::NotJudged) {
+            ++audit.notJudged;
+            continue;
+        }
+        const std::optional<PlaybackTrace::Heard> found = newTrace.at(hostTime(newProject, frame));
+        std::optional<PlaybackTrace::Heard> wanted;
+        bool inSync = false;
+        if (expected.kind == Expectation::NewPicture) {
+            ++audit.newPicture;
+            inSync = !found;
+        } else {
+            // The same picture shown twice in the Old cut: either sound will do.
+            for (const std::int64_t oldFrame : expected.oldFrames) {
+                wanted = oldTrace.at(hostTime(oldProject, oldFrame));
+                if (same(wanted, found)) {
+                    inSync = true;
+                    break;
+                }
+            }
+            if (!inSync)
+                wanted = oldTrace.at(hostTime(oldProject, expected.oldFrames.front()));
+        }
+        if (inSync) {
+            if (expected.kind == Expectation::Old)
+                ++audit.inSync;
+            continue;
+        }
+        ++audit.outOfSync;
+        if (audit.firstMismatches.size() < keptMismatches)
+            audit.firstMismatches.push_back({newProject.frameRate().label(frame), describe(wanted), describe(found)});
     }
+}
 
-    AuditReport run(const std::function<void(const core::EdlFileReport&)>& loaded)
-    {
-        host = sim::SimHost::create();
+} // namespace
+
+void auditProjects(sim::SimProject& before, sim::SimProject& after, const core::EventList& oldCut,
+                   const core::EventList& newCut, core::MatchName match, bool selectedTracksOnly, AuditReport& report)
+{
+    const sim::SimFrameRate& simRate = before.frameRate();
+    report.rate = core::Framerate(simRate.fps, simRate.pullDown, simRate.dropFrame ? 1 : 0);
+    report.rateName = core::rateName(report.rate);
+    report.tracks.clear();
+    report.readable = false;
+
+    const std::vector<Shot> oldShots = shotsOf(oldCut, match, report.rate);
+    const std::vector<Shot> newShots = shotsOf(newCut, match, report.rate);
+    if (newShots.empty()) {
+        report.message = "the New cut holds no shot that can be audited";
+        return;
+    }
+    std::int64_t first = newShots.front().recIn;
+    std::int64_t last = newShots.front().recOut;
+    for (const Shot& shot : newShots) {
+        first = std::min(first, shot.recIn);
+        last = std::max(last, shot.recOut);
+    }
+    report.newCutFrames = static_cast<size_t>(last - first);
+    const std::vector<Expectation> frames = expectations(oldShots, newShots, first, last);
+
+    const auto conformed = tracksByPlace(after);
+    const std::map<std::string, SimObject*> conformedByPlace(conformed.begin(), conformed.end());
+    for (const auto& [place, track] : tracksByPlace(before)) {
+        if (!audited(*track))
+            continue;
+        TrackAudit audit;
+        audit.name = place;
+        audit.kind = track->kind() == ObjectKind::AudioTrack ? "audio" : "video";
+        const auto counterpart = conformedByPlace.find(place);
+        if (counterpart == conformedByPlace.end() || counterpart->second->kind() != track->kind()) {
+            audit.missing = true;
+        } else if (track->get().locked || (selectedTracksOnly && !track->selectedFlag())) {
+            audit.leftOut = true;
+            audit.leftOutReason = track->get().locked ? "locked" : "not selected";
+            audit.untouched = sameContent(*track, *counterpart->second);
+        } else {
+            compareTrack(before, after, *track, *counterpart->second, frames, first, audit);
+        }
+        report.tracks.push_back(audit);
+    }
+    report.readable = true;
+}
+
+bool AuditReport::inSync() const
+{
+    return readable && std::all_of(tracks.begin(), tracks.end(), [](const TrackAudit& track) { return track.ok(); });
+}
+
+AuditReport auditSync(const AuditRequest& request, const std::function<void(const core::EdlFileReport&)>& loaded)
+{
+    AuditReport report;
+    Kelmar::IPtr<sim::SimHost> host = sim::SimHost::create();
+    // The projects go before the host shuts down.
+    const auto audit = [&] {
         std::string error;
-        oldProject = sim::SessionFile::load(*host, request.oldSession, error);
-        if (!oldProject)
-            return unreadable(error);
-        newProject = sim::SessionFile::load(*host, request.newSession, error);
-        if (!newProject)
-            return unreadable(error);
-
-        const sim::SimFrameRate& simRate = oldProject->frameRate();
-        report.rate = core::Framerate(simRate.fps, simRate.pullDown, simRate.dropFrame ? 1 : 0);
-        report.rateName = core::rateName(report.rate);
-        core::FixedFramerateProvider provider(report.rate);
+        Kelmar::IPtr<sim::SimProject> before = sim::SessionFile::load(*host, request.oldSession, error);
+        if (!before) {
+            report.message = error;
+            return;
+        }
+        Kelmar::IPtr<sim::SimProject> after = sim::SessionFile::load(*host, request.newSession, error);
+        if (!after) {
+            report.message = error;
+            return;
+        }
+        const sim::SimFrameRate& simRate = before->frameRate();
+        core::FixedFramerateProvider provider(core::Framerate(simRate.fps, simRate.pullDown, simRate.dropFrame ? 1 : 0));
         core::ScopedFramerateProvider providerScope(&provider);
-
         std::vector<std::string> all = request.oldFiles;
         all.insert(all.end(), request.newFiles.begin(), request.newFiles.end());
         core::EdlLoader loader(all, request.load);
@@ -255,125 +350,15 @@ public:
             if (!report.loads.back().opened)
                 unread += (unread.empty() ? "" : ", ") + all[index];
         }
-        if (!unread.empty())
-            return unreadable("not every EDL could be read (" + unread + ")");
-
-        const std::vector<Shot> oldShots = shotsOf(oldCut, request.match, report.rate);
-        const std::vector<Shot> newShots = shotsOf(newCut, request.match, report.rate);
-        if (newShots.empty())
-            return unreadable("the New cut holds no shot that can be audited");
-        std::int64_t first = newShots.front().recIn;
-        std::int64_t last = newShots.front().recOut;
-        for (const Shot& shot : newShots) {
-            first = std::min(first, shot.recIn);
-            last = std::max(last, shot.recOut);
+        if (!unread.empty()) {
+            report.message = "not every EDL could be read (" + unread + ")";
+            return;
         }
-        report.newCutFrames = static_cast<size_t>(last - first);
-        const std::vector<Expectation> frames = expectations(oldShots, newShots, first, last);
-
-        auto conformed = tracksByPlace(*newProject);
-        std::map<std::string, SimObject*> conformedByPlace(conformed.begin(), conformed.end());
-        for (const auto& [place, track] : tracksByPlace(*oldProject)) {
-            if (!audited(*track))
-                continue;
-            TrackAudit audit;
-            audit.name = place;
-            audit.kind = track->kind() == ObjectKind::AudioTrack ? "audio" : "video";
-            const auto counterpart = conformedByPlace.find(place);
-            if (counterpart == conformedByPlace.end() || counterpart->second->kind() != track->kind()) {
-                audit.missing = true;
-                report.tracks.push_back(audit);
-                continue;
-            }
-            const SimObject& result = *counterpart->second;
-            if (track->get().locked || (request.selectedTracksOnly && !track->selectedFlag())) {
-                audit.leftOut = true;
-                audit.leftOutReason = track->get().locked ? "locked" : "not selected";
-                audit.untouched = sameContent(*track, result);
-            } else {
-                compare(*track, result, frames, first, audit);
-            }
-            report.tracks.push_back(audit);
-        }
-        report.readable = true;
-        return report;
-    }
-
-private:
-    AuditReport unreadable(std::string message)
-    {
-        report.readable = false;
-        report.message = std::move(message);
-        return report;
-    }
-
-    // The middle of a frame: clear of the edges, where a cut may lie a hair
-    // either side of the frame line.
-    static double hostTime(sim::SimProject& project, std::int64_t frame)
-    {
-        const sim::SimFrameRate& rate = project.frameRate();
-        return rate.frameToSeconds(frame) + 0.5 / rate.exactRate() - project.getProjectStart();
-    }
-
-    void compare(const SimObject& before, const SimObject& after, const std::vector<Expectation>& frames,
-                 std::int64_t first, TrackAudit& audit)
-    {
-        const PlaybackTrace oldTrace(before);
-        const PlaybackTrace newTrace(after);
-        for (size_t index = 0; index < frames.size(); ++index) {
-            const Expectation& expected = frames[index];
-            const std::int64_t frame = first + static_cast<std::int64_t>(index);
-            if (expected.kind == Expectation::NotJudged) {
-                ++audit.notJudged;
-                continue;
-            }
-            const std::optional<PlaybackTrace::Heard> found = newTrace.at(hostTime(*newProject, frame));
-            std::optional<PlaybackTrace::Heard> wanted;
-            bool inSync = false;
-            if (expected.kind == Expectation::NewPicture) {
-                ++audit.newPicture;
-                inSync = !found;
-            } else {
-                for (const std::int64_t oldFrame : expected.oldFrames) {
-                    wanted = oldTrace.at(hostTime(*oldProject, oldFrame));
-                    if (same(wanted, found)) {
-                        inSync = true;
-                        break;
-                    }
-                }
-                if (!expected.oldFrames.empty() && !inSync)
-                    wanted = oldTrace.at(hostTime(*oldProject, expected.oldFrames.front()));
-            }
-            if (inSync) {
-                if (expected.kind == Expectation::Old)
-                    ++audit.inSync;
-                continue;
-            }
-            ++audit.outOfSync;
-            if (audit.firstMismatches.size() < keptMismatches)
-                audit.firstMismatches.push_back(
-                    {oldProject->frameRate().label(frame), describe(wanted), describe(found)});
-        }
-    }
-
-    const AuditRequest& request;
-    AuditReport report;
-    Kelmar::IPtr<sim::SimHost> host;
-    Kelmar::IPtr<sim::SimProject> oldProject;
-    Kelmar::IPtr<sim::SimProject> newProject;
-};
-
-} // namespace
-
-bool AuditReport::inSync() const
-{
-    return readable && std::all_of(tracks.begin(), tracks.end(), [](const TrackAudit& track) { return track.ok(); });
-}
-
-AuditReport auditSync(const AuditRequest& request, const std::function<void(const core::EdlFileReport&)>& loaded)
-{
-    Audit audit(request);
-    return audit.run(loaded);
+        auditProjects(*before, *after, oldCut, newCut, request.match, request.selectedTracksOnly, report);
+    };
+    audit();
+    host->shutdown();
+    return report;
 }
 
 } // namespace montala::run

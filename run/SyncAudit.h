@@ -2,7 +2,9 @@
 
 #include "core/EdlLoader.h"
 #include "core/Framerate.h"
+#include "core/EventList.h"
 #include "core/Settings.h"
+#include "sim/SimProject.h"
 
 #include <cstddef>
 #include <functional>
@@ -87,5 +89,11 @@ inline constexpr size_t keptMismatches = 5;
 // left out of the run must be untouched.
 AuditReport auditSync(const AuditRequest& request,
                       const std::function<void(const core::EdlFileReport&)>& loaded = nullptr);
+
+// The same on two projects and two cuts already in memory; the cuts' events
+// are judged at the old project's rate.
+void auditProjects(sim::SimProject& before, sim::SimProject& after, const core::EventList& oldCut,
+                   const core::EventList& newCut, core::MatchName match, bool selectedTracksOnly,
+                   AuditReport& report);
 
 } // namespace montala::run
