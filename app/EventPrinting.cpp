@@ -1,6 +1,7 @@
 #include "app/EventPrinting.h"
 
 #include "core/HealedEvent.h"
+#include "core/fileio/TextEncoding.h"
 #include "util/StringUtil.h"
 
 #include <cstdio>
@@ -17,37 +18,132 @@ nlohmann::json framerateToJson(const core::Framerate& rate)
     return {{"fps", rate.fps}, {"pulled", rate.pulled}, {"dropMode", rate.dropMode}};
 }
 
-nlohmann::json eventToJson(const EventBase& event)
+std::string dumpJson(const nlohmann::json& json)
 {
-    nlohmann::json states = nlohmann::json::array();
-    for (EventState state : event.getStates())
-        states.push_back(static_cast<int>(state));
-    nlohmann::json json = {
-        {"eventNumber", event.getEventNumber()},
-        {"rollName", event.getRollName()},
-        {"clipName", event.getClipName()},
-        {"edlFile", event.getEdlFile()},
-        {"transitionType", event.getTransitionType()},
-        {"transitionDuration", event.getTransitionDuration()},
-        {"srcIn", event.getSrcIn().toString()},
-        {"srcOut", event.getSrcOut().toString()},
-        {"dstIn", event.getDstIn().toString()},
-        {"dstOut", event.getDstOut().toString()},
-        {"motionSpeed", event.getMotionSpeed()},
-        {"vfx", event.isVfx()},
-        {"states", states},
-    };
-    if (const auto* healed = dynamic_cast<const core::HealedEvent*>(&event))
-        json["healedEvents"] = eventListToJson(healed->getHealedEvents());
-    return json;
+    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-nlohmann::json eventListToJson(const EventList& list)
+namespace {
+
+// The length of the UTF-8 sequence that starts at text[i], or 0 if none
+// valid does.
+size_t sequenceLength(std::string_view text, size_t i)
 {
-    nlohmann::json events = nlohmann::json::array();
-    for (const core::EventPtr& event : list.getEvents())
-        events.push_back(eventToJson(*event));
-    return events;
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+    if (i + length > text.size() || !core::fileio::isValidUtf8(text.substr(i, length)))
+        return 0;
+    return length;
+}
+
+} // namespace
+
+void writeJsonString(std::ostream& out, std::string_view text)
+{
+    std::string escaped;
+    escaped.reserve(text.size() + 2);
+    escaped += '"';
+    for (size_t i = 0; i < text.size();) {
+        const char c = text[i];
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) {
+            const size_t length = sequenceLength(text, i);
+            if (length == 0) {
+                escaped += "\\ufffd";
+                ++i;
+            } else {
+                escaped.append(text.substr(i, length));
+                i += length;
+            }
+            continue;
+        }
+        switch (c) {
+        case '"': escaped += "\\\""; break;
+        case '\\': escaped += "\\\\"; break;
+        case '\n': escaped += "\\n"; break;
+        case '\r': escaped += "\\r"; break;
+        case '\t': escaped += "\\t"; break;
+        default:
+            if (byte < 0x20) {
+                char code[8];
+                std::snprintf(code, sizeof code, "\\u%04x", byte);
+                escaped += code;
+            } else {
+                escaped += c;
+            }
+        }
+        ++i;
+    }
+    escaped += '"';
+    out << escaped;
+}
+
+void writeEventJson(std::ostream& out, const EventBase& event)
+{
+    const auto key = [&out](const char* name) { out << ",\"" << name << "\":"; };
+    out << "{\"eventNumber\":" << event.getEventNumber();
+    key("rollName");
+    writeJsonString(out, event.getRollName());
+    key("clipName");
+    writeJsonString(out, event.getClipName());
+    key("edlFile");
+    writeJsonString(out, event.getEdlFile());
+    key("transitionType");
+    out << event.getTransitionType();
+    key("transitionDuration");
+    out << event.getTransitionDuration();
+    key("srcIn");
+    writeJsonString(out, event.getSrcIn().toString());
+    key("srcOut");
+    writeJsonString(out, event.getSrcOut().toString());
+    key("dstIn");
+    writeJsonString(out, event.getDstIn().toString());
+    key("dstOut");
+    writeJsonString(out, event.getDstOut().toString());
+    // The number as the JSON library prints a double, so that scripts see
+    // the same values as before.
+    key("motionSpeed");
+    out << nlohmann::json(event.getMotionSpeed()).dump();
+    key("vfx");
+    out << (event.isVfx() ? "true" : "false");
+    key("states");
+    out << '[';
+    bool first = true;
+    for (EventState state : event.getStates()) {
+        if (!first)
+            out << ',';
+        first = false;
+        out << static_cast<int>(state);
+    }
+    out << ']';
+    if (const auto* healed = dynamic_cast<const core::HealedEvent*>(&event)) {
+        key("healedEvents");
+        out << '[';
+        first = true;
+        for (const core::EventPtr& part : healed->getHealedEvents().getEvents()) {
+            if (!first)
+                out << ',';
+            first = false;
+            writeEventJson(out, *part);
+        }
+        out << ']';
+    }
+    out << '}';
+}
+
+void writeEventListJson(std::ostream& out, const EventList& list, std::string_view indent)
+{
+    if (list.getSize() == 0) {
+        out << "[]";
+        return;
+    }
+    out << "[\n";
+    for (size_t i = 0; i < list.getSize(); ++i) {
+        out << indent << "  ";
+        writeEventJson(out, *list.getEvent(i));
+        out << (i + 1 < list.getSize() ? ",\n" : "\n");
+    }
+    out << indent << ']';
 }
 
 namespace {
@@ -81,15 +177,33 @@ std::string stateLine(const EventBase& event)
     return line;
 }
 
+// Text left-aligned in width columns. Not printf's "%s": that would end the
+// text at a NUL byte, and every byte of a name is printed.
+void appendPadded(std::string& row, const std::string& text, size_t width)
+{
+    row += text;
+    if (text.size() < width)
+        row.append(width - text.size(), ' ');
+    row += ' ';
+}
+
 void printRow(std::ostream& out, const EventBase& event, const char* indent)
 {
-    char buffer[512];
-    std::snprintf(buffer, sizeof buffer, "%s%-5d %-12s %-24s %-6s %s %s %s %s %7.3f  ", indent,
-                  event.getEventNumber(), event.getRollName().c_str(), event.getClipName().c_str(),
-                  transitionText(event).c_str(), event.getSrcIn().toString().c_str(),
-                  event.getSrcOut().toString().c_str(), event.getDstIn().toString().c_str(),
-                  event.getDstOut().toString().c_str(), event.getMotionSpeed());
-    out << buffer << stateLine(event) << "\n";
+    char number[16];
+    std::snprintf(number, sizeof number, "%-5d ", event.getEventNumber());
+    std::string row = indent;
+    row += number;
+    appendPadded(row, event.getRollName(), 12);
+    appendPadded(row, event.getClipName(), 24);
+    appendPadded(row, transitionText(event), 6);
+    row += event.getSrcIn().toString() + ' ' + event.getSrcOut().toString() + ' ' + event.getDstIn().toString() + ' ' +
+           event.getDstOut().toString();
+    char speed[32];
+    std::snprintf(speed, sizeof speed, " %7.3f  ", event.getMotionSpeed());
+    row += speed;
+    row += stateLine(event);
+    row += '\n';
+    out << row;
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include "app/Commands.h"
-#include "app/EdlLoading.h"
 #include "app/EventPrinting.h"
+#include "app/LoadReporting.h"
 #include "core/DataModel.h"
-#include "core/VfxNameFilter.h"
+#include "core/EdlLoader.h"
+#include "core/FramerateNames.h"
+#include "core/VfxRowCheck.h"
 #include "core/fileio/CmxWriter.h"
 #include "util/Result.h"
 #include "util/StringConverter.h"
@@ -68,41 +70,21 @@ std::optional<core::VfxPatternEntry> parseVfxPattern(const std::string& text)
     return core::VfxPatternEntry(text.substr(0, colon), text.substr(colon + 1), true);
 }
 
-// Why generation failed, in the user's terms. For a refused VFX row the
-// filter itself tells which row it is, so the rule lives in one place.
+// Why generation failed, in the user's terms.
 std::string describeFailure(Result::Type code, const core::Settings& settings)
 {
     if (code == Result::InvalidArgument) {
-        for (size_t index = 0; index < core::Settings::vfxPatternCount; ++index) {
-            const core::VfxPatternEntry& entry = settings.getVfxPattern(index);
-            if (!entry.active || (entry.prefix.empty() && entry.postfix.empty()))
-                continue;
-            try {
-                core::VfxNameFilter filter;
-                filter.setPatterns({{entry.prefix, entry.postfix}});
-            } catch (Result::Type) {
-                return "VFX pattern " + std::to_string(index + 1) + " \"" + entry.prefix + ":" + entry.postfix +
-                       "\" holds a character outside letters, digits and . * - _";
-            }
+        const std::vector<core::VfxPatternEntry>& rows = settings.getVfxPatterns();
+        if (const std::optional<size_t> row = core::findRefusedVfxRow(rows)) {
+            const core::VfxPatternEntry& entry = rows[*row];
+            return "VFX pattern " + std::to_string(*row + 1) + " \"" + entry.prefix + ":" + entry.postfix +
+                   "\" holds a character outside letters, digits and . * - _";
         }
         return "an argument was refused";
     }
     if (code == Result::OutOfRange)
         return "a timecode left the day (00:00:00:00 to 23:59:59) while the events were worked out";
     return "generation failed";
-}
-
-nlohmann::json filesToJson(const std::vector<LoadedEdlFile>& files, const char* listName)
-{
-    nlohmann::json array = nlohmann::json::array();
-    for (const LoadedEdlFile& file : files) {
-        array.push_back({{"path", file.path},
-                         {"list", listName},
-                         {"opened", file.opened},
-                         {"suggestedRate", framerateToJson(file.suggestedRate)},
-                         {"events", file.events}});
-    }
-    return array;
 }
 
 class GenerateRun {
@@ -131,16 +113,15 @@ public:
             patterns.push_back(*entry);
         }
 
-        std::optional<core::Framerate> rate;
-        if (!options.rate.empty()) {
-            rate = parseRateName(options.rate);
-        } else {
-            std::vector<std::string> all = options.oldFiles;
-            all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
-            rate = suggestProjectRate(all, io.err);
-            if (!rate)
-                return 2;
-        }
+        std::vector<std::string> all = options.oldFiles;
+        all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
+        core::EdlLoadOptions loadOptions;
+        loadOptions.acceptAudio = options.acceptAudio;
+        loadOptions.renameBRolls = !options.noBRollRenaming;
+        core::EdlLoader loader(all, loadOptions);
+        const std::optional<core::Framerate> rate = chooseProjectRate(options.rate, loader, io.err);
+        if (!rate)
+            return 2;
         core::FixedFramerateProvider provider(*rate);
         core::ScopedFramerateProvider providerScope(&provider);
 
@@ -153,16 +134,16 @@ public:
         for (size_t index = 0; index < patterns.size(); ++index)
             settings.setVfxPattern(patterns[index], index);
 
-        EdlLoadOptions loadOptions;
-        loadOptions.acceptAudio = options.acceptAudio;
-        loadOptions.renameBRolls = settings.getBRollRenaming();
-        std::vector<LoadedEdlFile> oldFiles;
-        std::vector<LoadedEdlFile> newFiles;
-        const bool oldOpened =
-            loadEdlFiles(options.oldFiles, model.getOldList(), loadOptions, oldFiles, notes, io.err);
-        const bool newOpened =
-            loadEdlFiles(options.newFiles, model.getNewList(), loadOptions, newFiles, notes, io.err);
-        if (!oldOpened || !newOpened) {
+        // The Old files come first in the loader, then the New ones.
+        std::vector<core::EdlFileReport> reports;
+        bool allOpened = true;
+        for (size_t index = 0; index < all.size(); ++index) {
+            core::EventList& list = index < options.oldFiles.size() ? model.getOldList() : model.getNewList();
+            reports.push_back(loader.load(index, list));
+            printLoadReport(reports.back(), notes, io.err);
+            allOpened = allOpened && reports.back().opened;
+        }
+        if (!allOpened) {
             // A Change EDL from part of a cut would move audio to wrong places.
             io.err << commandName << "not generated, since not every EDL file could be read\n";
             return 1;
@@ -195,21 +176,17 @@ public:
             status = writeOutput(change, written);
 
         if (options.json) {
-            nlohmann::json files = filesToJson(oldFiles, "old");
-            for (const nlohmann::json& file : filesToJson(newFiles, "new"))
-                files.push_back(file);
-            const nlohmann::json document = {
-                {"rate", framerateToJson(*rate)},
-                {"files", files},
-                {"events", eventListToJson(change)},
-                {"total", change.getSize()},
-                {"invalid", change.countFlawedEvents()},
-                {"result", static_cast<int>(result)},
-                {"written", written},
-            };
-            io.out << document.dump(2) << "\n";
+            nlohmann::json files = nlohmann::json::array();
+            for (size_t index = 0; index < reports.size(); ++index)
+                files.push_back(loadReportToJson(reports[index], index < options.oldFiles.size() ? "old" : "new"));
+            io.out << "{\n  \"rate\": " << dumpJson(framerateToJson(*rate)) << ",\n  \"files\": " << dumpJson(files)
+                   << ",\n  \"events\": ";
+            writeEventListJson(io.out, change, "  ");
+            io.out << ",\n  \"total\": " << change.getSize() << ",\n  \"invalid\": " << change.countFlawedEvents()
+                   << ",\n  \"result\": " << static_cast<int>(result) << ",\n  \"written\": " << dumpJson(written)
+                   << "\n}\n";
         } else if (result == Result::Ok) {
-            io.out << "Project rate: " << rateName(*rate) << "\n";
+            io.out << "Project rate: " << core::rateName(*rate) << "\n";
             printEventTable(io.out, change);
             for (const std::string& path : written)
                 io.out << "Wrote " << path << "\n";
@@ -279,7 +256,7 @@ void registerGenerateCommand(CLI::App& program, CommandIo& io)
         ->required();
     command->add_option("--new", options->newFiles, "New EDL file (the re-cut picture); repeatable")->required();
     command->add_option("-o,--output", options->output, "Write the Change EDL to this CMX file");
-    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(rateNames()));
+    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
     command->add_option("--match", options->match, "Match events by roll name or clip name")
         ->check(CLI::IsMember(keysOf(matchNames)));
     command->add_option("--heal", options->heal, "How neighbouring Change events are joined")

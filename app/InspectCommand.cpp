@@ -1,7 +1,8 @@
 #include "app/Commands.h"
-#include "app/EdlLoading.h"
 #include "app/EventPrinting.h"
-#include "core/EventList.h"
+#include "app/LoadReporting.h"
+#include "core/EdlLoader.h"
+#include "core/FramerateNames.h"
 #include "util/StringConverter.h"
 
 #include <memory>
@@ -24,14 +25,13 @@ int runInspect(const InspectOptions& options, CommandIo& io)
     util::StringConverter converter;
     util::ScopedStringConverter converterScope(converter);
 
-    std::optional<core::Framerate> rate;
-    if (!options.rate.empty()) {
-        rate = parseRateName(options.rate);
-    } else {
-        rate = suggestProjectRate(options.files, io.err);
-        if (!rate)
-            return 2;
-    }
+    core::EdlLoadOptions loadOptions;
+    loadOptions.acceptAudio = options.acceptAudio;
+    loadOptions.renameBRolls = !options.noBRollRenaming;
+    core::EdlLoader loader(options.files, loadOptions);
+    const std::optional<core::Framerate> rate = chooseProjectRate(options.rate, loader, io.err);
+    if (!rate)
+        return 2;
     core::FixedFramerateProvider provider(*rate);
     core::ScopedFramerateProvider providerScope(&provider);
 
@@ -39,30 +39,22 @@ int runInspect(const InspectOptions& options, CommandIo& io)
     std::ostream& notes = options.json ? io.err : io.out;
 
     core::EventList list(core::EventList::ChangeKind);
-    std::vector<LoadedEdlFile> loaded;
-    EdlLoadOptions loadOptions;
-    loadOptions.acceptAudio = options.acceptAudio;
-    loadOptions.renameBRolls = !options.noBRollRenaming;
-    const bool allOpened = loadEdlFiles(options.files, list, loadOptions, loaded, notes, io.err);
+    std::vector<core::EdlFileReport> reports;
+    const bool allOpened = loader.loadAll(list, reports);
+    for (const core::EdlFileReport& report : reports)
+        printLoadReport(report, notes, io.err);
 
     if (options.json) {
         nlohmann::json files = nlohmann::json::array();
-        for (const LoadedEdlFile& file : loaded) {
-            files.push_back({{"path", file.path},
-                             {"opened", file.opened},
-                             {"suggestedRate", framerateToJson(file.suggestedRate)},
-                             {"events", file.events}});
-        }
-        const nlohmann::json document = {
-            {"rate", framerateToJson(*rate)},
-            {"files", files},
-            {"events", eventListToJson(list)},
-            {"total", list.getSize()},
-            {"invalid", list.countFlawedEvents()},
-        };
-        io.out << document.dump(2) << "\n";
+        for (const core::EdlFileReport& report : reports)
+            files.push_back(loadReportToJson(report));
+        io.out << "{\n  \"rate\": " << dumpJson(framerateToJson(*rate)) << ",\n  \"files\": " << dumpJson(files)
+               << ",\n  \"events\": ";
+        writeEventListJson(io.out, list, "  ");
+        io.out << ",\n  \"total\": " << list.getSize() << ",\n  \"invalid\": " << list.countFlawedEvents()
+               << "\n}\n";
     } else {
-        io.out << "Project rate: " << rateName(*rate) << "\n";
+        io.out << "Project rate: " << core::rateName(*rate) << "\n";
         printEventTable(io.out, list);
     }
     return allOpened ? 0 : 1;
@@ -75,8 +67,7 @@ void registerInspectCommand(CLI::App& program, CommandIo& io)
     auto options = std::make_shared<InspectOptions>();
     auto* command = program.add_subcommand("inspect", "Read EDL files and list their events with their states.");
     command->add_option("files", options->files, "CMX EDL files")->required();
-    command->add_option("--rate", options->rate, "Project frame rate")
-        ->check(CLI::IsMember(rateNames()));
+    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
     command->add_flag("--accept-audio", options->acceptAudio, "Accept audio-only events (channel A)");
     command->add_flag("--no-broll-renaming", options->noBRollRenaming,
                       "Keep roll names that end in B as they are");

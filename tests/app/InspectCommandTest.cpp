@@ -132,3 +132,68 @@ TEST(InspectCommand, UnreadableFileIsReportedAndTheOthersStillRead)
     EXPECT_NE(run.out.find("Total: 3"), std::string::npos);
     std::remove(path.c_str());
 }
+
+TEST(InspectCommand, CorpusFileInWindows1252PrintsAsJsonWithItsAccentedName)
+{
+    const std::string path = std::string(MONTALA_CORPUS_DIR) + "/pycmx/adobe_dai109_test.txt";
+    const CommandRun run = inspect({path, "--rate", "24", "--json"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto document = nlohmann::json::parse(run.out);
+    bool found = false;
+    for (const auto& event : document["events"])
+        found = found || event["clipName"] == "\xC3\x81\xC3\xBA\xC2\xB1\xC3\xAA" "422.mov";
+    EXPECT_TRUE(found) << "the name read as Windows-1252";
+    const auto& lines = document["files"][0]["lines"];
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines[0]["action"], "converted");
+    EXPECT_NE(run.err.find("adobe_dai109_test.txt line "), std::string::npos);
+}
+
+TEST(InspectCommand, DroppedAndChangedLinesAreWarnedWithFileAndLine)
+{
+    const std::string path = writeFile("inspect_hostile.edl",
+                                       std::string("TITLE: HOSTILE\n"
+                                                   "-1 A V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                                                   "2 A V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
+                                                   "* FROM CLIP NAME: a") +
+                                           '\0' + "b.mov\n3 A V C 01:00:00:00\n");
+    const CommandRun text = inspect({path, "--rate", "25"});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_NE(text.err.find("inspect_hostile.edl line 2: event number with a sign"), std::string::npos) << text.err;
+    EXPECT_NE(text.err.find("inspect_hostile.edl line 4: NUL bytes read as blanks"), std::string::npos);
+    EXPECT_NE(text.err.find("inspect_hostile.edl line 5: event line with too few fields"), std::string::npos);
+    // The whole name is printed, never cut at the NUL.
+    EXPECT_NE(text.out.find("a b.mov"), std::string::npos);
+
+    const CommandRun json = inspect({path, "--rate", "25", "--json"});
+    const auto lines = nlohmann::json::parse(json.out)["files"][0]["lines"];
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0]["line"], 2);
+    EXPECT_EQ(lines[0]["action"], "dropped");
+    EXPECT_EQ(lines[1]["action"], "changed");
+    std::remove(path.c_str());
+}
+
+TEST(InspectCommand, JsonNeverStopsOnBytesAndAFolderIsNoEdl)
+{
+    // Every byte value in a clip name; the document stays valid JSON.
+    std::string name;
+    for (int byte = 1; byte < 256; ++byte) {
+        if (byte != '\n' && byte != '\r')
+            name += static_cast<char>(byte);
+    }
+    const std::string path = writeFile("inspect_bytes.edl",
+                                       "1 A V C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n* FROM CLIP NAME: " +
+                                           name + "\n");
+    const CommandRun run = inspect({path, "--rate", "25", "--json"});
+    ASSERT_EQ(run.status, 0);
+    EXPECT_NO_THROW(nlohmann::json::parse(run.out)) << run.out;
+
+    const CommandRun folder = inspect({::testing::TempDir(), path, "--rate", "25"});
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_NE(folder.err.find("(it is a folder, not a file)"), std::string::npos) << folder.err;
+    EXPECT_NE(folder.out.find("Total: 1"), std::string::npos);
+    const CommandRun missing = inspect({"/nonexistent/missing.edl", "--rate", "25", "--json"});
+    EXPECT_EQ(nlohmann::json::parse(missing.out)["files"][0]["error"], "no such file");
+    std::remove(path.c_str());
+}
