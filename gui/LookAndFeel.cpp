@@ -3,6 +3,7 @@
 #include "util/Result.h"
 
 #include <initializer_list>
+#include <utility>
 
 namespace montala::gui {
 
@@ -19,6 +20,11 @@ constexpr std::initializer_list<const char*> standInFamilies{"DejaVu Sans", "Not
 constexpr std::initializer_list<const char*> cjkFamilies{"Droid Sans Fallback", "Noto Sans CJK JP",
                                                          "Noto Sans CJK SC", "WenQuanYi Micro Hei"};
 
+// A code point that no font maps (the last private use one): asking for it
+// gives a font's "missing glyph", the box FreeType draws for unknown code
+// points.
+constexpr juce::juce_wchar unmappedCharacter = 0x10FFFD;
+
 juce::String firstInstalled(std::initializer_list<const char*> families)
 {
     const juce::StringArray installed = juce::Font::findAllTypefaceNames();
@@ -28,10 +34,81 @@ juce::String firstInstalled(std::initializer_list<const char*> families)
     return {};
 }
 
+bool outlineOf(juce::Typeface& typeface, juce::juce_wchar character, juce::Path& outline)
+{
+    juce::Array<int> glyphs;
+    juce::Array<float> offsets;
+    typeface.getGlyphPositions(juce::String::charToString(character), glyphs, offsets);
+    return glyphs.size() == 1 && typeface.getOutlineForGlyph(glyphs[0], outline);
+}
+
+// The window's family with the CJK family behind it, glyph by glyph.
+//
+// JUCE on Linux never falls back for a single character: FreeType hands out
+// the font's missing-glyph box for anything the font lacks, and JUCE draws
+// that. So a Japanese text with a Latin word in it needs both fonts in one
+// typeface: each character comes from the window's family unless that one
+// answers with its missing glyph, and then from the CJK family if it has it.
+// Advance widths come with the glyph; kerning pairs are not carried over.
+class WindowTypeface : public juce::CustomTypeface {
+public:
+    WindowTypeface(juce::Typeface::Ptr primaryTypeface, juce::Typeface::Ptr fallbackTypeface)
+        : primary(std::move(primaryTypeface)), fallback(std::move(fallbackTypeface))
+    {
+        setCharacteristics(primary->getName(), primary->getStyle(), primary->getAscent(), L' ');
+        outlineOf(*primary, unmappedCharacter, primaryMissing);
+        if (fallback != nullptr)
+            outlineOf(*fallback, unmappedCharacter, fallbackMissing);
+    }
+
+protected:
+    bool loadGlyphIfPossible(juce::juce_wchar character) override
+    {
+        juce::Path shape;
+        juce::Typeface* source = primary.get();
+        bool found = outlineOf(*primary, character, shape);
+        if (fallback != nullptr && (!found || shape == primaryMissing)) {
+            juce::Path other;
+            if (outlineOf(*fallback, character, other) && other != fallbackMissing) {
+                shape = other;
+                source = fallback.get();
+                found = true;
+            }
+        }
+        if (!found)
+            return false;
+        addGlyph(character, shape, source->getStringWidth(juce::String::charToString(character)));
+        return true;
+    }
+
+private:
+    juce::Typeface::Ptr primary;
+    juce::Typeface::Ptr fallback;
+    juce::Path primaryMissing;
+    juce::Path fallbackMissing;
+};
+
 struct FontChoice {
     juce::String family;
     juce::String fallback;
+    juce::Typeface::Ptr plain;
+    juce::Typeface::Ptr bold;
 };
+
+juce::Typeface::Ptr systemTypeface(const juce::String& family, int style)
+{
+    // Straight from the system, not through a look and feel: ours hands out
+    // the typefaces made here.
+    return juce::Font::getDefaultTypefaceForFont(juce::Font(family, 10.0f, style));
+}
+
+juce::Typeface::Ptr windowTypeface(const juce::String& family, const juce::String& fallback, int style)
+{
+    juce::Typeface::Ptr primary = systemTypeface(family, style);
+    if (fallback.isEmpty() || primary == nullptr)
+        return primary;
+    return new WindowTypeface(primary, systemTypeface(fallback, juce::Font::plain));
+}
 
 // Chosen once: the font scan reads every font file of the system.
 const FontChoice& fontChoice()
@@ -44,12 +121,8 @@ const FontChoice& fontChoice()
         if (made.family.isEmpty())
             made.family = juce::Font::getDefaultSansSerifFontName();
         made.fallback = firstInstalled(cjkFamilies);
-        // JUCE draws a glyph that a font lacks from this one family; it is a
-        // setting of the process, which has only this style anyway.
-        if (made.fallback.isNotEmpty()) {
-            juce::Font::setFallbackFontName(made.fallback);
-            juce::Font::setFallbackFontStyle("Regular");
-        }
+        made.plain = windowTypeface(made.family, made.fallback, juce::Font::plain);
+        made.bold = windowTypeface(made.family, made.fallback, juce::Font::bold);
         return made;
     }();
     return choice;
@@ -57,7 +130,11 @@ const FontChoice& fontChoice()
 
 juce::Font windowFont(float height, int style)
 {
-    return juce::Font(fontChoice().family, height, style);
+    const FontChoice& choice = fontChoice();
+    const juce::Typeface::Ptr& typeface = (style & juce::Font::bold) != 0 ? choice.bold : choice.plain;
+    if (typeface == nullptr)
+        return juce::Font(choice.family, height, style);
+    return juce::Font(typeface).withHeight(height);
 }
 
 } // namespace
@@ -161,10 +238,11 @@ void LookAndFeel::drawFittedText(juce::Graphics& g, const juce::String& text, in
 
 juce::Typeface::Ptr LookAndFeel::getTypefaceForFont(const juce::Font& font)
 {
-    if (font.getTypefaceName() == preferredFontName && getFontName() != preferredFontName) {
-        juce::Font standIn(font);
-        standIn.setTypefaceName(getFontName());
-        return juce::LookAndFeel_V2::getTypefaceForFont(standIn);
+    const juce::String name = font.getTypefaceName();
+    if (name == preferredFontName || name == getFontName()) {
+        const FontChoice& choice = fontChoice();
+        if (auto typeface = font.isBold() ? choice.bold : choice.plain)
+            return typeface;
     }
     return juce::LookAndFeel_V2::getTypefaceForFont(font);
 }

@@ -10,10 +10,11 @@ namespace montala::gui {
 // Montala. MainGui holds one and sets it on itself; the overlays inherit it.
 //
 // The family is "Segoe UI". Where it is not installed (any Linux desktop),
-// a free sans font of the set-up stands in for it, and a CJK font is made
-// JUCE's glyph fallback, so that the Japanese and Chinese translations do not
-// show as empty boxes. The helpers are static: table models and other
-// painters that have no look and feel at hand draw text the same way.
+// a free sans font of the set-up stands in for it. The fonts of getFont also
+// carry a CJK family behind the window's own, glyph by glyph, so that the
+// Japanese and Chinese translations do not show as empty boxes. The helpers
+// are static: table models and other painters that have no look and feel at
+// hand draw text the same way.
 class LookAndFeel : public juce::LookAndFeel_V2 {
 public:
     // Font kinds of getFont. The others that getFont knows repeat these
@@ -33,7 +34,7 @@ public:
     // The family asked for, and the family that is drawn with: the preferred
     // one when installed, else the stand-in (the same value for the whole run).
     static juce::String getFontName();
-    // A CJK family that is installed and made the glyph fallback, or empty.
+    // The installed CJK family behind the window's family, or empty.
     static juce::String getFallbackFontName();
 
     // The font of a kind; an unknown kind throws Result::InvalidArgument.

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "core/EventList.h"
+#include "gui/TimeLineEvent.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <list>
+#include <memory>
+
+namespace montala::gui {
+
+// The strip under the Change table: every Change event as a rectangle in
+// the old cut ("Source", upper row) and in the new cut ("Destination", lower
+// row), on one scale that fits the whole list into the width. No zoom, no
+// scrolling, no mouse.
+//
+//     0        100                                          width
+//   0 +---------+----------------------------------------------+
+//     | Source  | [==]  [=====]     [=] [====]                 |
+//  35 +---------+----------------------------------------------+
+//  45 +---------+----------------------------------------------+
+//     | Destin. |  [=====] [==]  [====]   [=]                  |
+//  80 +---------+----------------------------------------------+
+//                ^ start                                  end ^
+//
+// An event is never thinner than a pixel, so a one-frame event in a long
+// reel stays visible.
+class EventTimeLineView : public juce::Component {
+public:
+    using TimeLineEvent = gui::TimeLineEvent;
+
+    static constexpr int labelWidth = 100;
+    static constexpr int rowHeight = 35;
+    static constexpr int destinationTop = 45;
+
+    EventTimeLineView();
+    ~EventTimeLineView() override;
+
+    // Rebuilds all rectangles from the list, at the current frame rate.
+    void setEvents(const core::EventList& list);
+    // Marks the rectangles of the selected events (by pointer) and brings
+    // them to the front; the others take their own colours back.
+    void setSelection(const core::EventList& selected);
+
+    void paint(juce::Graphics& g) override;
+    void resized() override;
+
+    // The time span the strip shows, in seconds.
+    double getStart() const { return start; }
+    double getEnd() const { return end; }
+    const std::list<std::shared_ptr<TimeLineEvent>>& getTimeLineEvents() const { return events; }
+
+private:
+    void layOut();
+
+    juce::Label sourceLabel;
+    juce::Label destinationLabel;
+    juce::DrawableComposite content;
+    double start = 0.0;
+    double end = 0.0;
+    std::list<std::shared_ptr<TimeLineEvent>> events;
+};
+
+} // namespace montala::gui
