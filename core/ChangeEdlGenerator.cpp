@@ -634,24 +634,26 @@ private:
         }
 
         // A candidate of no length rivals nothing: all of its class stay.
-        auto empty = [](const Hit& hit) { return !(hit.shape.newSrcStart < hit.shape.newSrcEnd); };
-        for (const Hit& hit : hits) {
-            if (empty(hit)) {
-                for (uint32_t m = classes[hit.classId].memberBegin; m < classes[hit.classId].memberEnd; ++m)
-                    keep(members[m], hit.shape);
-            }
+        // Those classes go behind the others, where they stay put, since
+        // the survivors point at their shapes.
+        const size_t withLength = static_cast<size_t>(
+            std::partition(hits.begin(), hits.end(),
+                           [](const Hit& hit) { return hit.shape.newSrcStart < hit.shape.newSrcEnd; })
+            - hits.begin());
+        for (size_t h = withLength; h < hits.size(); ++h) {
+            for (uint32_t m = classes[hits[h].classId].memberBegin; m < classes[hits[h].classId].memberEnd; ++m)
+                keep(members[m], hits[h].shape);
         }
-        hits.erase(std::remove_if(hits.begin(), hits.end(), empty), hits.end());
 
         // Classes whose candidates overlap, directly or through others, go
         // through the walk together; apart from them nothing rivals them.
-        std::sort(hits.begin(), hits.end(),
+        std::sort(hits.begin(), hits.begin() + static_cast<std::ptrdiff_t>(withLength),
                   [](const Hit& a, const Hit& b) { return a.shape.newSrcStart < b.shape.newSrcStart; });
         size_t first = 0;
-        while (first < hits.size()) {
+        while (first < withLength) {
             Timecode end = hits[first].shape.newSrcEnd;
             size_t last = first + 1;
-            for (; last < hits.size() && hits[last].shape.newSrcStart < end; ++last) {
+            for (; last < withLength && hits[last].shape.newSrcStart < end; ++last) {
                 if (end < hits[last].shape.newSrcEnd)
                     end = hits[last].shape.newSrcEnd;
             }

@@ -163,10 +163,10 @@ private:
     void addShot(EventList& events, int number, int& rec)
     {
         static const char* const rolls[] = {"A", "B", "SH_001", "SH_002"};
-        static const int starts[] = {0, 0, 0, 25, 50, 50, 100, 112};
+        static const int starts[] = {0, 0, 0, 25, 50, 50, 99, 100, 112};
         static const int lengths[] = {25, 50, 50, 75, 100, 13};
         const std::string roll = rolls[pick(0, chance(70) ? 0 : 3)];
-        const int srcIn = 3600 * 25 + starts[pick(0, 7)];
+        const int srcIn = 3600 * 25 + starts[pick(0, 8)];
         int srcLength = lengths[pick(0, 5)];
         int recLength = srcLength;
         const int style = pick(1, 100);
@@ -176,6 +176,8 @@ private:
             recLength = srcLength * 2; // half speed
         else if (style <= 16)
             recLength = 200; // a freeze of the source's first frame, below
+        else if (style <= 22)
+            recLength = srcLength / 4; // a frame or two of shared source comes to no record length
         // Ending on the last frame of the day at a speed that counts as
         // normal (200 source frames over 199): a Change event conformed at
         // the source length passes the day, so generation must fail, and
