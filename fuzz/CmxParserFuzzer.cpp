@@ -1,10 +1,13 @@
 // Parses arbitrary text as a CMX EDL from memory. The reader is forgiving
 // by design: whatever the text, it must end in a result code, and every
 // event it keeps must be usable by the rest of the system (printing its
-// timecodes, judging its states, writing its roll name).
+// timecodes, judging its states, writing its roll name). Whatever the bytes,
+// the text it keeps is UTF-8 without NULs, and each line it reports lies in
+// the text.
 #include "core/EventList.h"
 #include "core/fileio/CmxParser.h"
 #include "core/fileio/CmxWriter.h"
+#include "core/fileio/TextEncoding.h"
 #include "util/Result.h"
 #include "util/StringConverter.h"
 
@@ -43,7 +46,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (result != util::Result::Ok)
         return 0;
 
+    size_t lineCount = 1;
+    for (size_t i = 0; i < size; ++i)
+        lineCount += data[i] == '\n' || data[i] == '\r';
+    for (const core::fileio::LineNote& note : parser.getReport().lines) {
+        if (note.line == 0 || note.line > lineCount)
+            fail("a reported line number lies outside the text");
+    }
+
     for (const core::EventPtr& event : list.getEvents()) {
+        for (const std::string* text : {&event->getClipName(), &event->getEdlText(), &event->getRollName()}) {
+            if (!core::fileio::isValidUtf8(*text) || text->find('\0') != std::string::npos)
+                fail("an event keeps text that is not UTF-8 or holds a NUL");
+        }
         (void)event->getSrcIn().toString();
         (void)event->getDstOut().toString();
         (void)event->getStateText();

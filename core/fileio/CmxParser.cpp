@@ -446,8 +446,9 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
         return;
     }
     auto& stored = target.timecodes[static_cast<size_t>(which)];
-    std::copy(fields, fields + 4, stored.begin());
-    target.readTimecodes |= 1u << which;
+    for (size_t i = 0; i < 4; ++i)
+        stored[i] = static_cast<uint8_t>(fields[i]);
+    target.readTimecodes = static_cast<uint8_t>(target.readTimecodes | (1u << which));
     if (fields[3] < 60)
         ++frameHistogram[static_cast<size_t>(fields[3])];
 }

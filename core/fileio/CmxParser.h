@@ -51,8 +51,9 @@ private:
     struct PendingEvent {
         EventPtr event;
         std::string edlText;
-        std::array<std::array<int, 4>, 4> timecodes{};
-        unsigned readTimecodes = 0; // bit n: timecode n matched the pattern
+        // Two digits a field at most, as the pattern allows.
+        std::array<std::array<uint8_t, 4>, 4> timecodes{};
+        uint8_t readTimecodes = 0; // bit n: timecode n matched the pattern
         size_t line = 0;
     };
 
