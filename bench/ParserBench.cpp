@@ -20,7 +20,7 @@ namespace {
 
 std::string timecodeText(int frames, int fps)
 {
-    char text[16];
+    char text[32];
     std::snprintf(text, sizeof text, "%02d:%02d:%02d:%02d", frames / (fps * 3600), frames / (fps * 60) % 60,
                   frames / fps % 60, frames % fps);
     return text;

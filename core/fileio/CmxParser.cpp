@@ -196,7 +196,7 @@ Result::Type CmxParser::read(const std::u16string& path, bool acceptAudio)
             report.openFailure = errno == EACCES ? OpenFailure::PermissionDenied : OpenFailure::Unreadable;
             return Result::FileNotOpened;
         }
-        if (!readChunks(stream, StringUtil::toUtf8(StringUtil::getFileName(path)), acceptAudio, 0)) {
+        if (!readWhole(stream, StringUtil::toUtf8(StringUtil::getFileName(path)), acceptAudio)) {
             report.openFailure = OpenFailure::Unreadable;
             return Result::FileNotOpened;
         }
@@ -213,15 +213,14 @@ Result::Type CmxParser::readStream(std::istream& stream, const std::string& edlF
 {
     report.clear();
     pending.clear();
-    if (!readChunks(stream, edlFileName, acceptAudio, 0)) {
+    if (!readWhole(stream, edlFileName, acceptAudio)) {
         report.openFailure = OpenFailure::Unreadable;
         return Result::FileNotOpened;
     }
     return Result::Ok;
 }
 
-bool CmxParser::readChunks(std::istream& stream, const std::string& edlFileName, bool acceptAudio,
-                           std::uintmax_t sizeHint)
+bool CmxParser::readWhole(std::istream& stream, const std::string& edlFileName, bool acceptAudio)
 {
     // The whole text first, then its lines: measured, this beats reading
     // line by line. EDLs are small next to the events made of them.
@@ -231,20 +230,19 @@ bool CmxParser::readChunks(std::istream& stream, const std::string& edlFileName,
         text.append(buffer, static_cast<size_t>(stream.gcount()));
     if (stream.bad())
         return false;
-    readText(text, edlFileName, acceptAudio, text.size());
+    scanText(text, edlFileName, acceptAudio);
     return true;
 }
 
 void CmxParser::readText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
 {
     report.clear();
-    readText(text, edlFileName, acceptAudio, text.size());
+    scanText(text, edlFileName, acceptAudio);
 }
 
-void CmxParser::readText(std::string_view text, const std::string& edlFileName, bool acceptAudio,
-                         std::uintmax_t sizeHint)
+void CmxParser::scanText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
 {
-    startText(edlFileName, sizeHint);
+    startText(edlFileName, text.size());
     const char delimiter = lineDelimiter(text);
     size_t lineNumber = 0;
     size_t start = 0;
@@ -258,14 +256,14 @@ void CmxParser::readText(std::string_view text, const std::string& edlFileName, 
     finishText();
 }
 
-void CmxParser::startText(const std::string& edlFileName, std::uintmax_t sizeHint)
+void CmxParser::startText(const std::string& edlFileName, size_t textSize)
 {
     dropState = -1;
     frameHistogram.fill(0);
     report.lines.clear();
     pending.clear();
     // An event takes a line or two; a guess saves most regrowing.
-    pending.reserve(static_cast<size_t>(std::min<std::uintmax_t>(sizeHint / 160, 1u << 20)));
+    pending.reserve(textSize / 160);
     edlFile = edlFileName;
     dummy = PendingEvent{};
     dummy.event = std::make_shared<EventBase>();

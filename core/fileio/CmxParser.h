@@ -57,9 +57,9 @@ private:
         size_t line = 0;
     };
 
-    bool readChunks(std::istream& stream, const std::string& edlFile, bool acceptAudio, std::uintmax_t sizeHint);
-    void readText(std::string_view text, const std::string& edlFile, bool acceptAudio, std::uintmax_t sizeHint);
-    void startText(const std::string& edlFile, std::uintmax_t sizeHint);
+    bool readWhole(std::istream& stream, const std::string& edlFile, bool acceptAudio);
+    void scanText(std::string_view text, const std::string& edlFile, bool acceptAudio);
+    void startText(const std::string& edlFile, size_t textSize);
     void takeLine(std::string_view line, size_t lineNumber, bool acceptAudio);
     void finishText();
     void readLine(std::string_view line, size_t lineNumber, bool acceptAudio);
@@ -85,7 +85,8 @@ private:
 };
 
 // Parses into a fresh scratch list that is then assigned to list, whatever
-// the result. The report, when asked for, receives the parser's.
+// the result; a list that nobody listens to takes the events directly, to
+// the same end. The report, when asked for, receives the parser's.
 util::Result::Type parseEdlFile(const std::u16string& path, EventList& list, Framerate& framerate,
                                 bool acceptAudio, ParseReport* report = nullptr);
 

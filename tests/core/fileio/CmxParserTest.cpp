@@ -407,8 +407,10 @@ TEST_F(CmxParserTest, FilesThatCannotBeReadSayWhy)
     const std::string locked = folder + "/locked.edl";
     std::ofstream(locked) << "TITLE: X\n";
     ::chmod(locked.c_str(), 0);
-    if (::access(locked.c_str(), R_OK) != 0)
+    // Root reads it all the same; then there is nothing to refuse.
+    if (::access(locked.c_str(), R_OK) != 0) {
         EXPECT_EQ(failureOf(locked), OpenFailure::PermissionDenied);
+    }
     std::remove(locked.c_str());
     ::rmdir(folder.c_str());
 
