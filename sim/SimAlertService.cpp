@@ -26,6 +26,8 @@ int32 SimAlertService::show(const char16* message, const char16* title, const ch
                             const char16* secondButton)
 {
     alerts.push_back(Alert{message ? message : u"", text(title), text(firstButton), text(secondButton)});
+    if (face)
+        return face(alerts.back());
     if (answers.empty())
         return kFirstButton;
     const int32 answer = answers.front();

@@ -4,6 +4,7 @@
 #include "sim/SimBase.h"
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,12 +29,17 @@ public:
                        const Kelmar::char16* secondButton) override;
 
     void queueAnswer(Kelmar::int32 button) { answers.push_back(button); }
+    // A program with a user gives the message box a face: it is asked for
+    // the button instead of the queue. The message is kept all the same.
+    using Face = std::function<Kelmar::int32(const Alert&)>;
+    void setFace(Face newFace) { face = std::move(newFace); }
     const std::vector<Alert>& shown() const { return alerts; }
     void clear() { alerts.clear(); }
 
 private:
     std::vector<Alert> alerts;
     std::deque<Kelmar::int32> answers;
+    Face face;
 };
 
 } // namespace montala::sim

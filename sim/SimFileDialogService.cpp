@@ -27,6 +27,12 @@ tresult SimFileDialogService::runFileDialog(const char16* title, const FileFilte
         call.startPath = path->value();
     call.flags = flags;
     log.push_back(std::move(call));
+    if (face) {
+        std::optional<std::vector<std::u16string>> chosen = face(log.back());
+        if (!chosen)
+            return kResultFalse;
+        answers.push_front({kResultOk, std::move(*chosen)});
+    }
 
     if (answers.empty())
         return kResultFalse;

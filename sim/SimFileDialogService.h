@@ -4,6 +4,8 @@
 #include "sim/SimBase.h"
 
 #include <deque>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +33,11 @@ public:
     void queueCancel() { answers.push_back({Kelmar::kResultFalse, {}}); }
     // The host fails with this code.
     void queueFailure(Kelmar::tresult code) { answers.push_back({code, {}}); }
+    // A program with a user gives the dialog a face: it is asked instead of
+    // the queue and answers the files chosen, or nothing when the user
+    // cancelled. The call is kept all the same.
+    using Face = std::function<std::optional<std::vector<std::u16string>>(const Call&)>;
+    void setFace(Face newFace) { face = std::move(newFace); }
 
     const std::vector<Call>& calls() const { return log; }
 
@@ -42,6 +49,7 @@ private:
 
     std::vector<Call> log;
     std::deque<Answer> answers;
+    Face face;
 };
 
 } // namespace montala::sim

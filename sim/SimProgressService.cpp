@@ -50,6 +50,7 @@ tresult SimProgressService::setValue(int64 value)
 {
     log.push_back("setValue " + std::to_string(value));
     currentPosition = value;
+    tellFace();
     return kResultOk;
 }
 
@@ -57,6 +58,7 @@ tresult SimProgressService::setText(const char16* text)
 {
     log.push_back("setText " + utf8(text));
     currentText = text ? text : u"";
+    tellFace();
     return kResultOk;
 }
 
@@ -66,6 +68,7 @@ tresult SimProgressService::advance(int64 count)
     currentPosition += count;
     advanced += count;
     checkCancel();
+    tellFace();
     return kResultOk;
 }
 
@@ -73,6 +76,7 @@ tresult SimProgressService::show()
 {
     log.push_back("show");
     visible = true;
+    tellFace();
     return kResultOk;
 }
 
@@ -80,7 +84,22 @@ tresult SimProgressService::hide()
 {
     log.push_back("hide");
     visible = false;
+    tellFace();
     return kResultOk;
+}
+
+void SimProgressService::cancel()
+{
+    if (cancelFlag && visible && !cancelled) {
+        *cancelFlag = 1;
+        cancelled = true;
+    }
+}
+
+void SimProgressService::tellFace()
+{
+    if (face)
+        face(*this);
 }
 
 void SimProgressService::checkCancel()

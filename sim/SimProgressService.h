@@ -4,6 +4,7 @@
 #include "sim/SimBase.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,16 @@ public:
     // (0: at the next call that advances). A negative count never cancels.
     void cancelAfter(std::int64_t steps) { cancelAt = steps; }
 
+    // A program with a user gives the window a face: it is told after each
+    // call that changes what a user sees (show, hide, text, value, advance)
+    // and presses cancel() for the user.
+    using Face = std::function<void(const SimProgressService&)>;
+    void setFace(Face newFace) { face = std::move(newFace); }
+    // The cancel button: writes 1 through the flag of a cancellable window
+    // that is showing; nothing otherwise.
+    void cancel();
+    bool isCancellable() const { return cancelFlag != nullptr; }
+
     const std::vector<std::string>& calls() const { return log; }
     const std::u16string& title() const { return currentTitle; }
     const std::u16string& text() const { return currentText; }
@@ -41,6 +52,7 @@ public:
 
 private:
     void checkCancel();
+    void tellFace();
 
     std::vector<std::string> log;
     std::u16string currentTitle;
@@ -52,6 +64,7 @@ private:
     Kelmar::uint8* cancelFlag = nullptr;
     bool visible = false;
     bool cancelled = false;
+    Face face;
 };
 
 } // namespace montala::sim

@@ -225,6 +225,11 @@ std::u16string SimProject::undoTitle() const
     return canUndo() ? history[undoPosition - 1]->title : std::u16string();
 }
 
+std::u16string SimProject::redoTitle() const
+{
+    return canRedo() ? history[undoPosition]->title : std::u16string();
+}
+
 // ---- Tree
 
 std::vector<SimObject*> SimProject::allTracks()

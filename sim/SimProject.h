@@ -106,6 +106,8 @@ public:
     std::size_t undoCount() const { return undoPosition; }
     // Title of the group that the next undo takes back.
     std::u16string undoTitle() const;
+    // Title of the group that the next redo does again.
+    std::u16string redoTitle() const;
 
     // finishRange calls, as the simulator recorded them.
     struct FinishRangeCall {

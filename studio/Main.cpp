@@ -1,0 +1,132 @@
+// montala-studio: Montala's window on the simulated host.
+//
+//   montala-studio SESSION.json                 open a session
+//   montala-studio --new --rate 25              a new empty project
+//   montala-studio SESSION.json --old O.edl --new N.edl --generate --conform --save OUT.json --quit
+//   montala-studio SESSION.json --old O.edl --new N.edl --generate --select 3-5 --snapshot W.png
+
+#include "gui/MainGui.h"
+#include "studio/AlertFace.h"
+#include "studio/FileDialogFace.h"
+#include "studio/ProgressWindowFace.h"
+#include "studio/Steps.h"
+#include "studio/Studio.h"
+#include "studio/StudioOptions.h"
+#include "studio/StudioWindow.h"
+
+#include "sim/SimHost.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <iostream>
+#include <memory>
+
+#include <X11/Xlib.h>
+
+using namespace montala;
+
+namespace {
+
+// translation.xml: next to the program when installed, else in the source
+// tree it was built from.
+std::string resourceFolder(const char* argv0)
+{
+    const juce::File beside = juce::File::getSpecialLocation(juce::File::currentExecutableFile)
+                                  .getParentDirectory()
+                                  .getChildFile("resources");
+    if (beside.getChildFile("translation.xml").existsAsFile())
+        return beside.getFullPathName().toStdString();
+    (void)argv0;
+    return MONTALA_RESOURCE_DIR;
+}
+
+// JUCE puts in a forgiving X error handler only for programs it starts
+// itself (JUCEApplication). Without it Xlib's default one ends the program
+// at the first refused request, and an X server without a window manager,
+// such as Xvfb, refuses the window manager's properties that JUCE sets on
+// every window. JUCE does not need them answered: the errors are let pass.
+int ignoreXError(Display*, XErrorEvent*)
+{
+    return 0;
+}
+
+int run(const studio::StudioOptions& options, const char* argv0)
+{
+    juce::ScopedJuceInitialiser_GUI juce;
+    studio::Studio montala(resourceFolder(argv0));
+
+    std::string error;
+    if (!options.session.empty()) {
+        if (!montala.openSession(options.session, error)) {
+            std::cerr << error << "\n";
+            return 2;
+        }
+    } else {
+        core::Framerate rate;
+        studio::Studio::parseRate(options.rate, rate);
+        montala.newProject(rate);
+    }
+
+    // A snapshot needs no display, and a run of steps that ends by itself
+    // has nobody to answer a box: both keep to the console.
+    const bool headless = !options.snapshot.empty();
+    const bool console = headless || options.quit;
+    studio::AlertFace alerts(montala.simHost().alerts(), console ? studio::AlertFace::onConsole(std::cerr)
+                                                                 : studio::AlertFace::askInWindow);
+    studio::FileDialogFace fileDialogs(montala.simHost().fileDialogs(), console ? studio::FileDialogFace::cancelled
+                                                                                : studio::FileDialogFace::askInWindow);
+
+    auto view = std::make_unique<gui::MainGui>();
+    studio::ViewWiring::wire(*view, montala);
+
+    if (headless) {
+        const int status = studio::runSteps(montala, *view, options, std::cout, std::cerr);
+        studio::ViewWiring::unwire(*view);
+        return status;
+    }
+
+    XSetErrorHandler(ignoreXError);
+    int status = 0;
+    bool quitting = false;
+    auto window = std::make_unique<studio::StudioWindow>(montala, std::move(view), [&quitting] {
+        quitting = true;
+        juce::MessageManager::getInstance()->stopDispatchLoop();
+    });
+    auto progress = std::make_unique<studio::ProgressWindowFace>(montala.simHost().progress(), &window->view());
+    window->setVisible(true);
+
+    if (options.scripted()) {
+        // The steps run inside the message loop, with the window on screen,
+        // as the clicks of a user would.
+        juce::MessageManager::callAsync([&] {
+            status = studio::runSteps(montala, window->view(), options, std::cout, std::cerr);
+            if (options.quit && !quitting) {
+                quitting = true;
+                juce::MessageManager::getInstance()->stopDispatchLoop();
+            }
+        });
+    }
+    juce::MessageManager::getInstance()->runDispatchLoop();
+    progress.reset();
+    window.reset();
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    int status = 0;
+    std::string message;
+    const std::optional<studio::StudioOptions> options = studio::parseStudioOptions(argc, argv, status, message);
+    if (!options) {
+        (status == 0 ? std::cout : std::cerr) << message << (message.empty() || message.back() == '\n' ? "" : "\n");
+        return status;
+    }
+    try {
+        return run(*options, argv[0]);
+    } catch (util::Result::Type code) {
+        std::cerr << "montala-studio: " << util::Result::name(code) << "\n";
+        return 1;
+    }
+}

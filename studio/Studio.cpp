@@ -1,0 +1,208 @@
+#include "studio/Studio.h"
+
+#include "core/DataModelChangeScope.h"
+#include "core/FramerateNames.h"
+#include "host/Project.h"
+
+#include "kelmar/IProjectEditHook.h"
+#include "kelmar/IProjectNotification.h"
+#include "kelmar/String.h"
+#include "sim/SessionFile.h"
+#include "sim/SimActionManager.h"
+#include "sim/SimProjectManager.h"
+#include "sim/SimTranslationService.h"
+
+namespace montala::studio {
+
+using util::Result;
+
+// Hears of every undo group of the host that closes, is undone or redone: a
+// change the user would lose by quitting. A notification of the project
+// manager, as Host is, so that it sees exactly what Host sees.
+class Studio::EditWatch : public Kelmar::FObject,
+                          public Kelmar::IProjectNotification,
+                          public Kelmar::IProjectEditHook {
+public:
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override
+    {
+        if (Kelmar::answerInterface<Kelmar::IProjectNotification>(this, iid, obj)
+            || Kelmar::answerInterface<Kelmar::IProjectEditHook>(this, iid, obj))
+            return Kelmar::kResultOk;
+        return FObject::queryInterface(iid, obj);
+    }
+    KELMAR_FOBJECT_REFCOUNT
+
+    Kelmar::tresult projectActivated(Kelmar::IProject*) override { return Kelmar::kResultOk; }
+    Kelmar::tresult projectDeactivated(Kelmar::IProject*) override { return Kelmar::kResultOk; }
+    Kelmar::tresult projectOpened(Kelmar::IProject*) override { return Kelmar::kResultOk; }
+    Kelmar::tresult projectClosed(Kelmar::IProject*) override { return Kelmar::kResultOk; }
+    Kelmar::tresult projectRenamed(Kelmar::IProject*) override { return Kelmar::kResultOk; }
+    Kelmar::tresult projectEdited(Kelmar::IProject*, Kelmar::IProjectEdit*) override
+    {
+        modified = true;
+        return Kelmar::kResultOk;
+    }
+
+    bool modified = false;
+};
+
+Studio::Studio(const std::string& resourceFolder) : sim(sim::SimHost::create())
+{
+    sim->setResourceFolder(resourceFolder);
+    // As the plug-in does on start-up; without the table the texts stay English.
+    sim->translation().loadTable(nullptr, "translation.xml", "Montala");
+    montala = Kelmar::owned(new host::Host(sim.get()));
+    watch = Kelmar::owned(new EditWatch);
+    sim->projectManager().addNotification(watch.get());
+}
+
+Studio::~Studio()
+{
+    // Montala goes before the host it was built over, as in a host shutting
+    // down a plug-in.
+    sim->projectManager().removeNotification(watch.get());
+    montala.reset();
+    current.reset();
+    sim->shutdown();
+}
+
+void Studio::replaceProject(Kelmar::IPtr<sim::SimProject> next)
+{
+    sim::SimProjectManager& manager = sim->projectManager();
+    if (current)
+        manager.closeProject(current.get());
+    current = std::move(next);
+    manager.openProject(current);
+    watch->modified = false;
+}
+
+bool Studio::openSession(const std::string& file, std::string& error)
+{
+    Kelmar::IPtr<sim::SimProject> next = sim::SessionFile::load(*sim, file, error);
+    if (!next)
+        return false;
+    replaceProject(std::move(next));
+    path = file;
+    return true;
+}
+
+void Studio::newProject(const core::Framerate& rate)
+{
+    if (rate.isUndefined())
+        throw Result::InvalidArgument;
+    sim::SimFrameRate simRate;
+    simRate.fps = rate.fps;
+    simRate.pullDown = rate.pulled;
+    simRate.dropFrame = rate.dropMode == 1;
+    Kelmar::IPtr<sim::SimProject> next = sim::SimProject::create(*sim, u"Untitled");
+    next->initSettings(simRate, 3600.0);
+    replaceProject(std::move(next));
+    path.clear();
+}
+
+bool Studio::save(const std::string& file, std::string& error)
+{
+    if (!current) {
+        error = "no project is open";
+        return false;
+    }
+    if (!sim::SessionFile::save(*current, file, error))
+        return false;
+    path = file;
+    watch->modified = false;
+    return true;
+}
+
+bool Studio::isModified() const
+{
+    return watch->modified;
+}
+
+std::string Studio::undoTitle() const
+{
+    return current ? Kelmar::String::utf16ToUtf8(current->undoTitle()) : std::string();
+}
+
+std::string Studio::redoTitle() const
+{
+    return current ? Kelmar::String::utf16ToUtf8(current->redoTitle()) : std::string();
+}
+
+bool Studio::undo()
+{
+    if (!current || !current->canUndo())
+        return false;
+    return sim->actionManager().invoke("Edit", "Undo") == Kelmar::kResultOk;
+}
+
+bool Studio::redo()
+{
+    if (!current || !current->canRedo())
+        return false;
+    return sim->actionManager().invoke("Edit", "Redo") == Kelmar::kResultOk;
+}
+
+core::DataModel* Studio::model() const
+{
+    host::Project* active = montala ? montala->getActiveProject() : nullptr;
+    return active ? &active->getDataModel() : nullptr;
+}
+
+core::EdlFileReport Studio::addEdl(int listKind, const std::string& file)
+{
+    host::Project* active = montala->getActiveProject();
+    if (!active)
+        throw Result::NoProject;
+    core::ScopedFramerateProvider provider(active);
+    core::DataModel& data = active->getDataModel();
+    core::EventList& list = listKind == core::EventList::OldKind   ? data.getOldList()
+                            : listKind == core::EventList::NewKind ? data.getNewList()
+                                                                   : data.getChangeList();
+    core::DataModelChangeScope scope("Add EDL");
+    core::EdlLoader loader({file}, core::EdlLoadOptions{});
+    return loader.load(0, list);
+}
+
+Result::Type Studio::generate()
+{
+    host::Project* active = montala->getActiveProject();
+    if (!active)
+        return Result::NoProject;
+    core::ScopedFramerateProvider provider(active);
+    core::DataModel& data = active->getDataModel();
+    core::DataModelChangeScope scope("Generate Change EDL");
+    data.applyVfxPatterns();
+    return data.generateChangeEdl();
+}
+
+Result::Type Studio::startConform()
+{
+    return montala->startConform();
+}
+
+void Studio::idle()
+{
+    // A run shows its progress window, whose face lets the message thread
+    // draw: a timer's idle call from in there must not start the run again.
+    if (idling)
+        return;
+    idling = true;
+    try {
+        sim->runIdle();
+    } catch (...) {
+        idling = false;
+        throw;
+    }
+    idling = false;
+}
+
+bool Studio::parseRate(const std::string& name, core::Framerate& rate)
+{
+    const std::optional<core::Framerate> parsed = core::parseRateName(name);
+    if (!parsed)
+        return false;
+    rate = *parsed;
+    return true;
+}
+
+} // namespace montala::studio

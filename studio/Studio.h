@@ -1,0 +1,97 @@
+#pragma once
+
+#include "core/DataModel.h"
+#include "core/EdlLoader.h"
+#include "core/Framerate.h"
+#include "host/Host.h"
+#include "util/Result.h"
+
+#include "kelmar/IPtr.h"
+#include "sim/SimHost.h"
+#include "sim/SimProject.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace montala::studio {
+
+// Montala on the simulated host, brought up the way the plug-in is: the host
+// first, then one Host over its services, which adopts the projects already
+// open and follows those opened later. Everything a user does in the
+// program's menu goes through here, as a host would carry it out:
+//
+//   open:  session file -> new SimProject -> project manager opens it
+//          -> Host::projectOpened/projectActivated -> the window hears of it
+//   save:  SessionFile::save -> Host::projectSaving (the model's block goes
+//          into the project) -> the file, written next to itself and swapped in
+//   undo:  the host's "Edit" "Undo" action, on the active project's groups
+//
+// One project is open at a time; opening another closes the one before.
+class Studio {
+public:
+    // `resourceFolder` holds translation.xml; a folder without it leaves the
+    // texts in English.
+    explicit Studio(const std::string& resourceFolder);
+    ~Studio();
+    Studio(const Studio&) = delete;
+    Studio& operator=(const Studio&) = delete;
+
+    // A session file in place of the project open now; on failure `error`
+    // names the file and line and the project open before stays.
+    bool openSession(const std::string& path, std::string& error);
+    // An empty project at `rate`, starting at 01:00:00:00, not yet saved.
+    // InvalidArgument for an undefined rate.
+    void newProject(const core::Framerate& rate);
+    // Through the host's save: the model goes into the project, the file is
+    // swapped in whole. The session's path becomes `path`.
+    bool save(const std::string& path, std::string& error);
+    // Where the session was read from or last saved to; empty for a new one.
+    const std::string& sessionPath() const { return path; }
+    // Some undo group closed (or was undone or redone) since the project was
+    // opened or saved.
+    bool isModified() const;
+
+    // The host's undo list of the active project. Titles are empty when
+    // there is nothing to undo or redo.
+    std::string undoTitle() const;
+    std::string redoTitle() const;
+    bool undo();
+    bool redo();
+
+    // What a user does in the window, for runs driven from the command line.
+    // Each is one undo step of the host, as in the window.
+    core::EdlFileReport addEdl(int listKind, const std::string& file);
+    util::Result::Type generate();
+    // Asks for a conform; the next idle call runs it.
+    util::Result::Type startConform();
+
+    // One idle turn of the host: every idle handler, Montala's included.
+    // Nothing while an idle turn is already under way further up the stack.
+    void idle();
+    bool isRunPending() const { return montala && montala->isRunPending(); }
+    bool isBusy() const { return montala && montala->isBusy(); }
+
+    host::Host& host() const { return *montala; }
+    sim::SimHost& simHost() const { return *sim; }
+    // The active project's model; null when none is open.
+    core::DataModel* model() const;
+    sim::SimProject* project() const { return current.get(); }
+
+    // The rate names a user may give ("25", "29.97df", ...).
+    static bool parseRate(const std::string& name, core::Framerate& rate);
+
+private:
+    class EditWatch;
+
+    void replaceProject(Kelmar::IPtr<sim::SimProject> next);
+
+    Kelmar::IPtr<sim::SimHost> sim;
+    Kelmar::IPtr<host::Host> montala;
+    Kelmar::IPtr<EditWatch> watch;
+    Kelmar::IPtr<sim::SimProject> current;
+    std::string path;
+    bool idling = false;
+};
+
+} // namespace montala::studio

@@ -1,0 +1,118 @@
+#include "studio/StudioOptions.h"
+
+#include "core/FramerateNames.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+
+namespace montala::studio {
+
+namespace {
+
+bool parseNumber(std::string_view text, int& value)
+{
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() && value >= 1;
+}
+
+std::string rateList()
+{
+    std::string names;
+    for (const std::string& name : core::rateNames())
+        names += (names.empty() ? "" : ", ") + name;
+    return names;
+}
+
+} // namespace
+
+bool StudioOptions::scripted() const
+{
+    return !oldFiles.empty() || !newFiles.empty() || generate || !selectRows.empty() || conform || !saveTo.empty()
+           || !snapshot.empty() || quit;
+}
+
+bool parseRows(const std::string& text, std::vector<int>& rows)
+{
+    std::vector<int> parsed;
+    std::string_view rest = text;
+    while (true) {
+        const size_t comma = rest.find(',');
+        const std::string_view item = rest.substr(0, comma);
+        const size_t dash = item.find('-');
+        int first = 0;
+        int last = 0;
+        if (dash == std::string_view::npos) {
+            if (!parseNumber(item, first))
+                return false;
+            last = first;
+        } else if (!parseNumber(item.substr(0, dash), first) || !parseNumber(item.substr(dash + 1), last)
+                   || last < first) {
+            return false;
+        }
+        for (int row = first; row <= last; ++row)
+            parsed.push_back(row);
+        if (comma == std::string_view::npos)
+            break;
+        rest.remove_prefix(comma + 1);
+    }
+    std::sort(parsed.begin(), parsed.end());
+    parsed.erase(std::unique(parsed.begin(), parsed.end()), parsed.end());
+    rows = std::move(parsed);
+    return true;
+}
+
+std::optional<StudioOptions> parseStudioOptions(int argc, const char* const* argv, int& status,
+                                                std::string& message)
+{
+    StudioOptions options;
+    std::string rows;
+    CLI::App app{"Montala on the simulated host, in a window"};
+    app.add_option("session", options.session, "Session file to open; without one a new empty project starts");
+    app.add_option("--rate", options.rate, "Frame rate of a new project: " + rateList());
+    app.add_option("--old", options.oldFiles, "Old EDL to add; repeatable");
+    // Bare, "--new" says that a new project starts, which is also what no
+    // session file means; with a file it adds a New EDL.
+    app.add_option("--new", options.newFiles, "New EDL to add; repeatable. Alone: start a new project")
+        ->expected(0, 1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_flag("--generate", options.generate, "Generate the Change EDL");
+    app.add_option("--select", rows, "Change table rows to select, from 1: 3,5-7");
+    app.add_flag("--conform", options.conform, "Start the conform and wait for its end");
+    app.add_option("--save", options.saveTo, "Save the session to this file");
+    app.add_option("--snapshot", options.snapshot, "Draw the window into this PNG file, without a display, and end");
+    app.add_flag("--quit", options.quit, "End after the steps instead of opening the window");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const bool help = dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr;
+        status = help ? 0 : 2;
+        message = help ? app.help() : std::string(error.what());
+        return std::nullopt;
+    }
+    options.newFiles.erase(std::remove(options.newFiles.begin(), options.newFiles.end(), std::string()),
+                           options.newFiles.end());
+    status = 2;
+    if (!rows.empty() && !parseRows(rows, options.selectRows)) {
+        message = "--select " + rows + ": not rows counted from 1, such as 3,5-7";
+        return std::nullopt;
+    }
+    if (options.session.empty()) {
+        if (options.rate.empty()) {
+            message = "a new project needs --rate (" + rateList() + "), or name a session file";
+            return std::nullopt;
+        }
+        if (!core::parseRateName(options.rate)) {
+            message = "--rate " + options.rate + ": not a frame rate (" + rateList() + ")";
+            return std::nullopt;
+        }
+    } else if (!options.rate.empty()) {
+        message = "--rate is for a new project; the session " + options.session + " has its own rate";
+        return std::nullopt;
+    }
+    status = 0;
+    return options;
+}
+
+} // namespace montala::studio

@@ -1,0 +1,244 @@
+#include "studio/StudioWindow.h"
+
+#include "gui/MainGui.h"
+#include "gui/Palette.h"
+#include "studio/Steps.h"
+#include "studio/Studio.h"
+
+#include <filesystem>
+
+namespace montala::studio {
+
+namespace {
+
+// Often enough that a click on Start Montala is carried out at once to the
+// eye, seldom enough to cost nothing while the window waits.
+constexpr int idleIntervalMs = 40;
+
+juce::String text(const std::string& utf8)
+{
+    return juce::String::fromUTF8(utf8.c_str());
+}
+
+std::string sessionName(const Studio& studio)
+{
+    return studio.sessionPath().empty() ? std::string("Untitled")
+                                        : std::filesystem::path(studio.sessionPath()).filename().string();
+}
+
+UnsavedChoice askInWindow(const std::string& name)
+{
+    const int answer = juce::AlertWindow::showYesNoCancelBox(
+        juce::MessageBoxIconType::QuestionIcon, "Montala",
+        text("Save the changes to " + name + " before they are lost?"), "Save", "Don't Save", "Cancel", nullptr,
+        nullptr);
+    return answer == 1 ? UnsavedChoice::Save : answer == 2 ? UnsavedChoice::Discard : UnsavedChoice::Cancel;
+}
+
+std::string pickInWindow(bool forSaving)
+{
+    juce::FileChooser chooser(forSaving ? "Save Session" : "Open Session",
+                              juce::File::getCurrentWorkingDirectory(), "*.json");
+    const bool chosen = forSaving ? chooser.browseForFileToSave(true) : chooser.browseForFileToOpen();
+    return chosen ? chooser.getResult().getFullPathName().toStdString() : std::string();
+}
+
+} // namespace
+
+juce::PopupMenu buildMenu(Studio& studio, int index)
+{
+    const bool idle = !studio.isBusy();
+    juce::PopupMenu menu;
+    if (index == 0) {
+        menu.addItem(OpenItem, "Open Session...", idle);
+        menu.addItem(SaveItem, "Save Session", idle && studio.project() != nullptr);
+        menu.addItem(SaveAsItem, "Save Session As...", idle && studio.project() != nullptr);
+        menu.addSeparator();
+        menu.addItem(QuitItem, "Quit", idle);
+    } else if (index == 1) {
+        const std::string undoTitle = studio.undoTitle();
+        const std::string redoTitle = studio.redoTitle();
+        menu.addItem(UndoItem, undoTitle.empty() ? juce::String("Undo") : text("Undo " + undoTitle),
+                     idle && !undoTitle.empty());
+        menu.addItem(RedoItem, redoTitle.empty() ? juce::String("Redo") : text("Redo " + redoTitle),
+                     idle && !redoTitle.empty());
+    }
+    return menu;
+}
+
+StudioWindow::StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit)
+    : juce::DocumentWindow("Montala", gui::palette::window, juce::DocumentWindow::allButtons, true),
+      studio(studio), montalaView(std::move(view)), onQuit(std::move(onQuit)), askUnsaved(askInWindow),
+      pickFile(pickInWindow)
+{
+    setUsingNativeTitleBar(true);
+    setMenuBar(this);
+    setContentNonOwned(montalaView.get(), true);
+    // The skin's limits: never smaller than 1150 x 750.
+    setResizable(true, false);
+    setResizeLimits(1150, 750 + getMenuBarComponent()->getHeight(), 10000, 10000);
+    centreWithSize(getWidth(), getHeight());
+    refresh();
+    startTimer(idleIntervalMs);
+}
+
+StudioWindow::~StudioWindow()
+{
+    stopTimer();
+    setMenuBar(nullptr);
+    clearContentComponent();
+    ViewWiring::unwire(*montalaView);
+}
+
+juce::StringArray StudioWindow::getMenuBarNames()
+{
+    return {"File", "Edit"};
+}
+
+juce::PopupMenu StudioWindow::getMenuForIndex(int index, const juce::String&)
+{
+    return buildMenu(studio, index);
+}
+
+void StudioWindow::menuItemSelected(int itemId, int)
+{
+    switch (itemId) {
+    case OpenItem:
+        open();
+        break;
+    case SaveItem:
+        save();
+        break;
+    case SaveAsItem:
+        saveAs();
+        break;
+    case QuitItem:
+        quit();
+        break;
+    case UndoItem:
+        undo();
+        break;
+    case RedoItem:
+        redo();
+        break;
+    default:
+        break;
+    }
+}
+
+void StudioWindow::closeButtonPressed()
+{
+    quit();
+}
+
+bool StudioWindow::open()
+{
+    if (studio.isBusy() || !settleUnsaved())
+        return false;
+    const std::string file = pickFile(false);
+    if (file.empty())
+        return false;
+    std::string error;
+    const bool opened = studio.openSession(file, error);
+    if (!opened)
+        showError(error);
+    refresh();
+    return opened;
+}
+
+bool StudioWindow::save()
+{
+    if (studio.sessionPath().empty())
+        return saveAs();
+    std::string error;
+    const bool saved = studio.save(studio.sessionPath(), error);
+    if (!saved)
+        showError(error);
+    refresh();
+    return saved;
+}
+
+bool StudioWindow::saveAs()
+{
+    const std::string file = pickFile(true);
+    if (file.empty())
+        return false;
+    std::string error;
+    const bool saved = studio.save(file, error);
+    if (!saved)
+        showError(error);
+    refresh();
+    return saved;
+}
+
+bool StudioWindow::quit()
+{
+    if (studio.isBusy() || !settleUnsaved())
+        return false;
+    stopTimer();
+    if (onQuit)
+        onQuit();
+    return true;
+}
+
+bool StudioWindow::undo()
+{
+    const bool done = !studio.isBusy() && studio.undo();
+    refresh();
+    return done;
+}
+
+bool StudioWindow::redo()
+{
+    const bool done = !studio.isBusy() && studio.redo();
+    refresh();
+    return done;
+}
+
+std::string StudioWindow::windowTitle() const
+{
+    return "Montala - " + sessionName(studio) + (studio.isModified() ? " *" : "");
+}
+
+bool StudioWindow::settleUnsaved()
+{
+    if (!studio.isModified())
+        return true;
+    switch (askUnsaved(sessionName(studio))) {
+    case UnsavedChoice::Save:
+        return save();
+    case UnsavedChoice::Discard:
+        return true;
+    case UnsavedChoice::Cancel:
+        break;
+    }
+    return false;
+}
+
+void StudioWindow::timerCallback()
+{
+    if (studio.isBusy())
+        return;
+    studio.idle();
+    refresh();
+}
+
+void StudioWindow::refresh()
+{
+    const juce::String title = text(windowTitle());
+    if (getName() != title)
+        setName(title);
+    const std::string state = studio.undoTitle() + '\n' + studio.redoTitle() + '\n'
+                              + (studio.isBusy() ? "busy" : "idle") + (studio.project() ? " open" : "");
+    if (state != menuState) {
+        menuState = state;
+        menuItemsChanged();
+    }
+}
+
+void StudioWindow::showError(const std::string& message)
+{
+    juce::AlertWindow::showMessageBox(juce::MessageBoxIconType::WarningIcon, "Montala", text(message));
+}
+
+} // namespace montala::studio

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace montala::gui {
+class MainGui;
+}
+
+namespace montala::studio {
+
+class Studio;
+
+// The entries of the program's menu bar, by the id the menu gives them.
+enum MenuItem {
+    OpenItem = 1,
+    SaveItem,
+    SaveAsItem,
+    QuitItem,
+    UndoItem,
+    RedoItem,
+};
+
+// The File and Edit menus as they stand for the studio now: Undo and Redo
+// carry the titles of the host's groups ("Undo Generate Change EDL") and are
+// disabled with nothing to take back or do again; nothing is enabled while
+// a run holds the host.
+juce::PopupMenu buildMenu(Studio& studio, int index);
+
+// What a user is asked before unsaved changes would be lost, and what they
+// chose. Asked only when there is something to lose.
+enum class UnsavedChoice { Save, Discard, Cancel };
+
+// The desktop window of montala-studio: Montala's window at the size of the
+// skin, under a menu bar, on the simulated host. A timer gives the host its
+// idle calls, which carry out the runs the window asks for. Quitting, and
+// opening another session, ask first when the project has unsaved changes.
+class StudioWindow : public juce::DocumentWindow, public juce::MenuBarModel, private juce::Timer {
+public:
+    // How the user is asked; a modal JUCE box unless replaced.
+    using AskUnsaved = std::function<UnsavedChoice(const std::string& name)>;
+    // How a session file is picked; empty when the user cancelled.
+    using PickFile = std::function<std::string(bool forSaving)>;
+
+    // `view` is the wired Montala window; `onQuit` ends the program.
+    StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit);
+    ~StudioWindow() override;
+
+    void setAskUnsaved(AskUnsaved ask) { askUnsaved = std::move(ask); }
+    void setPickFile(PickFile pick) { pickFile = std::move(pick); }
+
+    gui::MainGui& view() { return *montalaView; }
+
+    juce::StringArray getMenuBarNames() override;
+    juce::PopupMenu getMenuForIndex(int index, const juce::String& name) override;
+    void menuItemSelected(int itemId, int menuIndex) override;
+
+    void closeButtonPressed() override;
+
+    // The menu's entries, also for the keys and the tests.
+    bool open();
+    bool save();
+    bool saveAs();
+    // Quits unless the user keeps the project; true when it quit.
+    bool quit();
+    bool undo();
+    bool redo();
+
+    // "Montala - short-film-25.json *": the session, and a star for unsaved
+    // changes.
+    std::string windowTitle() const;
+
+private:
+    void timerCallback() override;
+    // Saves or discards what would be lost; false when the user keeps it.
+    bool settleUnsaved();
+    void refresh();
+    void showError(const std::string& message);
+
+    Studio& studio;
+    std::unique_ptr<gui::MainGui> montalaView;
+    std::function<void()> onQuit;
+    AskUnsaved askUnsaved;
+    PickFile pickFile;
+    // What the menu showed when it was last built; rebuilt only on a change.
+    std::string menuState;
+};
+
+} // namespace montala::studio
