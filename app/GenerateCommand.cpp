@@ -70,9 +70,12 @@ std::optional<core::VfxPatternEntry> parseVfxPattern(const std::string& text)
     return core::VfxPatternEntry(text.substr(0, colon), text.substr(colon + 1), true);
 }
 
-// Why generation failed, in the user's terms.
-std::string describeFailure(Result::Type code, const core::Settings& settings)
+// Why generation failed, in the user's terms. The generator names the event
+// it stopped on; a refused VFX row is found by the core's own rule.
+std::string describeFailure(Result::Type code, const core::DataModel& model, const core::Settings& settings)
 {
+    if (model.lastGenerationFailure().isSet())
+        return model.lastGenerationFailure().describe();
     if (code == Result::InvalidArgument) {
         const std::vector<core::VfxPatternEntry>& rows = settings.getVfxPatterns();
         if (const std::optional<size_t> row = core::findRefusedVfxRow(rows)) {
@@ -166,7 +169,7 @@ public:
         const core::EventList& change = model.getChangeList();
 
         if (result != Result::Ok) {
-            io.err << commandName << "the Change EDL could not be generated: " << describeFailure(result, settings)
+            io.err << commandName << "the Change EDL could not be generated: " << describeFailure(result, model, settings)
                    << " (" << Result::name(result) << ")\n";
         }
 
@@ -183,8 +186,12 @@ public:
                    << ",\n  \"events\": ";
             writeEventListJson(io.out, change, "  ");
             io.out << ",\n  \"total\": " << change.getSize() << ",\n  \"invalid\": " << change.countFlawedEvents()
-                   << ",\n  \"result\": " << static_cast<int>(result) << ",\n  \"written\": " << dumpJson(written)
-                   << "\n}\n";
+                   << ",\n  \"result\": " << static_cast<int>(result);
+            if (model.lastGenerationFailure().isSet()) {
+                io.out << ",\n  \"failure\": ";
+                writeJsonString(io.out, model.lastGenerationFailure().describe());
+            }
+            io.out << ",\n  \"written\": " << dumpJson(written) << "\n}\n";
         } else if (result == Result::Ok) {
             io.out << "Project rate: " << core::rateName(*rate) << "\n";
             printEventTable(io.out, change);

@@ -219,6 +219,21 @@ TEST_F(GenerateCommandTest, FailuresNameTheirCauseAndExitNonZero)
     EXPECT_TRUE(contains(empty.err, "the Change EDL is empty"));
     EXPECT_FALSE(fs::exists(output));
 
+    // A dissolve whose source runs backwards cannot be split: generation
+    // stops and names the event and its file rather than leave a hole.
+    const std::string backwards = write("backwards.edl",
+        "FCM: NON-DROP FRAME\n"
+        "001  A        V     C        01:00:00:00 01:00:00:00 10:00:00:00 10:00:00:00\n"
+        "001  B        V     D    025 02:00:05:00 02:00:00:00 10:00:00:00 10:00:05:00\n");
+    const CommandRun dissolve = generate({"--old", oldPath, "--new", backwards, "--rate", "25", "-o", output});
+    EXPECT_EQ(1, dissolve.status);
+    EXPECT_TRUE(contains(dissolve.err, "New EDL event 1")) << dissolve.err;
+    EXPECT_TRUE(contains(dissolve.err, "\"backwards.edl\"")) << dissolve.err;
+    EXPECT_FALSE(fs::exists(output));
+    const CommandRun dissolveJson = generate({"--old", oldPath, "--new", backwards, "--rate", "25", "--json"});
+    const nlohmann::json failed = nlohmann::json::parse(dissolveJson.out);
+    EXPECT_TRUE(contains(failed.value("failure", ""), "cannot be split")) << dissolveJson.out;
+
     const CommandRun unwritable = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "-o",
                                      pathOf("no-such-folder/change.edl")});
     EXPECT_EQ(1, unwritable.status);
