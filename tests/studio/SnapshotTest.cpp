@@ -1,0 +1,128 @@
+// The window on the sample reel, drawn without a display: the picture the
+// --snapshot option writes, and the steps of the command line behind it.
+
+#include "core/DataModel.h"
+#include "gui/MainGui.h"
+#include "gui/Palette.h"
+#include "studio/Snapshot.h"
+#include "studio/Steps.h"
+#include "studio/Studio.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include <unistd.h>
+
+namespace montala::studio {
+namespace {
+
+const std::string samples = std::string(MONTALA_SOURCE_DIR) + "/samples";
+
+class SnapshotTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        folder = std::filesystem::temp_directory_path() / ("montala-snapshot-" + std::to_string(::getpid()));
+        std::filesystem::create_directories(folder);
+        std::string error;
+        ASSERT_TRUE(studio.openSession(samples + "/sessions/short-film-25.json", error)) << error;
+        ViewWiring::wire(window, studio);
+    }
+    void TearDown() override
+    {
+        ViewWiring::unwire(window);
+        std::filesystem::remove_all(folder);
+    }
+
+    StudioOptions sampleSteps() const
+    {
+        StudioOptions options;
+        options.session = samples + "/sessions/short-film-25.json";
+        options.oldFiles = {samples + "/edl/short-film-25/old.edl"};
+        options.newFiles = {samples + "/edl/short-film-25/new.edl"};
+        options.generate = true;
+        return options;
+    }
+
+    // How many pixels of a row of the picture have exactly this colour.
+    static int countInRow(const juce::Image& image, int y, juce::Colour colour)
+    {
+        int count = 0;
+        for (int x = 0; x < image.getWidth(); ++x)
+            count += image.getPixelAt(x, y).getARGB() == colour.getARGB();
+        return count;
+    }
+
+    juce::ScopedJuceInitialiser_GUI juce;
+    Studio studio{MONTALA_SOURCE_DIR "/resources"};
+    gui::MainGui window;
+    std::filesystem::path folder;
+    std::ostringstream out;
+    std::ostringstream err;
+};
+
+TEST_F(SnapshotTest, WritesAPngOfTheSkinsSizeWhosePanelsShowThePalette)
+{
+    StudioOptions options = sampleSteps();
+    options.selectRows = {3, 4};
+    options.snapshot = (folder / "window.png").string();
+    ASSERT_EQ(runSteps(studio, window, options, out, err), 0) << err.str();
+
+    const juce::Image image = juce::ImageFileFormat::loadFrom(juce::File(options.snapshot));
+    ASSERT_TRUE(image.isValid());
+    ASSERT_EQ(image.getWidth(), 1300);
+    ASSERT_EQ(image.getHeight(), 750);
+
+    // Behind the panels, in the gap between Old and New at the top.
+    EXPECT_EQ(image.getPixelAt(650, 200).getARGB(), gui::palette::window.getARGB());
+    // The panels' bodies and their strips, on the rows through the counters
+    // of the Old and New tables and through the timeline.
+    EXPECT_GT(countInRow(image, 318, gui::palette::panel), 400);
+    EXPECT_GT(countInRow(image, 45, gui::palette::strip), 400);
+    // The timeline draws the cut in the events' colour and the selection
+    // bright.
+    const int timelineRow = 640;
+    EXPECT_GT(countInRow(image, timelineRow, gui::palette::event), 200);
+    EXPECT_GT(countInRow(image, timelineRow, gui::palette::bright), 20);
+    // Green dots: every event is valid.
+    EXPECT_GT(countInRow(image, 110, gui::palette::green), 4);
+}
+
+TEST_F(SnapshotTest, StepsConformAndSaveTheSessionAndStopAtTheFirstFailure)
+{
+    StudioOptions options = sampleSteps();
+    options.conform = true;
+    options.saveTo = (folder / "conformed.json").string();
+    ASSERT_EQ(runSteps(studio, window, options, out, err), 0) << err.str();
+    EXPECT_EQ(studio.host().lastRun().result, util::Result::Ok);
+    EXPECT_GT(studio.host().lastRun().eventsApplied, 0u);
+    EXPECT_EQ(window.getCounter(gui::MainGui::ChangeTable, gui::MainGui::TotalCounter).getText(),
+              juce::String(studio.model()->getChangeList().getSize()));
+    EXPECT_TRUE(std::filesystem::exists(options.saveTo));
+    EXPECT_FALSE(studio.isModified());
+    EXPECT_EQ(studio.undoTitle(), "Apply Montala");
+
+    // A missing EDL stops before anything is generated or written.
+    StudioOptions broken;
+    broken.oldFiles = {(folder / "missing.edl").string()};
+    broken.generate = true;
+    broken.saveTo = (folder / "never.json").string();
+    err.str("");
+    EXPECT_EQ(runSteps(studio, window, broken, out, err), 1);
+    EXPECT_NE(err.str().find("missing.edl"), std::string::npos) << err.str();
+    EXPECT_FALSE(std::filesystem::exists(broken.saveTo));
+
+    // More rows than the table has.
+    StudioOptions tooFar;
+    tooFar.selectRows = {1000};
+    err.str("");
+    EXPECT_EQ(runSteps(studio, window, tooFar, out, err), 1);
+    EXPECT_NE(err.str().find("1000"), std::string::npos) << err.str();
+}
+
+} // namespace
+} // namespace montala::studio

@@ -1,0 +1,161 @@
+// The studio on the simulated host: sessions in and out, the host's undo
+// list as the menu shows it, and what counts as a change a user would lose.
+
+#include "core/DataModel.h"
+#include "studio/Studio.h"
+#include "studio/StudioWindow.h"
+
+#include "sim/SimBase.h"
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include <unistd.h>
+
+namespace montala::studio {
+namespace {
+
+const std::string samples = std::string(MONTALA_SOURCE_DIR) + "/samples";
+const std::string session = samples + "/sessions/short-film-25.json";
+const std::string oldEdl = samples + "/edl/short-film-25/old.edl";
+const std::string newEdl = samples + "/edl/short-film-25/new.edl";
+
+class StudioTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        folder = std::filesystem::temp_directory_path()
+                 / ("montala-studio-test-" + std::to_string(::getpid()) + "-"
+                    + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::create_directories(folder);
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    // Opens the sample session, adds both cuts and generates.
+    void generateSample(Studio& studio)
+    {
+        std::string error;
+        ASSERT_TRUE(studio.openSession(session, error)) << error;
+        ASSERT_TRUE(studio.addEdl(core::EventList::OldKind, oldEdl).opened);
+        ASSERT_TRUE(studio.addEdl(core::EventList::NewKind, newEdl).opened);
+        ASSERT_EQ(studio.generate(), util::Result::Ok);
+    }
+
+    std::string menuText(Studio& studio, int index, int item)
+    {
+        const juce::PopupMenu menu = buildMenu(studio, index);
+        for (juce::PopupMenu::MenuItemIterator it(menu); it.next();)
+            if (it.getItem().itemID == item)
+                return (it.getItem().text + (it.getItem().isEnabled ? "" : " (disabled)")).toStdString();
+        return {};
+    }
+
+    juce::ScopedJuceInitialiser_GUI juce;
+    std::filesystem::path folder;
+};
+
+TEST_F(StudioTest, UndoAndRedoCarryTheTitlesOfTheHostsGroups)
+{
+    Studio studio(MONTALA_SOURCE_DIR "/resources");
+    generateSample(studio);
+    const size_t generated = studio.model()->getChangeList().getSize();
+    ASSERT_GT(generated, 0u);
+
+    EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Generate Change EDL");
+    EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo (disabled)");
+
+    ASSERT_TRUE(studio.undo());
+    EXPECT_EQ(studio.model()->getChangeList().getSize(), 0u);
+    EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Add EDL");
+    EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo Generate Change EDL");
+
+    ASSERT_TRUE(studio.redo());
+    EXPECT_EQ(studio.model()->getChangeList().getSize(), generated);
+    EXPECT_FALSE(studio.redo()) << "nothing is left to redo";
+}
+
+TEST_F(StudioTest, SavedSessionKeepsTheModelAndClearsTheUnsavedMark)
+{
+    const std::string saved = (folder / "saved.json").string();
+    size_t generated = 0;
+    {
+        Studio studio(MONTALA_SOURCE_DIR "/resources");
+        EXPECT_FALSE(studio.isModified());
+        generateSample(studio);
+        generated = studio.model()->getChangeList().getSize();
+        EXPECT_TRUE(studio.isModified()) << "a generated Change EDL would be lost";
+
+        std::string error;
+        ASSERT_TRUE(studio.save(saved, error)) << error;
+        EXPECT_FALSE(studio.isModified());
+        EXPECT_EQ(studio.sessionPath(), saved);
+
+        // An undo after the save is a change again.
+        ASSERT_TRUE(studio.undo());
+        EXPECT_TRUE(studio.isModified());
+    }
+
+    Studio reopened(MONTALA_SOURCE_DIR "/resources");
+    std::string error;
+    ASSERT_TRUE(reopened.openSession(saved, error)) << error;
+    ASSERT_NE(reopened.model(), nullptr);
+    EXPECT_EQ(reopened.model()->getChangeList().getSize(), generated);
+    EXPECT_EQ(reopened.model()->getOldList().getSize(), 82u);
+    EXPECT_FALSE(reopened.isModified());
+}
+
+TEST_F(StudioTest, FailedOpenOrSaveLeavesTheProjectAndTheFilesAsTheyWere)
+{
+    Studio studio(MONTALA_SOURCE_DIR "/resources");
+    generateSample(studio);
+    const size_t generated = studio.model()->getChangeList().getSize();
+
+    const std::string broken = (folder / "broken.json").string();
+    std::ofstream(broken) << "{\"format\": \"montala-session\",\n \"version\": 1,\n";
+    std::string error;
+    EXPECT_FALSE(studio.openSession(broken, error));
+    EXPECT_NE(error.find("broken.json"), std::string::npos) << error;
+    ASSERT_NE(studio.model(), nullptr);
+    EXPECT_EQ(studio.model()->getChangeList().getSize(), generated);
+    EXPECT_EQ(studio.sessionPath(), session);
+
+    // A read-only file is refused and keeps its text.
+    const std::string locked = (folder / "locked.json").string();
+    std::ofstream(locked) << "old text";
+    std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
+    error.clear();
+    EXPECT_FALSE(studio.save(locked, error));
+    EXPECT_NE(error.find("locked.json"), std::string::npos) << error;
+    std::ifstream in(locked);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "old text");
+    EXPECT_TRUE(studio.isModified());
+    EXPECT_EQ(studio.sessionPath(), session);
+}
+
+TEST_F(StudioTest, NewProjectRunsAtTheChosenRateWithoutAPath)
+{
+    Studio studio(MONTALA_SOURCE_DIR "/resources");
+    core::Framerate rate;
+    ASSERT_TRUE(Studio::parseRate("29.97df", rate));
+    studio.newProject(rate);
+    ASSERT_NE(studio.project(), nullptr);
+    EXPECT_EQ(studio.project()->frameRate().fps, 30);
+    EXPECT_TRUE(studio.project()->frameRate().pullDown);
+    EXPECT_TRUE(studio.project()->frameRate().dropFrame);
+    EXPECT_TRUE(studio.sessionPath().empty());
+    ASSERT_NE(studio.model(), nullptr);
+
+    // A Change EDL read at the rate of the project: drop-frame timecodes hold.
+    EXPECT_TRUE(studio.addEdl(core::EventList::OldKind, samples + "/edl/short-film-2997df/old.edl").opened);
+    EXPECT_FALSE(studio.model()->getOldList().getSize() == 0);
+
+    EXPECT_FALSE(Studio::parseRate("26", rate));
+    EXPECT_THROW(studio.newProject(core::Framerate()), util::Result::Type);
+}
+
+} // namespace
+} // namespace montala::studio
