@@ -3,6 +3,8 @@
 #include "core/DataModel.h"
 #include "core/DataModelChangeScope.h"
 #include "core/PropertyKeys.h"
+#include "core/SecondsRange.h"
+#include "core/Tolerances.h"
 #include "core/Variant.h"
 #include "core/conform/MontalerBase.h"
 #include "gui/AlertWindowBase.h"
@@ -291,10 +293,16 @@ void MainGui::changed(const core::ChangeContext& context)
 {
     switch (context.kind) {
     case core::ChangeContext::DataModelKind:
+        oldIndex.reset();
+        newIndex.reset();
         dataModelChanged(static_cast<const core::DataModelChangeContext&>(context).model);
         break;
     case core::ChangeContext::EventListKind: {
         const int kind = static_cast<const core::EventListChangeContext&>(context).listKind;
+        if (kind == OldTable)
+            oldIndex.reset();
+        else if (kind == NewTable)
+            newIndex.reset();
         if (dataModel && kind >= OldTable && kind <= ChangeTable)
             listChanged(static_cast<Table>(kind));
         break;
@@ -370,6 +378,8 @@ void MainGui::dropDataModel()
         tables[table]->repaint();
     }
     dataModel = nullptr;
+    oldIndex.reset();
+    newIndex.reset();
     showPreviewOff();
     // The radio group turns the destination side off.
     sourceToggle.setToggleState(true, juce::dontSendNotification);
@@ -471,11 +481,15 @@ void MainGui::restoreSelection(Table table)
         return;
     if (model->getSelectedCount() == 0) {
         clearRelatedMarks();
-    } else {
-        highlightRelated();
-        timelineView.setSelection(model->getSelectedEvents());
-        updateVideoDisplay(true);
+        return;
     }
+    try {
+        highlightRelated();
+    } catch (Result::Type) {
+        // An event without a place on the timelines marks nothing.
+    }
+    timelineView.setSelection(model->getSelectedEvents());
+    updateVideoDisplay(true);
 }
 
 void MainGui::highlightRelated()
@@ -488,11 +502,31 @@ void MainGui::highlightRelated()
     for (const core::EventPtr& event : selected.getEvents()) {
         if (event->hasState(core::EventState::InvalidTimecode))
             continue;
-        oldMarks.append(dataModel->findOldEvents(event));
-        newMarks.append(dataModel->findNewEvents(event));
+        collectRelated(event, true, oldMarks);
+        collectRelated(event, false, newMarks);
     }
     models[OldTable]->setMarks(oldMarks);
     models[NewTable]->setMarks(newMarks);
+}
+
+void MainGui::collectRelated(const core::EventPtr& changeEvent, bool onOldList, core::EventList& related)
+{
+    if (!(changeEvent->getSrcIn() < changeEvent->getSrcOut()) || !(changeEvent->getDstIn() < changeEvent->getDstOut()))
+        return;
+    const core::Framerate rate = core::Timecode::currentFramerate();
+    std::unique_ptr<core::EventListIndex>& index = onOldList ? oldIndex : newIndex;
+    if (!index || index->getFramerate() != rate)
+        index = std::make_unique<core::EventListIndex>(onOldList ? dataModel->getOldList() : dataModel->getNewList(),
+                                                       rate);
+    // SRC lies on the old record timeline, DST on the new one: both are
+    // found on the DST side of their list. Neighbours that only touch the
+    // range are not related.
+    const core::Timecode& in = onOldList ? changeEvent->getSrcIn() : changeEvent->getDstIn();
+    const core::Timecode& out = onOldList ? changeEvent->getSrcOut() : changeEvent->getDstOut();
+    const core::SecondsRange range(in.toSeconds(rate) + core::positionTolerance,
+                                   out.toSeconds(rate) - core::positionTolerance);
+    for (const core::EventPtr& event : index->findDstEvents(range))
+        related.addEvent(event);
 }
 
 void MainGui::clearRelatedMarks()

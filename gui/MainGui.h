@@ -2,6 +2,7 @@
 
 #include "core/ChangeContext.h"
 #include "core/EventList.h"
+#include "core/EventListIndex.h"
 #include "gui/EventTableModel.h"
 #include "gui/EventTimeLineView.h"
 #include "gui/FlashTextButton.h"
@@ -126,6 +127,9 @@ private:
     void rebuildModel(Table table);
     void restoreSelection(Table table);
     void highlightRelated();
+    // Appends the Old (or New) events that a Change event came from: those
+    // its SRC (or DST) range overlaps by more than one sample at 384 kHz.
+    void collectRelated(const core::EventPtr& changeEvent, bool onOldList, core::EventList& related);
     void clearRelatedMarks();
     void updateCounters();
     void updateListCounters(Table table);
@@ -146,6 +150,13 @@ private:
     core::ChangeContextNotificationBase* projectNotifier = nullptr;
     core::DataModel* dataModel = nullptr;
     std::array<std::shared_ptr<EventTableModel>, 3> models;
+    // The Old and New lists by record time, kept from one selection change
+    // to the next and dropped whenever their list changes. The data model
+    // builds such an index for every event it is asked about, which for a
+    // long list is slower than a frame, and a selection of all rows would
+    // build one per row.
+    std::unique_ptr<core::EventListIndex> oldIndex;
+    std::unique_ptr<core::EventListIndex> newIndex;
     LookAndFeel lookAndFeel;
     std::shared_ptr<VideoProviderBase> videoProvider;
     juce::File saveFolder;

@@ -13,6 +13,7 @@
 #include "gui/FakeMontaler.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"
+#include "util/StringUtil.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -238,6 +239,36 @@ TEST_F(MainGuiTest, ChangeSelectionMarksRelatedRowsAndIsStoredWithTheProject)
     EXPECT_TRUE(gui.getTable(MainGui::ChangeTable).isRowSelected(1));
     EXPECT_EQ(gui.getTableModel(MainGui::NewTable)->getMarks().getSize(), 1u);
     EXPECT_EQ(driver.previews.size(), 0u) << "restoring a selection plays nothing";
+}
+
+TEST_F(MainGuiTest, MarksAreTheEventsTheModelRelatesToEachSelectedChangeEvent)
+{
+    // The window keeps its own search structures over Old and New; what it
+    // marks must stay what the data model relates, on a real re-cut and
+    // after the Old list has changed underneath.
+    const std::string folder = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/short-film-25/";
+    core::Framerate suggested;
+    model.getOldList().loadEdl(util::StringUtil::fromUtf8(folder + "old.edl"), false, suggested, true, false);
+    model.getNewList().loadEdl(util::StringUtil::fromUtf8(folder + "new.edl"), false, suggested, true, false);
+    gui.setProject(&project);
+    generate();
+    const auto expectMarksOfEachRow = [this] {
+        EventTableModel& change = *gui.getTableModel(MainGui::ChangeTable);
+        ASSERT_GT(change.getNumRows(), 5);
+        for (int row = 0; row < change.getNumRows(); ++row) {
+            SCOPED_TRACE(row);
+            gui.getTable(MainGui::ChangeTable).selectRow(row);
+            const core::EventPtr event = change.getRowEvent(row);
+            EXPECT_EQ(gui.getTableModel(MainGui::OldTable)->getMarks().getEvents(),
+                      model.findOldEvents(event).getEvents());
+            EXPECT_EQ(gui.getTableModel(MainGui::NewTable)->getMarks().getEvents(),
+                      model.findNewEvents(event).getEvents());
+        }
+    };
+    expectMarksOfEachRow();
+    model.getOldList().removeRange(0, 3);
+    expectMarksOfEachRow();
+    EXPECT_EQ(gui.getTableModel(MainGui::OldTable)->getNumRows(), static_cast<int>(model.getOldList().getSize()));
 }
 
 TEST_F(MainGuiTest, PreviewButtonGoesFromNoEventsToIdleToPreviewingAndBack)

@@ -1,0 +1,90 @@
+// A click on a row of the Change table, in a window that shows a feature's
+// worth of events: 10,000 shots whose neighbours swap places in the re-cut,
+// so the Change EDL has 10,000 events too. One selection change marks the
+// related Old and New rows, recolours the timeline and stores the selection;
+// it has to fit into one frame at 60 Hz (16 ms). Painting is not part of it:
+// JUCE paints later, only what is visible.
+
+#include "core/DataModel.h"
+#include "core/EventList.h"
+#include "core/Framerate.h"
+#include "gui/MainGui.h"
+#include "util/StringConverter.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <memory>
+
+using namespace montala;
+
+namespace {
+
+constexpr int shotLength = 50;
+
+core::EventPtr makeShot(int shot, int slot)
+{
+    char roll[16];
+    std::snprintf(roll, sizeof roll, "R%05d", shot);
+    auto event = std::make_shared<core::EventBase>();
+    const int source = 3600 * 25 + shot * 100;
+    const int record = 10 * 3600 * 25 + slot * shotLength;
+    event->setTimecodes(core::Timecode(source), core::Timecode(source + shotLength), core::Timecode(record),
+                        core::Timecode(record + shotLength));
+    event->setRollName(roll);
+    event->setEventNumber(slot + 1);
+    return event;
+}
+
+class Project : public core::ChangeContextNotificationBase {
+public:
+    explicit Project(core::DataModel* model) : model(model) {}
+    void addListener(core::ChangeContextListenerInterface* listener) override
+    {
+        core::ChangeContextNotificationBase::addListener(listener);
+        listener->changed(core::DataModelChangeContext(model));
+    }
+    core::DataModel* model;
+};
+
+void BM_ChangeSelection(benchmark::State& state)
+{
+    juce::ScopedJuceInitialiser_GUI juce;
+    core::FixedFramerateProvider rate(core::Framerate(25, 0));
+    core::ScopedFramerateProvider rateScope(&rate);
+    util::StringConverter converter;
+    util::ScopedStringConverter converterScope(converter);
+
+    const int events = static_cast<int>(state.range(0));
+    core::DataModel model;
+    for (int shot = 0; shot < events; ++shot) {
+        model.getOldList().addEvent(makeShot(shot, shot));
+        model.getNewList().addEvent(makeShot(shot, shot ^ 1));
+    }
+    Project project(&model);
+    model.setNotifier(&project);
+    auto window = std::make_unique<gui::MainGui>();
+    window->setProject(&project);
+    window->buttonClicked(&window->getGenerateButton());
+    if (model.getChangeList().getSize() != static_cast<size_t>(events)) {
+        state.SkipWithError("the re-cut did not give one Change event per shot");
+        return;
+    }
+
+    juce::TableListBox& table = window->getTable(gui::MainGui::ChangeTable);
+    int row = 0;
+    for (auto _ : state) {
+        // Rows far apart, as a user clicking through the table would.
+        row = (row + 3571) % events;
+        table.selectRow(row, true, true);
+    }
+    benchmark::DoNotOptimize(window->getTableModel(gui::MainGui::OldTable)->getMarks().getSize());
+    state.counters["events"] = events;
+
+    window.reset();
+    model.setNotifier(nullptr);
+}
+
+} // namespace
+
+BENCHMARK(BM_ChangeSelection)->Arg(10000)->Unit(benchmark::kMillisecond);
