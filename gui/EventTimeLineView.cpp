@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 namespace montala::gui {
 
@@ -107,22 +108,38 @@ void EventTimeLineView::setEvents(const core::EventList& list)
 
 void EventTimeLineView::setSelection(const core::EventList& selected)
 {
-    // The unselected ones come forward first in list order, then the selected
-    // ones above them all.
+    // The unselected ones stand in list order, the selected ones above them
+    // all. Every move of a child makes the content measure all its children
+    // again, so only the rectangles whose state changes move: a rectangle
+    // leaving the selection goes back behind the next unselected one in the
+    // list (the list is walked backwards to know it), or, for the last,
+    // forward, where the selected ones then pass it.
+    std::unordered_set<const core::EventBase*> wanted;
+    for (const core::EventPtr& event : selected.getEvents())
+        wanted.insert(event.get());
     std::vector<TimeLineEvent*> chosen;
-    for (const auto& item : events) {
-        const core::EventPtr event = item->event.lock();
+    TimeLineEvent* nextUnselected = nullptr;
+    for (auto item = events.rbegin(); item != events.rend(); ++item) {
+        const core::EventPtr event = (*item)->event.lock();
         if (event == nullptr)
             continue;
-        if (selected.contains(event)) {
-            chosen.push_back(item.get());
+        if (wanted.count(event.get()) != 0) {
+            chosen.push_back(item->get());
             continue;
         }
-        for (juce::DrawableRectangle* rectangle : {&item->sourceRectangle, &item->destinationRectangle}) {
+        const bool wasChosen = (*item)->sourceRectangle.getFill().colour == palette::bright;
+        for (juce::DrawableRectangle* rectangle : {&(*item)->sourceRectangle, &(*item)->destinationRectangle}) {
             paintRectangle(*rectangle, colourOf(*event));
-            rectangle->toFront(false);
+            if (!wasChosen)
+                continue;
+            if (nextUnselected)
+                rectangle->toBehind(&nextUnselected->sourceRectangle);
+            else
+                rectangle->toFront(false);
         }
+        nextUnselected = item->get();
     }
+    std::reverse(chosen.begin(), chosen.end());
     for (TimeLineEvent* item : chosen)
         for (juce::DrawableRectangle* rectangle : {&item->sourceRectangle, &item->destinationRectangle}) {
             paintRectangle(*rectangle, palette::bright);
