@@ -84,14 +84,27 @@ Project::~Project()
 
 // ---- Frame rate
 
+namespace {
+
+// The host's report as a Framerate. The pull-down flag must be read here as
+// well as the drop flag: 29.97 is nominal 30 run 1000/1001 slow, and a rate
+// taken as plain 30 puts 01:00:00;00 3.6 s early on the host's timeline.
+core::Framerate rateOf(const Kelmar::IProjectSettings::FrameRate& rate)
+{
+    const bool drop = (rate.flags & Kelmar::IProjectSettings::FrameRate::kDropFrame) != 0;
+    const bool pulled = (rate.flags & Kelmar::IProjectSettings::FrameRate::kPullDown) != 0;
+    return core::Framerate(rate.framesPerSecond, pulled, drop ? 1 : 0);
+}
+
+} // namespace
+
 core::Framerate Project::getFramerate()
 {
     if (framerate.isUndefined()) {
         auto settings = Kelmar::queryInterface<Kelmar::IProjectSettings>(hostProject.get());
         Kelmar::IProjectSettings::FrameRate rate;
         if (settings && settings->getFrameRate(rate) == Kelmar::kResultOk) {
-            const bool drop = (rate.flags & Kelmar::IProjectSettings::FrameRate::kDropFrame) != 0;
-            framerate.set(rate.framesPerSecond, false, drop ? 1 : 0);
+            framerate = rateOf(rate);
             currentDayLength = core::Timecode(1, 0, 0, 0).toSeconds(framerate) * 24.0;
         }
     }
@@ -103,10 +116,9 @@ void Project::updateFramerate()
     auto settings = queryRequired<Kelmar::IProjectSettings>(hostProject.get());
     Kelmar::IProjectSettings::FrameRate rate;
     check(settings->getFrameRate(rate));
-    const int dropMode = (rate.flags & Kelmar::IProjectSettings::FrameRate::kDropFrame) != 0 ? 1 : 0;
-    const bool pulled = (rate.flags & Kelmar::IProjectSettings::FrameRate::kPullDown) != 0;
-    if (rate.framesPerSecond != framerate.fps || dropMode != framerate.dropMode || pulled != framerate.pulled) {
-        framerate.set(rate.framesPerSecond, pulled, dropMode);
+    const core::Framerate reported = rateOf(rate);
+    if (reported.fps != framerate.fps || reported.dropMode != framerate.dropMode || reported.pulled != framerate.pulled) {
+        framerate = reported;
         core::ScopedFramerateProvider provider(this);
         dataModel.revalidateAll();
     }
