@@ -75,7 +75,11 @@ void insertSorted(SimObject::List& list, IPtr<SimObject> point)
 
 std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, double time)
 {
-    const SimObject::List& points = automationTrack.children();
+    return valueAt(automationTrack.children(), automationTrack.get().curveType, time);
+}
+
+std::optional<double> SimRangeEditor::valueAt(const SimObject::List& points, int curve, double time)
+{
     if (points.empty())
         return std::nullopt;
     if (time < points.front()->get().start)
@@ -88,7 +92,6 @@ std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, 
     if (before + 1 >= points.size())
         return p.value;
     const SimObject::Fields& q = points[before + 1]->get();
-    const int curve = automationTrack.get().curveType;
     if (p.segmentEnd || curve == 0 || curve == 3 || q.start - p.start <= epsilon)
         return p.value;
     return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
@@ -203,12 +206,27 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
 void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
 {
     const double end = position + length;
+    // The timeline begins at the project start (host time 0): what the paste
+    // would put before it is cut away, as a host does at its first frame.
+    //
+    //   copy          |a....:....b|
+    //   timeline            0 ---------
+    //   pasted              |:...b|      (a point at 0 holds the copy's value)
+    const double low = std::max(position, 0.0);
+    if (end - low <= epsilon)
+        return;
+    const bool clipped = low > position;
     SimObject& track = *copy.track;
     if (!copy.items.empty()) {
         SimObject::List children = track.children();
         for (const auto& item : copy.items) {
             IPtr<SimObject> placed = item->cloneTree();
             shift(*placed, position);
+            if (clipped && placed->get().start < low) {
+                placed = trimmedCopy(*placed, low, unbounded);
+                if (!placed)
+                    continue;
+            }
             children.push_back(placed);
         }
         track.replaceChildren(children);
@@ -221,13 +239,16 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         //
         //   before   0 ------------------------ 1
         //   after    0 ------ a|copy.........|b ----- 1   (a, b: old values)
-        const auto valueBefore = valueAt(*automationTrack, position);
+        //
+        // Before the timeline's start there is no curve to keep.
+        const auto valueBefore = valueAt(*automationTrack, low);
         const auto valueAfter = valueAt(*automationTrack, end);
         SimObject::List before;
         SimObject::List after;
         for (const auto& point : automationTrack->children()) {
             const double time = point->get().start;
-            if (time <= position + epsilon)
+            // A point at 0 lies inside a clipped destination and makes way.
+            if (!clipped && time <= low + epsilon)
                 before.push_back(point);
             else if (time >= end - epsilon)
                 after.push_back(point);
@@ -236,16 +257,34 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
             return std::any_of(list.begin(), list.end(),
                                [time](const auto& p) { return std::abs(p->get().start - time) <= epsilon; });
         };
-        SimObject::List result = before;
-        if (valueBefore && !at(before, position))
-            result.push_back(newPoint(position, *valueBefore));
+        SimObject::List placed;
+        if (valueBefore && !clipped && !at(before, low))
+            placed.push_back(newPoint(low, *valueBefore));
+        if (clipped && !at(points, low - position))
+            placed.push_back(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
         for (const auto& point : points) {
-            IPtr<SimObject> placed = point->cloneTree();
-            shift(*placed, position);
-            result.push_back(placed);
+            if (point->get().start + position < low - epsilon)
+                continue;
+            IPtr<SimObject> copied = point->cloneTree();
+            shift(*copied, position);
+            placed.push_back(copied);
         }
         if (valueAfter && !at(after, end))
-            result.push_back(newPoint(end, *valueAfter));
+            placed.push_back(newPoint(end, *valueAfter));
+        // Times within epsilon are one time, but the curve must stay in
+        // order to the last bit: a destination that was summed another way
+        // than the neighbouring paste's may lie a hair before it. The new
+        // points are moved onto their neighbours, never the old ones.
+        double floor = before.empty() ? -unbounded : before.back()->get().start;
+        const double ceiling = after.empty() ? unbounded : after.front()->get().start;
+        for (const auto& point : placed) {
+            const double time = std::min(std::max(point->get().start, floor), ceiling);
+            if (time != point->get().start)
+                shift(*point, time - point->get().start);
+            floor = time;
+        }
+        SimObject::List result = before;
+        result.insert(result.end(), placed.begin(), placed.end());
         result.insert(result.end(), after.begin(), after.end());
         automationTrack->replaceChildren(result);
     }
@@ -318,7 +357,9 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
         }
         if (!removed)
             continue;
-        if (!hasStart)
+        // Nothing lies before the timeline's start: a range that begins
+        // there has no curve on its left to keep.
+        if (!hasStart && start >= -epsilon)
             insertSorted(kept, newPoint(start, valueAtStart));
         if (!hasEnd)
             insertSorted(kept, newPoint(end, valueAtEnd));

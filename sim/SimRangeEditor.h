@@ -23,6 +23,8 @@ namespace montala::sim {
 // top of what lies at the destination, as a layer; automation points inside
 // the destination range make way for the copied ones, and a point on each
 // edge of the destination keeps the curve outside the range as it was.
+// Nothing is pasted before the project start (host time 0): a destination
+// that begins earlier is cut there, and a point at 0 holds the copy's value.
 //
 // Deleting [s, e) removes what lies inside and cuts what crosses an edge:
 //
@@ -61,6 +63,8 @@ public:
     // end holds the earlier point's value, the others are linear between
     // points. None when the automation track has no point.
     static std::optional<double> valueAt(const SimObject& automationTrack, double time);
+    // The same over points of a curve of type `curveType`, in time order.
+    static std::optional<double> valueAt(const SimObject::List& points, int curveType, double time);
 
     // Times closer than this are the same.
     static constexpr double epsilon = 1e-9;
