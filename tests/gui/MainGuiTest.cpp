@@ -283,6 +283,10 @@ TEST_F(MainGuiTest, PreviewButtonGoesFromNoEventsToIdleToPreviewingAndBack)
     switchPreview(true);
     EXPECT_EQ(driver.previewActivations, std::vector<bool>{true});
     EXPECT_TRUE(gui.getPreviewButton().isFlashing());
+    const auto lit = [this] { return gui.getPreviewButton().findColour(juce::TextButton::buttonOnColourId); };
+    for (int waited = 0; waited < 3 * FlashTextButton::flashIntervalMs && lit() == palette::accent; waited += 50)
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(50);
+    EXPECT_EQ(lit(), palette::accent.darker(0.4f)) << "the lit button blinks dark";
     EXPECT_TRUE(gui.getSourceToggle().isEnabled());
     EXPECT_TRUE(gui.getDestinationToggle().isEnabled());
     // Row 1 is the last: the run takes one event before it and none after.
@@ -310,6 +314,7 @@ TEST_F(MainGuiTest, PreviewButtonGoesFromNoEventsToIdleToPreviewingAndBack)
     EXPECT_EQ(driver.previewActivations, (std::vector<bool>{true, false}));
     EXPECT_FALSE(gui.getPreviewButton().getToggleState());
     EXPECT_FALSE(gui.getPreviewButton().isFlashing());
+    EXPECT_EQ(lit(), palette::accent) << "never left dark";
     EXPECT_FALSE(gui.getDestinationToggle().isEnabled());
     EXPECT_TRUE(gui.getPreviewButton().isEnabled());
 
