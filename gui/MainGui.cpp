@@ -223,6 +223,8 @@ MainGui::~MainGui()
         if (models[table]) {
             models[table]->removeListener(this);
             tables[table]->setModel(nullptr);
+            // The models point at the tables, which go before them.
+            models[table].reset();
         }
     }
     setLookAndFeel(nullptr);
