@@ -43,7 +43,9 @@ int runProgram(int argc, const char* const* argv, CommandIo& io)
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        return program.exit(e, io.out, io.err);
+        // --help is a parse "error" of status 0; every other is a bad
+        // argument, status 2, whatever number CLI11 gives its kind.
+        return program.exit(e, io.out, io.err) == 0 ? 0 : 2;
     } catch (util::Result::Type code) {
         // The commands report their own failures; this is the last guard.
         io.err << "montala: failed with code " << static_cast<int>(code) << " (" << util::Result::name(code)
