@@ -122,7 +122,7 @@ public:
     std::string timecode(std::int64_t frames) const
     {
         const std::int64_t fps = shape.fps;
-        char text[16];
+        char text[64];
         std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld:%02lld", static_cast<long long>(frames / (3600 * fps)),
                       static_cast<long long>(frames / (60 * fps) % 60), static_cast<long long>(frames / fps % 60),
                       static_cast<long long>(frames % fps));
@@ -250,7 +250,7 @@ private:
             text << "TITLE: " << title << " " << (first / 999 + 1) << "\nFCM: NON-DROP FRAME\n\n";
             for (size_t index = first; index < std::min(shots.size(), first + 999); ++index) {
                 const Shot& shot = shots[index];
-                char line[128];
+                char line[256];
                 std::snprintf(line, sizeof line, "%03d  %-8s V     C        %s %s %s %s\n",
                               static_cast<int>(index - first + 1), shot.roll.c_str(), timecode(shot.srcIn).c_str(),
                               timecode(shot.srcOut).c_str(), timecode(record).c_str(),
