@@ -165,7 +165,7 @@ private:
         // About 50 shots to a roll, each roll an hour of source of its own.
         const int rolls = std::max(2, shape.shots / 50 + 1);
         for (int roll = 0; roll < rolls; ++roll) {
-            char name[8];
+            char name[16];
             std::snprintf(name, sizeof name, "%c%03d", roll % 2 == 0 ? 'A' : 'B', roll + 1);
             rollNames.push_back(name);
             nextFree.push_back((10 + roll % 12) * 3600LL * shape.fps);
