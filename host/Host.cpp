@@ -256,6 +256,13 @@ Kelmar::tresult Host::projectActivated(Kelmar::IProject* project)
     return Kelmar::kResultOk;
 }
 
+void Host::addListener(core::ChangeContextListenerInterface* listener)
+{
+    core::ChangeContextNotificationBase::addListener(listener);
+    if (listener)
+        listener->changed(core::DataModelChangeContext(activeProject ? &activeProject->getDataModel() : nullptr));
+}
+
 Kelmar::tresult Host::projectDeactivated(Kelmar::IProject* project)
 {
     if (!activeProject || activeProject->getHostProject() != project)

@@ -71,6 +71,12 @@ public:
     explicit Host(Kelmar::IHostServices* context);
     ~Host() override;
 
+    // A listener that joins learns at once which model it is to show (none
+    // while no project is active), as it would have when the project became
+    // active: a window opened on a project that is open already is not left
+    // empty.
+    void addListener(core::ChangeContextListenerInterface* listener) override;
+
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
     const char* isA() const override { return "Host"; }

@@ -35,12 +35,8 @@ bool addEdls(Studio& studio, int listKind, const std::vector<std::string>& files
 void ViewWiring::wire(gui::MainGui& window, Studio& studio)
 {
     window.setMontaler(&studio.host());
+    // Joining the host's listeners hands the window the active project's model.
     window.setProject(&studio.host());
-    // Host tells its listeners of the model when a project becomes active,
-    // not when a listener joins later: a window opened on a project that is
-    // open already hears of its model here.
-    if (core::DataModel* model = studio.model())
-        window.changed(core::DataModelChangeContext(model));
     // The host has no picture source yet: the display stays empty.
     window.setVideoProvider(nullptr);
     window.setSize(skinWidth, skinHeight);

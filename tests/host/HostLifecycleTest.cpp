@@ -61,6 +61,23 @@ TEST_F(HostLifecycleTest, ProjectsOpenBeforeTheHostAreAdoptedAndTheActiveOneIsFo
     EXPECT_EQ(secondProject->getDataModel().getNotifier(), nullptr);
     EXPECT_EQ(core::Timecode::getFramerateProvider(), firstProject);
 
+    // A window that starts listening now is told which model to show.
+    struct ModelWatcher : core::ChangeContextListenerInterface {
+        void changed(const core::ChangeContext& context) override
+        {
+            if (context.kind == core::ChangeContext::DataModelKind) {
+                ++notices;
+                model = static_cast<const core::DataModelChangeContext&>(context).model;
+            }
+        }
+        int notices = 0;
+        core::DataModel* model = nullptr;
+    } watcher;
+    montala->addListener(&watcher);
+    EXPECT_EQ(watcher.notices, 1);
+    EXPECT_EQ(watcher.model, &firstProject->getDataModel());
+    montala->removeListener(&watcher);
+
     // A project opened later is adopted too; closing the last clears all.
     Kelmar::IPtr<sim::SimProject> third = open(sessionNamed("Third"));
     EXPECT_EQ(montala->getProjectCount(), 3u);
