@@ -297,19 +297,24 @@ std::vector<TrackEvent> Track::getEventsInRange(double start, double end) const
 {
     if (end < start)
         throw Result::InvalidArgument;
+    // Frame times have no exact binary form: a boundary and an event's edge
+    // on the same frame differ by a few ulps, and so do the two halves of an
+    // event split on a frame. Within a sample they are the same.
+    constexpr double tolerance = Project::positionTolerance;
     std::vector<TrackEvent> taken;
     for (TrackEvent& event : getEvents()) {
         const double s = event.getStart();
         const double e = event.getEnd();
-        const bool startsInside = start <= s && s <= end;
-        const bool endsInside = start <= e && e <= end;
+        const bool startsInside = start - tolerance <= s && s <= end + tolerance;
+        const bool endsInside = start - tolerance <= e && e <= end + tolerance;
         // An event belongs to the range it lies mostly in: one half exactly
         // is not enough, so an event split in the middle goes to neither side.
+        const double half = (e - s) / 2.0 + tolerance;
         if (startsInside && endsInside)
             taken.push_back(event);
-        else if (s < start && endsInside && (e - start) / (e - s) > 0.5)
+        else if (s < start && endsInside && e - start > half)
             taken.push_back(event);
-        else if (startsInside && e > end && (end - s) / (e - s) > 0.5)
+        else if (startsInside && e > end && end - s > half)
             taken.push_back(event);
     }
     return taken;
