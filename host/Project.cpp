@@ -650,7 +650,9 @@ void Project::moveBack(Kelmar::IProjectEdit& edit, double from, double to, doubl
     for (Track& track : tracks) {
         auto context = editContext(track.object().get());
         for (const TrackEvent& event : track.getEvents()) {
-            if (event.getStart() >= low && event.getEnd() <= high)
+            // Within a sample: the edges are frames of the settings, and an
+            // event on them lies on the same frames a few ulps away.
+            if (event.getStart() >= low - positionTolerance && event.getEnd() <= high + positionTolerance)
                 check(edit.removeObject(context.get(), event.getObject()));
         }
         check(list->add(track.getHostTrack()));

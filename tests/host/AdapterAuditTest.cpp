@@ -11,6 +11,7 @@
 #include "sim/SimAlertService.h"
 
 #include "kelmar/FVariant.h"
+#include "kelmar/IEditContext.h"
 #include "kelmar/IStorage.h"
 
 #include <gtest/gtest.h>
@@ -141,6 +142,68 @@ TEST_F(AdapterAuditTest, ADamagedBlockIsReportedWithItsMessageAndLeavesTheProjec
     EXPECT_DOUBLE_EQ(active().getConformOffset(), 86400.0);
     EXPECT_FALSE(model().getSettings().getCreateOverlapMarkers());
     EXPECT_EQ(active().getLockedTracks().size(), 1u);
+}
+
+TEST_F(AdapterAuditTest, AnEventExactlyHalfInARangeOfFramesBelongsToNeitherSide)
+{
+    // Frames of 1/25 s have no exact binary form: an event split in the
+    // middle by a frame boundary comes out a few ulps more on one side. On
+    // the home timeline and in the work area alike it belongs to neither.
+    openProject(smallSession());
+    project->computeConformOffset();
+    const double workArea = project->getConformOffset() - project->getProjectStart();
+    Track notes = track("Notes");
+    Kelmar::IProjectEdit& run = beginEdit();
+    struct Split {
+        double base;  // host-relative
+        int frame;    // the boundary
+        int half;     // frames on each side
+    };
+    const Split splits[] = {{30.0, 9, 3}, {30.0, 13, 7}, {workArea, 240, 10}, {workArea, 251, 1}};
+    for (const Split& split : splits) {
+        const double boundary = split.base + split.frame / 25.0;
+        project->writeMarker(run, &notes, "split", "", 3600.0 + split.base + (split.frame - split.half) / 25.0,
+                             3600.0 + split.base + (split.frame + split.half) / 25.0, 0);
+        project->writeMarker(run, &notes, "point", "", 3600.0 + boundary, 3600.0 + boundary, 0);
+        SCOPED_TRACE(boundary);
+        auto named = [](const std::vector<TrackEvent>& events) {
+            std::vector<std::string> names;
+            for (const TrackEvent& event : events)
+                names.push_back(event.getName());
+            return names;
+        };
+        // A point on the boundary belongs to both sides.
+        using Names = std::vector<std::string>;
+        EXPECT_EQ(named(notes.getEventsInRange(boundary - 1.0, boundary)), Names{"point"});
+        EXPECT_EQ(named(notes.getEventsInRange(boundary, boundary + 1.0)), Names{"point"});
+        // One frame more on a side is a majority.
+        EXPECT_EQ(named(notes.getEventsInRange(boundary - 1.0, boundary + 1 / 25.0)), (Names{"split", "point"}));
+        for (const TrackEvent& event : notes.getEvents())
+            if (event.getName() == "split" || event.getName() == "point")
+                run.removeObject(Kelmar::owned(hostProject->getEditContext(notes.object().get())).get(),
+                                 event.getObject());
+    }
+    endEdit();
+}
+
+TEST_F(AdapterAuditTest, MovingHomeOverARangeOfFramesRemovesWhatLiesOnItsEdges)
+{
+    // A restricted run moves home between two frames of the settings; the
+    // old event on exactly those frames is the old arrangement and goes.
+    std::string text = smallSession();
+    const std::string notes = R"({"kind": "marker", "name": "Notes")";
+    text.replace(text.find(notes), 0, R"({"kind": "audio", "name": "BG", "events": [
+      {"kind": "audio", "name": "air", "start": "01:00:09:15", "end": "01:00:19:15", "file": "air.wav", "offset": 0}]},
+    )");
+    openProject(text);
+    project->computeConformOffset();
+    const double before = at25(1, 0, 9, 15);
+    const double after = at25(1, 0, 19, 15);
+    std::vector<Track> tracks{track("BG")};
+    Kelmar::IProjectEdit& run = beginEdit();
+    project->moveBack(run, project->getConformOffset() + before, before, after - before, tracks);
+    endEdit();
+    EXPECT_TRUE(track("BG").getEvents().empty());
 }
 
 TEST_F(AdapterAuditTest, MarkersCarriedByACutKeepTheirNamesReelsAndIds)
