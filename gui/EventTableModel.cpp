@@ -383,8 +383,13 @@ void EventTableModel::paintCell(juce::Graphics& g, int row, int column, int widt
         g.fillEllipse(centreX - inner * 0.5f, centreY - inner * 0.5f, inner, inner);
         return;
     }
+    // A timecode cut off with an ellipsis loses its frames, the part an
+    // editor reads; in a stand-in font wider than Segoe UI it is squeezed
+    // into its fixed column instead. Names are cut, and their tooltips
+    // show them whole.
+    const bool timecode = column >= eventtable::SrcInColumn && column <= eventtable::DstOutColumn;
     LookAndFeel::drawFittedText(g, text, 2, 0, width - 4, height, juce::Justification::centredLeft,
-                                LookAndFeel::getFont(LookAndFeel::tableFont), textColour(*event, selected), false);
+                                LookAndFeel::getFont(LookAndFeel::tableFont), textColour(*event, selected), timecode);
 }
 
 juce::String EventTableModel::getCellTooltip(int row, int column)

@@ -421,6 +421,15 @@ void LookAndFeel::drawLabel(juce::Graphics& g, juce::Label& label)
     g.drawRect(label.getLocalBounds());
 }
 
+void LookAndFeel::drawTableHeaderBackground(juce::Graphics& g, juce::TableHeaderComponent& header)
+{
+    // The header is wider than its columns by the table's scroll bar; that
+    // corner is part of the dark header, not the light one of the base class.
+    g.fillAll(header.findColour(juce::TableHeaderComponent::backgroundColourId));
+    g.setColour(header.findColour(juce::TableHeaderComponent::outlineColourId));
+    g.fillRect(0, header.getHeight() - 1, header.getWidth(), 1);
+}
+
 void LookAndFeel::drawTableHeaderColumn(juce::Graphics& g, juce::TableHeaderComponent& header,
                                         const juce::String& columnName, int, int width, int height,
                                         bool isMouseOver, bool isMouseDown, int columnFlags)

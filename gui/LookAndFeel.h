@@ -72,6 +72,7 @@ public:
 
     void drawLabel(juce::Graphics& g, juce::Label& label) override;
 
+    void drawTableHeaderBackground(juce::Graphics& g, juce::TableHeaderComponent& header) override;
     void drawTableHeaderColumn(juce::Graphics& g, juce::TableHeaderComponent& header,
                                const juce::String& columnName, int columnId, int width, int height,
                                bool isMouseOver, bool isMouseDown, int columnFlags) override;

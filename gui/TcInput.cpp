@@ -148,11 +148,26 @@ void TcInput::notifyListeners()
     }
 }
 
-void TcInput::step(Field field, bool up)
+double TcInput::unitSeconds(Field field)
 {
     static constexpr int units[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
     const int* u = units[field];
-    const double unit = core::Timecode(u[0], u[1], u[2], u[3]).toSeconds();
+    core::Timecode unit(u[0], u[1], u[2], u[3]);
+    // At drop-frame rates the label 00:01:00;00 is one of the dropped ones;
+    // the first label of that minute, 00:01:00;02, stands for the minute,
+    // so that the wheel from zero reads one minute.
+    if (!unit.isValid() && field == Minutes)
+        unit = core::Timecode(0, 1, 0, 2);
+    return unit.toSeconds();
+}
+
+void TcInput::step(Field field, bool up)
+{
+    // A stored value that is no timecode at the current rate (the rate
+    // changed since it was set) and a rate without frames cannot be stepped.
+    if ((timecode.isInitialized() && !timecode.isValid()) || !core::Timecode(0, 0, 0, 1).isValid())
+        return;
+    const double unit = unitSeconds(field);
     double now = timecode.isInitialized() ? timecode.toSeconds() : 0.0;
     if (signedInput && !positive)
         now = -now;

@@ -61,6 +61,9 @@ private:
     // Reads the fields and the sign: stores and notifies a new valid value,
     // puts the stored one back over an invalid one.
     void takeValue();
+    // One unit of the field (an hour, a minute, a second, a frame) in seconds
+    // at the current rate.
+    static double unitSeconds(Field field);
     void step(Field field, bool up);
     void notifyListeners();
 
