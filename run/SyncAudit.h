@@ -7,7 +7,9 @@
 #include "sim/SimProject.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,9 @@ struct AuditRequest {
     // The run was limited to the selected tracks: the others must be as
     // they were.
     bool selectedTracksOnly = false;
+    // The run dealt with audio overhanging the cuts by up to this many
+    // frames: short bits of sound may have moved there (see auditProjects).
+    std::optional<std::uint32_t> overhangFrames;
 };
 
 // One frame where the conformed session does not play what it should.
@@ -53,6 +58,9 @@ struct TrackAudit {
     // Picture the Old cut showed at another speed or through another
     // transition: no sound follows it frame by frame, so it is not judged.
     size_t notJudged = 0;
+    // Frames next to a cut that an overhang run changed on purpose: a short
+    // bit of sound left out, or sound carried across the cut with its event.
+    size_t changedAtCuts = 0;
     // The first frames out of sync, in time order.
     std::vector<SyncMismatch> firstMismatches;
 
@@ -87,6 +95,22 @@ inline constexpr size_t keptMismatches = 5;
 // source timecode on its own and shares nothing with the Change EDL's
 // generation, so that it checks generation and conform together. Tracks
 // left out of the run must be untouched.
+//
+// With overhangFrames, frames that lie that close to a cut (where the New
+// cut stops following the Old one frame by frame) may also differ in the two
+// ways an overhang run changes them, and are counted as changedAtCuts:
+//
+//   Old cut:       [ shot P ............|shot Q ............ ]
+//   old session:    aaaaaaaaaa      bbbb|bbbbbbbbbbbbbbbbbb      b begins 4 frames early
+//   New cut:       [ shot P ............][ Q, 8 frames later ]
+//   strict:         aaaaaaaaaa      bbbb  bbbbbbbbbbbbbb         4 frames of b, a jump, b
+//   overhang run:   aaaaaaaaaa            bbbbbbbbbbbbbb         the short bit of b left out
+//
+// Silence is allowed only where the expected sound is a bit of its event
+// that ends (or begins) within the window on that side of the cut. The other
+// change is sound carried across a cut with the rest of its event (a short
+// head drawn in before it, a short tail after it): allowed only where it is
+// exactly what the old session played next to the shot across the cut.
 AuditReport auditSync(const AuditRequest& request,
                       const std::function<void(const core::EdlFileReport&)>& loaded = nullptr);
 
@@ -94,6 +118,6 @@ AuditReport auditSync(const AuditRequest& request,
 // are judged at the old project's rate.
 void auditProjects(sim::SimProject& before, sim::SimProject& after, const core::EventList& oldCut,
                    const core::EventList& newCut, core::MatchName match, bool selectedTracksOnly,
-                   AuditReport& report);
+                   AuditReport& report, std::optional<std::uint32_t> overhangFrames = std::nullopt);
 
 } // namespace montala::run
