@@ -418,19 +418,19 @@ void Host::describeTracks(Project& project, RunSummary& summary)
     }
 }
 
-Result::Type Host::runApply()
+Result::Type Host::runFramed(RunSummary::Kind kind, const RunWork& work)
 {
     RunSummary summary;
-    summary.kind = RunSummary::Kind::Apply;
+    summary.kind = kind;
     if (!activeProject) {
         // The project was closed while the request waited for this call.
         summary.result = Result::NoProject;
         lastRunSummary = summary;
         return summary.result;
     }
+    const bool applying = kind == RunSummary::Kind::Apply;
     Project& project = *activeProject;
     core::DataModel& model = project.getDataModel();
-    const bool selectedOnly = model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
     running = &summary;
     ProgressHandler handler(context.get());
     Kelmar::IPtr<Kelmar::IApplicationState> application;
@@ -439,42 +439,21 @@ Result::Type Host::runApply()
         project.setCaching(true);
         if (!project.hasConformOffset())
             project.computeConformOffset();
-        if (transport && transport->isPlaying())
+        // A preview leaves the transport alone: the user may be listening.
+        if (applying && transport && transport->isPlaying())
             transport->stop();
         progress = &handler;
         project.setProgress(&handler);
         application = getService<Kelmar::IApplicationState>(context.get());
         application->setBusy(true);
-        handler.start(StringUtil::translate(u"Processing Project"),
-                      countSteps(static_cast<int64_t>(model.getChangeList().getSize()), model.getSettings(), 1), true);
+        // Only an apply can be cancelled: the host's undo takes it back.
+        const core::EventList& events = applying ? model.getChangeList() : previewList;
+        handler.start(StringUtil::translate(applying ? u"Processing Project" : u"Project Preview"),
+                      countSteps(static_cast<int64_t>(events.getSize()), model.getSettings(), 1), applying);
         describeTracks(project, summary);
         busy = true;
-
-        result = runInEdit(project, u"Apply Montala", u"Apply Montala (incomplete)", [&](Kelmar::IProjectEdit& edit) {
-            // The model's step joins the group when the command goes, at the
-            // end of this scope, before the group closes.
-            std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
-            project.createFolderAndMarkerTracks(edit);
-            // The conform catches its own failures: what it did stays, and
-            // its code is the run's answer.
-            const Result::Type conformed = conform(model.getChangeList());
-            project.createVideoTrack(edit);
-            // The new picture goes on its track here once there is a video
-            // provider.
-            double start = 0.0;
-            double end = 0.0;
-            project.getEditRange(start, end);
-            project.finishRange(edit, start, end, selectedOnly);
-            return conformed;
-        });
+        result = work(project, summary);
         busy = false;
-
-        if (result == Result::Cancelled) {
-            // The host takes the whole group back at once, the model's step
-            // with it.
-            auto actions = getService<Kelmar::IActionManager>(context.get());
-            summary.undone = actions->invoke("Edit", "Undo") == Kelmar::kResultOk;
-        }
     } catch (Result::Type code) {
         result = code;
     }
@@ -495,37 +474,47 @@ Result::Type Host::runApply()
     return result;
 }
 
+Result::Type Host::runApply()
+{
+    return runFramed(RunSummary::Kind::Apply, [this](Project& project, RunSummary& summary) {
+        const bool selectedOnly =
+            project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
+        const Result::Type result =
+            runInEdit(project, u"Apply Montala", u"Apply Montala (incomplete)", [&](Kelmar::IProjectEdit& edit) {
+                // The model's step joins the group when the command goes, at
+                // the end of this scope, before the group closes.
+                std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
+                project.createFolderAndMarkerTracks(edit);
+                // The conform catches its own failures: what it did stays,
+                // and its code is the run's answer.
+                const Result::Type conformed = conform(project.getDataModel().getChangeList());
+                project.createVideoTrack(edit);
+                // The new picture goes on its track here once there is a
+                // video provider.
+                double start = 0.0;
+                double end = 0.0;
+                project.getEditRange(start, end);
+                project.finishRange(edit, start, end, selectedOnly);
+                return conformed;
+            });
+        busy = false;
+
+        if (result == Result::Cancelled) {
+            // The host takes the whole group back at once, the model's step
+            // with it.
+            auto actions = getService<Kelmar::IActionManager>(context.get());
+            summary.undone = actions->invoke("Edit", "Undo") == Kelmar::kResultOk;
+        }
+        return result;
+    });
+}
+
 Result::Type Host::runPreview()
 {
-    RunSummary summary;
-    summary.kind = RunSummary::Kind::Preview;
-    if (!activeProject) {
-        summary.result = Result::NoProject;
-        lastRunSummary = summary;
-        return summary.result;
-    }
-    Project& project = *activeProject;
-    core::DataModel& model = project.getDataModel();
-    const bool selectedOnly = model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
-    running = &summary;
-    ProgressHandler handler(context.get());
-    Kelmar::IPtr<Kelmar::IApplicationState> application;
-    Result::Type result = Result::Ok;
-    try {
-        project.setCaching(true);
-        if (!project.hasConformOffset())
-            project.computeConformOffset();
-        // The user may be listening: the transport plays on.
-        progress = &handler;
-        project.setProgress(&handler);
-        application = getService<Kelmar::IApplicationState>(context.get());
-        application->setBusy(true);
-        handler.start(StringUtil::translate(u"Project Preview"),
-                      countSteps(static_cast<int64_t>(previewList.getSize()), model.getSettings(), 1), false);
-        describeTracks(project, summary);
-        busy = true;
-
-        result = runInEdit(project, u"Preview", u"Preview (incomplete)", [&](Kelmar::IProjectEdit& edit) {
+    return runFramed(RunSummary::Kind::Preview, [this](Project& project, RunSummary& summary) {
+        const bool selectedOnly =
+            project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
+        Result::Type result = runInEdit(project, u"Preview", u"Preview (incomplete)", [&](Kelmar::IProjectEdit& edit) {
             // Undo goes back to the model as it was before the preview was
             // asked for, not to the model of this moment.
             std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit, previewSnapshot);
@@ -545,24 +534,8 @@ Result::Type Host::runPreview()
                 result = shown;
             project.setPreviewEvents(previewList);
         }
-        busy = false;
-    } catch (Result::Type code) {
-        result = code;
-    }
-    busy = false;
-    try {
-        handler.finish();
-    } catch (Result::Type) {
-    }
-    if (application)
-        application->setBusy(false);
-    progress = nullptr;
-    project.setProgress(nullptr);
-    project.setCaching(false);
-    running = nullptr;
-    summary.result = result;
-    lastRunSummary = summary;
-    return result;
+        return result;
+    });
 }
 
 // ---- Requests from the window

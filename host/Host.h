@@ -160,8 +160,16 @@ private:
     // The run's steps inside one undo group; see runInEdit.
     using EditWork = std::function<util::Result::Type(Kelmar::IProjectEdit&)>;
 
+    // What a run does once its frame is set up: given the project and the
+    // run's summary, answers the run's result.
+    using RunWork = std::function<util::Result::Type(Project&, RunSummary&)>;
+
     util::Result::Type runApply();
     util::Result::Type runPreview();
+    // The frame both runs share: the progress window, the host's busy state
+    // and the project's caching are on around `work`, and off again on every
+    // way out; lastRun() holds the summary afterwards.
+    util::Result::Type runFramed(RunSummary::Kind kind, const RunWork& work);
     // Opens one undo group on the project, does `work` in it and closes it
     // under `title`. A throw closes it under `incompleteTitle` and is the
     // answer; otherwise the answer is what `work` gave back.
