@@ -106,6 +106,33 @@ TEST_F(SnippetAlgorithmTest, MovesTheTailOfAPiece)
     EXPECT_NEAR(shrinks->getDstEnd(), 409.9, 1e-9);
 }
 
+TEST_F(SnippetAlgorithmTest, AShortBeginningLeftOutAtATrimmedCutIsNotTakenUpByTheNextPiece)
+{
+    // The re-cut trimmed 8 frames at the cut: the first piece ends 4 frames
+    // into "B", the next starts 12 frames into it. With an overhang of 10 the
+    // 4 frames are a snippet to leave out, and the next piece is too far in
+    // to draw them: they are heard nowhere, rather than as a 4-frame stutter
+    // before the jump.
+    host.settings.setOverhangFrames(10);
+    track.clip("B", 104.84, 108.36);
+    auto first = addCut(track, 100.0, 105.0, 200.0);
+    auto next = addCut(track, 105.32, 110.0, 205.0);
+    run(cuts);
+    EXPECT_NEAR(first->getSrcEnd(), 104.84, 1e-9);
+    EXPECT_NEAR(first->getDstEnd(), 204.84, 1e-9);
+    EXPECT_DOUBLE_EQ(next->getSrcStart(), 105.32);
+    EXPECT_DOUBLE_EQ(next->getDstStart(), 205.0);
+
+    // Trimmed by only 2 frames, a next piece starts 6 frames into "B": near
+    // enough to take the 4 frames, and the 2 trimmed ones, along with it.
+    auto closer = addCut(track, 105.08, 110.0, 210.0);
+    CutList single;
+    single.append(cuts.getCut(cuts.size() - 1));
+    run(single);
+    EXPECT_NEAR(closer->getSrcStart(), 104.84, 1e-9);
+    EXPECT_NEAR(closer->getDstStart(), 209.76, 1e-9);
+}
+
 TEST_F(SnippetAlgorithmTest, ATailDrawnInPushesTheFollowingPiecesOfItsTrackAside)
 {
     // The first piece's tail grows by 4 frames to 210.16 on the new timeline;
