@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace montala::host {
 
@@ -109,9 +110,18 @@ void Track::detach()
     project = nullptr;
 }
 
-void Track::projectChanged(Project&) { markDirty(); }
+// What the host reports may have moved audio: the kept chains go with it.
+void Track::projectChanged(Project& changed)
+{
+    forgetChains(changed);
+    markDirty();
+}
 
-void Track::projectEdited(Project&) { markDirty(); }
+void Track::projectEdited(Project& edited)
+{
+    forgetChains(edited);
+    markDirty();
+}
 
 // ---- Identity
 
@@ -373,38 +383,101 @@ core::AudioInfo::Range Track::chainRange(Kelmar::IAudioChainEntry& entry) const
     return range;
 }
 
+// The ranges of a chain that the surroundings count, in chain order. A layer
+// that starts on or inside the range before it counts only when it reaches
+// past that range's end:
+//
+//   chain     [====a====]  [==b==]    [===c===]
+//               [=x=]                      [====d====]
+//   counted   [====a====]  [==b==]    [===c===]
+//                                          [====d====]
+//
+// x ends inside a and is left out; d reaches past c and counts. So each
+// counted range starts no earlier and ends later than the one before, and a
+// position is found by binary search. A chain the walk refuses (a range that
+// ends before it starts, a layer reaching past its predecessor from before
+// its start) keeps the ranges counted before the refusal and the refusal's
+// code: only a position whose walk gets that far is refused.
+struct Track::ChainImage {
+    std::vector<core::AudioInfo::Range> ranges;
+    std::optional<Result::Type> failure;
+};
+
+Track::ChainImages& Track::chainImages()
+{
+    static ChainImages images;
+    return images;
+}
+
+void Track::forgetChains(const Project& owner) { chainImages().erase(&owner); }
+
+std::shared_ptr<const Track::ChainImage> Track::chainImage() const
+{
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    const bool keep = project && project->isCaching();
+    if (keep) {
+        const auto images = chainImages().find(project);
+        if (images != chainImages().end()) {
+            const auto found = images->second.find(hostTrack);
+            if (found != images->second.end())
+                return found->second;
+        }
+    }
+
+    constexpr double tolerance = Project::positionTolerance;
+    auto image = std::make_shared<ChainImage>();
+    try {
+        Kelmar::IPtr<Kelmar::IAudioChainEntry> entry = Kelmar::owned(hostTrack->getAudioChain());
+        for (; entry; entry = Kelmar::owned(entry->next(0))) {
+            const core::AudioInfo::Range range = chainRange(*entry);
+            if (!image->ranges.empty()) {
+                const core::AudioInfo::Range& previous = image->ranges.back();
+                if (range.start < previous.end || std::abs(range.start - previous.end) <= tolerance) {
+                    // Layered on what came before: only counts when it
+                    // reaches past it.
+                    if (range.end < previous.end + tolerance)
+                        continue;
+                    if (range.start < previous.start)
+                        throw Result::InvalidArgument;
+                }
+            }
+            image->ranges.push_back(range);
+        }
+    } catch (Result::Type code) {
+        // A failure to reach the host at all is no answer for any position.
+        if (code != Result::InvalidArgument)
+            throw;
+        image->failure = code;
+    }
+    if (keep)
+        chainImages()[project][hostTrack] = image;
+    return image;
+}
+
 void Track::getSurroundings(double position, core::AudioInfo::Range& before, core::AudioInfo::Range& at,
                             core::AudioInfo::Range& after) const
 {
     before = at = after = core::AudioInfo::Range{};
-    if (!hostTrack)
-        throw Result::NotInitialized;
-    constexpr double tolerance = Project::positionTolerance;
+    const std::shared_ptr<const ChainImage> image = chainImage();
+    const std::vector<core::AudioInfo::Range>& ranges = image->ranges;
 
-    bool counted = false;
-    core::AudioInfo::Range previous;
-    Kelmar::IPtr<Kelmar::IAudioChainEntry> entry = Kelmar::owned(hostTrack->getAudioChain());
-    for (; entry; entry = Kelmar::owned(entry->next(0))) {
-        const core::AudioInfo::Range range = chainRange(*entry);
-        if (counted && (range.start < previous.end || std::abs(range.start - previous.end) <= tolerance)) {
-            // Layered on what came before: only counts when it reaches past it.
-            if (range.end < previous.end + tolerance)
-                continue;
-            if (range.start < previous.start)
-                throw Result::InvalidArgument;
-        }
-        counted = true;
-        previous = range;
-        if (position <= range.end) {
-            if (position < range.start) {
-                after = range;
-                break;
-            }
-            at = range;
-        } else if (before.isEmpty() || range.end > before.end) {
-            before = range;
-        }
-    }
+    // The walk in chain order ends at the first range that starts after the
+    // position; before it, the ranges that end before the position come
+    // first (ends rise), and the last of the others holds the position.
+    const auto first = ranges.begin();
+    const auto following = std::upper_bound(first, ranges.end(), position,
+                                            [](double p, const core::AudioInfo::Range& r) { return p < r.start; });
+    if (following == ranges.end() && image->failure)
+        throw *image->failure;
+    const auto holding = std::lower_bound(first, following, position,
+                                          [](const core::AudioInfo::Range& r, double p) { return r.end < p; });
+    if (following != ranges.end())
+        after = *following;
+    if (holding != following)
+        at = *std::prev(following);
+    if (holding != first)
+        before = *std::prev(holding);
 }
 
 // ---- Automation
@@ -464,15 +537,18 @@ std::map<int, core::AudioInfo::AutomationSpan> Track::getAutomationAround(double
         // not there.
         double previousTime = -1.0, previousValue = -1.0;
         double nextTime = -1.0, nextValue = -1.0;
-        for (const auto& [time, point] : automation[index].points) {
-            const double value = point->getValue();
-            if (time > position) {
-                nextTime = time;
-                nextValue = value;
-                break;
-            }
-            previousTime = time;
-            previousValue = value;
+        // The first point after the position, and the last one up to it (of
+        // points at one time, the last one entered).
+        const auto& points = automation[index].points;
+        const auto next = points.upper_bound(position);
+        if (next != points.end()) {
+            nextTime = next->first;
+            nextValue = next->second->getValue();
+        }
+        if (next != points.begin()) {
+            const auto previous = std::prev(next);
+            previousTime = previous->first;
+            previousValue = previous->second->getValue();
         }
         const bool hasPrevious = previousTime >= 0.0 && previousValue >= 0.0;
         const bool hasNext = nextTime >= 0.0 && nextValue >= 0.0;

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -108,6 +109,9 @@ public:
                          core::AudioInfo::Range& after) const;
     // The absolute range an audio chain entry covers, joined members included.
     core::AudioInfo::Range chainRange(Kelmar::IAudioChainEntry& entry) const;
+    // Forgets the audio chains read while `project` caches its tracks. Every
+    // edit that may move audio calls it; a run's reads then start afresh.
+    static void forgetChains(const Project& project);
 
     // Reads every automation track anew into `automation`.
     void readAutomation();
@@ -119,7 +123,16 @@ public:
     void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);
 
 private:
+    struct ChainImage;
+    using ChainImages = std::map<const Project*, std::map<const Kelmar::ITrack*, std::shared_ptr<const ChainImage>>>;
+    // The images kept, by project and track.
+    static ChainImages& chainImages();
+
     void attach(Project* newProject);
+    // The track's audio chain as getSurroundings reads it: kept and shared by
+    // every wrapper of the track while the project caches its tracks (a run's
+    // detectors ask for it once per piece and position), read anew otherwise.
+    std::shared_ptr<const ChainImage> chainImage() const;
     void detach();
     double projectStart() const;
 
