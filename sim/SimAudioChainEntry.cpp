@@ -6,8 +6,10 @@ namespace montala::sim {
 
 SimAudioChainEntry::SimAudioChainEntry(Chain chain, std::size_t index) : chain(std::move(chain)), index(index) {}
 
-SimObject::List SimAudioChainEntry::chainOf(SimObject& track)
+SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
 {
+    if (track.sortedChain)
+        return track.sortedChain;
     SimObject::List events;
     for (const auto& child : track.children()) {
         if (child->kind() == ObjectKind::AudioEvent)
@@ -20,7 +22,22 @@ SimObject::List SimAudioChainEntry::chainOf(SimObject& track)
     std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
         return a->timelineStart() < b->timelineStart();
     });
-    return events;
+    // Entries handed out hold the list they came from: a change drops the
+    // track's reference, not theirs, so they go on as they were.
+    track.sortedChain = std::make_shared<const SimObject::List>(std::move(events));
+    return track.sortedChain;
+}
+
+std::size_t SimAudioChainEntry::indexOf(const SimObject::List& chain, const SimObject& event)
+{
+    const double start = event.timelineStart();
+    auto it = std::lower_bound(chain.begin(), chain.end(), start,
+                               [](const auto& entry, double time) { return entry->timelineStart() < time; });
+    for (; it != chain.end() && it->get() != &event && (*it)->timelineStart() == start; ++it) {
+    }
+    if (it == chain.end() || it->get() != &event)
+        return chain.size();
+    return static_cast<std::size_t>(it - chain.begin());
 }
 
 Kelmar::tresult SimAudioChainEntry::queryInterface(const Kelmar::FUID& iid, void** obj)

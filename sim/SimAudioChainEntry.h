@@ -17,8 +17,12 @@ public:
     SimAudioChainEntry(Chain chain, std::size_t index);
 
     // The chain of an audio track, in time order; layers at the same start
-    // keep their order.
-    static SimObject::List chainOf(SimObject& track);
+    // keep their order. Sorted once and kept by the track until something
+    // below it changes: a host keeps such a list, it does not sort its
+    // events each time it is asked.
+    static Chain chainOf(SimObject& track);
+    // Where `event` lies in `chain`; the chain's size when it is not there.
+    static std::size_t indexOf(const SimObject::List& chain, const SimObject& event);
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT

@@ -63,6 +63,11 @@ void SimEditGroup::recordFields(SimObject& object, const SimObject::Fields& befo
 
 void SimEditGroup::recordList(SimObject& object, const SimObject::List& before, bool automationList)
 {
+    // Undo puts back the list as it was before the first change; redo what
+    // it found. The changes between need no record: a run that puts a
+    // thousand events on a track would keep a thousand copies of its list.
+    if (!listsRecorded.emplace(&object, automationList).second)
+        return;
     Record record = about(object, automationList ? Record::Type::Automation : Record::Type::Children);
     record.listBefore = before;
     records.push_back(std::move(record));

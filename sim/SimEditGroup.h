@@ -6,6 +6,7 @@
 #include "sim/SimObject.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,10 @@ private:
     static Record about(SimObject& object, Record::Type type);
 
     std::vector<Record> records;
+    // The lists recorded in this group, by node and kind (true for the
+    // automation list): the first record of a list holds it as it was
+    // before the group, which is all undo needs.
+    std::set<std::pair<const SimObject*, bool>> listsRecorded;
     std::vector<SimObject*> marked;
 };
 

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace montala::sim {
 
@@ -348,10 +349,51 @@ void SimObject::noteListChange(bool automation)
     }
 }
 
+void SimObject::dropChain()
+{
+    for (SimObject* node = this; node; node = node->parentNode) {
+        node->sortedChain.reset();
+        node->childOrder.reset();
+    }
+}
+
+std::vector<std::size_t> SimObject::childrenNear(double start, double end)
+{
+    if (!childOrder) {
+        auto order = std::make_unique<ChildOrder>();
+        order->byStart.resize(childList.size());
+        for (std::size_t i = 0; i < childList.size(); ++i)
+            order->byStart[i] = i;
+        std::stable_sort(order->byStart.begin(), order->byStart.end(), [this](std::size_t a, std::size_t b) {
+            return childList[a]->fields.start < childList[b]->fields.start;
+        });
+        double reach = -std::numeric_limits<double>::infinity();
+        for (const std::size_t i : order->byStart) {
+            order->starts.push_back(childList[i]->fields.start);
+            reach = std::max(reach, childList[i]->fields.end);
+            order->reach.push_back(reach);
+        }
+        childOrder = std::move(order);
+    }
+    // Wider than any rounding the range work allows, so that no child that
+    // touches the range is missed; the caller decides on each one near.
+    constexpr double margin = 1e-6;
+    const ChildOrder& order = *childOrder;
+    const auto last = std::lower_bound(order.starts.begin(), order.starts.end(), end) - order.starts.begin();
+    auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
+    std::vector<std::size_t> near;
+    for (; i < last; ++i)
+        if (childList[order.byStart[i]]->fields.end >= start - margin)
+            near.push_back(order.byStart[i]);
+    std::sort(near.begin(), near.end());
+    return near;
+}
+
 void SimObject::setFields(const Fields& values)
 {
     if (values == fields)
         return;
+    dropChain();
     noteFieldsChange(values);
     fields = values;
 }
@@ -377,6 +419,19 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
         return;
     noteListChange(false);
     index = std::min(index, childList.size());
+    // A run appends its pieces in time order, each after all the others:
+    // the order by start then only grows, and a copy of the next range finds
+    // its children without sorting them all again.
+    const bool last = childOrder && index == childList.size() &&
+                      (childOrder->starts.empty() || child->fields.start >= childOrder->starts.back());
+    std::unique_ptr<ChildOrder> order = last ? std::move(childOrder) : nullptr;
+    dropChain();
+    if (order) {
+        order->byStart.push_back(index);
+        order->starts.push_back(child->fields.start);
+        order->reach.push_back(order->reach.empty() ? child->fields.end : std::max(order->reach.back(), child->fields.end));
+        childOrder = std::move(order);
+    }
     child->parentNode = this;
     child->bindTo(owner);
     childList.insert(childList.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
@@ -403,6 +458,7 @@ bool SimObject::removeChild(SimObject* child)
     if (found == childList.end())
         return false;
     noteListChange(false);
+    dropChain();
     child->parentNode = nullptr;
     childList.erase(found);
     return true;
@@ -411,6 +467,7 @@ bool SimObject::removeChild(SimObject* child)
 void SimObject::replaceChildren(const List& list)
 {
     noteListChange(false);
+    dropChain();
     for (const auto& child : childList)
         if (child->parentNode == this)
             child->parentNode = nullptr;
@@ -452,12 +509,14 @@ void SimObject::dropAttribute(const std::string& name)
 
 void SimObject::restoreFields(const Fields& values)
 {
+    dropChain();
     fields = values;
 }
 
 void SimObject::restoreChildren(const List& list, bool automation)
 {
     List& target = automation ? automationList : childList;
+    dropChain();
     for (const auto& child : target)
         if (child->parentNode == this)
             child->parentNode = nullptr;
@@ -704,7 +763,7 @@ IAudioChainEntry* SimObject::getAudioChain()
 {
     if (objectKind != ObjectKind::AudioTrack)
         return nullptr;
-    auto chain = std::make_shared<const List>(SimAudioChainEntry::chainOf(*this));
+    SimAudioChainEntry::Chain chain = SimAudioChainEntry::chainOf(*this);
     if (chain->empty())
         return nullptr;
     return new SimAudioChainEntry(chain, 0);
@@ -743,17 +802,15 @@ IProjectObject* SimObject::getNextInChain()
         return nullptr;
     // The next event is joined only where it takes over: an event that no
     // longer begins at this one's end is another sound, not the chain's.
-    const List chain = SimAudioChainEntry::chainOf(*holder);
-    for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
-        if (chain[i].get() == this) {
-            SimObject* next = chain[i + 1].get();
-            if (std::abs(next->timelineStart() - timelineEnd()) > chainTolerance)
-                return nullptr;
-            next->addRef();
-            return next;
-        }
-    }
-    return nullptr;
+    const SimAudioChainEntry::Chain chain = SimAudioChainEntry::chainOf(*holder);
+    const std::size_t index = SimAudioChainEntry::indexOf(*chain, *this);
+    if (index + 1 >= chain->size())
+        return nullptr;
+    SimObject* next = (*chain)[index + 1].get();
+    if (std::abs(next->timelineStart() - timelineEnd()) > chainTolerance)
+        return nullptr;
+    next->addRef();
+    return next;
 }
 
 IPoolClip* SimObject::getClip()

@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -174,6 +175,12 @@ public:
     double timelineEnd() const;
     // Whether the node lies in its project's tree.
     bool isInProject() const;
+    // The positions of the children that may lie in [start, end): those
+    // that start before `end` and end no earlier than a hair before `start`,
+    // in the children's order. Found through an order of the children by
+    // start, kept until their times or the list change (a child appended
+    // after all the others joins it).
+    std::vector<std::size_t> childrenNear(double start, double end);
 
     // Changes, recorded for undo. The list changes keep the parents right.
     void setFields(const Fields& values);
@@ -205,6 +212,10 @@ public:
 
     // Set while the node has changed in the open undo group.
     bool contentChanged = false;
+    // An audio track's chain in time order, kept until anything below the
+    // track changes (see SimAudioChainEntry::chainOf); null when it must be
+    // gathered and sorted anew.
+    std::shared_ptr<const List> sortedChain;
 
 protected:
     explicit SimObject(ObjectKind kind);
@@ -220,6 +231,10 @@ private:
     void noteFieldsChange(const Fields& values);
     void noteListChange(bool automationList);
     void setListParents(const List& list);
+    // A change of this node's times or children: the orders kept by the
+    // nodes above (the track's chain, a track's or part's children by start)
+    // no longer hold.
+    void dropChain();
 
     ObjectKind objectKind;
     Fields fields;
@@ -229,6 +244,14 @@ private:
     bool selected = false;
     SimObject* parentNode = nullptr;
     SimProject* owner = nullptr;
+    // The children's positions by start, each with the latest end of those
+    // up to it (see childrenNear).
+    struct ChildOrder {
+        std::vector<std::size_t> byStart;
+        std::vector<double> starts;
+        std::vector<double> reach;
+    };
+    std::unique_ptr<ChildOrder> childOrder;
 };
 
 // The node behind an interface pointer of the simulator, or null for an

@@ -178,8 +178,10 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
 {
     TrackCopy copy;
     copy.track = shared(&track);
-    for (const auto& child : track.children()) {
-        if (IPtr<SimObject> piece = trimmedCopy(*child, start, end)) {
+    // Only the children near the range can reach into it; they are taken
+    // in the track's order.
+    for (const std::size_t index : track.childrenNear(start, end)) {
+        if (IPtr<SimObject> piece = trimmedCopy(*track.children()[index], start, end)) {
             shift(*piece, -start);
             copy.items.push_back(piece);
         }
@@ -217,19 +219,15 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         return;
     const bool clipped = low > position;
     SimObject& track = *copy.track;
-    if (!copy.items.empty()) {
-        SimObject::List children = track.children();
-        for (const auto& item : copy.items) {
-            IPtr<SimObject> placed = item->cloneTree();
-            shift(*placed, position);
-            if (clipped && placed->get().start < low) {
-                placed = trimmedCopy(*placed, low, unbounded);
-                if (!placed)
-                    continue;
-            }
-            children.push_back(placed);
+    for (const auto& item : copy.items) {
+        IPtr<SimObject> placed = item->cloneTree();
+        shift(*placed, position);
+        if (clipped && placed->get().start < low) {
+            placed = trimmedCopy(*placed, low, unbounded);
+            if (!placed)
+                continue;
         }
-        track.replaceChildren(children);
+        track.appendChild(placed);
     }
     for (const auto& [automationTrack, points] : copy.automation) {
         if (points.empty())
