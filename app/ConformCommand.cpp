@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
 #include "core/FramerateNames.h"
@@ -11,7 +12,6 @@
 #include <csignal>
 #include <cstdio>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -35,8 +35,7 @@ struct ConformOptions {
     std::string match = "roll";
     std::string heal;
     std::vector<std::string> vfx;
-    bool acceptAudio = false;
-    bool noBRollRenaming = false;
+    core::EdlLoadOptions load;
     std::string tracks = "all";
     std::optional<unsigned> overhang;
     bool virginTerritories = false;
@@ -206,34 +205,20 @@ private:
             io.err << commandName << "--old and --new go together\n";
             return 2;
         }
-        if (options.vfx.size() > core::Settings::vfxPatternCount) {
-            io.err << commandName << "at most " << core::Settings::vfxPatternCount << " --vfx patterns\n";
+        std::optional<std::vector<core::VfxPatternEntry>> patterns =
+            parseVfxPatterns(options.vfx, commandName, io.err);
+        if (!patterns)
             return 2;
-        }
-        for (const std::string& text : options.vfx) {
-            const size_t colon = text.find(':');
-            if (colon == std::string::npos) {
-                io.err << commandName << "--vfx \"" << text << "\" is not PREFIX:POSTFIX\n";
-                return 2;
-            }
-            request.vfx.emplace_back(text.substr(0, colon), text.substr(colon + 1), true);
-        }
+        request.vfx = std::move(*patterns);
         request.sessionPath = options.session;
         request.oldFiles = options.oldFiles;
         request.newFiles = options.newFiles;
         request.changeFile = options.change;
         request.outputPath = options.output;
-        request.load.acceptAudio = options.acceptAudio;
-        request.load.renameBRolls = !options.noBRollRenaming;
-        request.match = options.match == "clip" ? core::MatchName::ClipName : core::MatchName::RollName;
-        static const std::map<std::string, core::HealProcessingMode> heals = {
-            {"none", core::HealProcessingMode::None},
-            {"normal", core::HealProcessingMode::Normal},
-            {"gaps-without-inserts", core::HealProcessingMode::GapsWithoutInserts},
-            {"gaps-with-inserts", core::HealProcessingMode::GapsWithInserts},
-        };
+        request.load = options.load;
+        request.match = matchNameOf(options.match);
         if (!options.heal.empty())
-            request.heal = heals.at(options.heal);
+            request.heal = healModeOf(options.heal);
         request.selectedTracksOnly = options.tracks == "selected";
         if (options.overhang)
             request.overhangFrames = *options.overhang;
@@ -334,13 +319,10 @@ void registerConformCommand(CLI::App& program, CommandIo& io)
     command->add_option("--new", options->newFiles, "New EDL file; repeatable");
     command->add_option("--change", options->change, "A ready Change EDL, in place of --old and --new");
     command->add_option("-o,--output", options->output, "Where the conformed session goes")->required();
-    command->add_option("--match", options->match, "Match events by roll name or clip name")
-        ->check(CLI::IsMember({"roll", "clip"}));
-    command->add_option("--heal", options->heal, "How neighbouring Change events are joined")
-        ->check(CLI::IsMember({"none", "normal", "gaps-without-inserts", "gaps-with-inserts"}));
-    command->add_option("--vfx", options->vfx, "VFX name pattern PREFIX:POSTFIX, up to three");
-    command->add_flag("--accept-audio", options->acceptAudio, "Accept audio-only events (channel A)");
-    command->add_flag("--no-broll-renaming", options->noBRollRenaming, "Keep roll names that end in B as they are");
+    addMatchOption(*command, options->match, "Match events by roll name or clip name");
+    addHealOption(*command, options->heal);
+    addVfxOption(*command, options->vfx);
+    addLoadFlags(*command, options->load);
     command->add_option("--tracks", options->tracks, "Conform all tracks or the selected ones")
         ->check(CLI::IsMember({"all", "selected"}));
     command->add_option("--overhang", options->overhang, "Deal with audio overhanging a cut by up to FRAMES")
@@ -352,17 +334,8 @@ void registerConformCommand(CLI::App& program, CommandIo& io)
         ->expected(1, -1)
         ->check(CLI::IsMember(run::markerKindNames()));
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
-    command->callback([options, &io] {
-        try {
-            io.exitStatus = ConformRun(*options, io).run();
-        } catch (Result::Type code) {
-            io.err << commandName << "failed: " << Result::name(code) << "\n";
-            io.exitStatus = 1;
-        } catch (const std::exception& e) {
-            io.err << commandName << "failed: " << e.what() << "\n";
-            io.exitStatus = 1;
-        }
-    });
+    command->callback(
+        [options, &io] { runCommand(io, commandName, 1, [&] { return ConformRun(*options, io).run(); }); });
 }
 
 } // namespace montala::app

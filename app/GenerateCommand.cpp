@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
 #include "core/DataModel.h"
@@ -10,9 +11,7 @@
 #include "util/StringConverter.h"
 #include "util/StringUtil.h"
 
-#include <exception>
 #include <fstream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -33,42 +32,11 @@ struct GenerateOptions {
     std::string match = "roll";
     std::string heal;
     std::vector<std::string> vfx;
-    bool acceptAudio = false;
-    bool noBRollRenaming = false;
+    core::EdlLoadOptions load;
     bool json = false;
 };
 
-const std::map<std::string, core::MatchName> matchNames = {
-    {"roll", core::MatchName::RollName},
-    {"clip", core::MatchName::ClipName},
-};
-
-const std::map<std::string, core::HealProcessingMode> healModes = {
-    {"none", core::HealProcessingMode::None},
-    {"normal", core::HealProcessingMode::Normal},
-    {"gaps-without-inserts", core::HealProcessingMode::GapsWithoutInserts},
-    {"gaps-with-inserts", core::HealProcessingMode::GapsWithInserts},
-};
-
-template <typename Value>
-std::vector<std::string> keysOf(const std::map<std::string, Value>& map)
-{
-    std::vector<std::string> keys;
-    for (const auto& entry : map)
-        keys.push_back(entry.first);
-    return keys;
-}
-
 const char* const commandName = "montala generate: ";
-
-// "PREFIX:POSTFIX" split at its first colon; either side may be empty.
-std::optional<core::VfxPatternEntry> parseVfxPattern(const std::string& text)
-{
-    const size_t colon = text.find(':');
-    if (colon == std::string::npos)
-        return std::nullopt;
-    return core::VfxPatternEntry(text.substr(0, colon), text.substr(colon + 1), true);
-}
 
 // Why generation failed, in the user's terms. The generator names the event
 // it stopped on; a refused VFX row is found by the core's own rule.
@@ -102,26 +70,15 @@ public:
         util::StringConverter converter;
         util::ScopedStringConverter converterScope(converter);
 
-        std::vector<core::VfxPatternEntry> patterns;
-        if (options.vfx.size() > core::Settings::vfxPatternCount) {
-            io.err << commandName << "at most " << core::Settings::vfxPatternCount << " --vfx patterns\n";
+        const std::optional<std::vector<core::VfxPatternEntry>> parsed =
+            parseVfxPatterns(options.vfx, commandName, io.err);
+        if (!parsed)
             return 2;
-        }
-        for (const std::string& text : options.vfx) {
-            const std::optional<core::VfxPatternEntry> entry = parseVfxPattern(text);
-            if (!entry) {
-                io.err << commandName << "--vfx \"" << text << "\" is not PREFIX:POSTFIX\n";
-                return 2;
-            }
-            patterns.push_back(*entry);
-        }
+        const std::vector<core::VfxPatternEntry>& patterns = *parsed;
 
         std::vector<std::string> all = options.oldFiles;
         all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
-        core::EdlLoadOptions loadOptions;
-        loadOptions.acceptAudio = options.acceptAudio;
-        loadOptions.renameBRolls = !options.noBRollRenaming;
-        core::EdlLoader loader(all, loadOptions);
+        core::EdlLoader loader(all, options.load);
         const std::optional<core::Framerate> rate = chooseProjectRate(options.rate, loader, io.err);
         if (!rate)
             return 2;
@@ -130,10 +87,10 @@ public:
 
         core::DataModel model;
         core::Settings& settings = model.getSettings();
-        settings.setMatchName(matchNames.at(options.match));
+        settings.setMatchName(matchNameOf(options.match));
         if (!options.heal.empty())
-            settings.setHealProcessing(healModes.at(options.heal));
-        settings.setBRollRenaming(!options.noBRollRenaming);
+            settings.setHealProcessing(healModeOf(options.heal));
+        settings.setBRollRenaming(options.load.renameBRolls);
         for (size_t index = 0; index < patterns.size(); ++index)
             settings.setVfxPattern(patterns[index], index);
 
@@ -264,27 +221,13 @@ void registerGenerateCommand(CLI::App& program, CommandIo& io)
     command->add_option("--new", options->newFiles, "New EDL file (the re-cut picture); repeatable")->required();
     command->add_option("-o,--output", options->output, "Write the Change EDL to this CMX file");
     command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
-    command->add_option("--match", options->match, "Match events by roll name or clip name")
-        ->check(CLI::IsMember(keysOf(matchNames)));
-    command->add_option("--heal", options->heal, "How neighbouring Change events are joined")
-        ->check(CLI::IsMember(keysOf(healModes)));
-    command->add_option("--vfx", options->vfx, "VFX name pattern PREFIX:POSTFIX, up to three");
-    command->add_flag("--accept-audio", options->acceptAudio, "Accept audio-only events (channel A)");
-    command->add_flag("--no-broll-renaming", options->noBRollRenaming, "Keep roll names that end in B as they are");
+    addMatchOption(*command, options->match, "Match events by roll name or clip name");
+    addHealOption(*command, options->heal);
+    addVfxOption(*command, options->vfx);
+    addLoadFlags(*command, options->load);
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
-    command->callback([options, &io] {
-        try {
-            io.exitStatus = GenerateRun(*options, io).run();
-        } catch (Result::Type code) {
-            io.err << commandName << "failed: " << Result::name(code) << "\n";
-            io.exitStatus = 1;
-        } catch (const std::exception& e) {
-            // A standard exception of the model's own rules (a VFX prefix
-            // longer than a name, say) ends the run, never the program.
-            io.err << commandName << "failed: " << e.what() << "\n";
-            io.exitStatus = 1;
-        }
-    });
+    command->callback(
+        [options, &io] { runCommand(io, commandName, 1, [&] { return GenerateRun(*options, io).run(); }); });
 }
 
 } // namespace montala::app

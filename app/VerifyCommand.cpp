@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
 #include "run/SyncAudit.h"
@@ -23,8 +24,7 @@ struct VerifyOptions {
     std::vector<std::string> newFiles;
     std::string match = "roll";
     std::string tracks = "all";
-    bool acceptAudio = false;
-    bool noBRollRenaming = false;
+    core::EdlLoadOptions load;
     bool json = false;
 };
 
@@ -77,9 +77,8 @@ int verify(const VerifyOptions& options, CommandIo& io)
     request.newSession = options.newSession;
     request.oldFiles = options.oldFiles;
     request.newFiles = options.newFiles;
-    request.load.acceptAudio = options.acceptAudio;
-    request.load.renameBRolls = !options.noBRollRenaming;
-    request.match = options.match == "clip" ? core::MatchName::ClipName : core::MatchName::RollName;
+    request.load = options.load;
+    request.match = matchNameOf(options.match);
     request.selectedTracksOnly = options.tracks == "selected";
 
     const run::AuditReport report =
@@ -119,24 +118,13 @@ void registerVerifyCommand(CLI::App& program, CommandIo& io)
     command->add_option("new-session", options->newSession, "The conformed session")->required();
     command->add_option("--old", options->oldFiles, "Old EDL file; repeatable")->required();
     command->add_option("--new", options->newFiles, "New EDL file; repeatable")->required();
-    command->add_option("--match", options->match, "Match shots by roll name or clip name")
-        ->check(CLI::IsMember({"roll", "clip"}));
+    addMatchOption(*command, options->match, "Match shots by roll name or clip name");
     command->add_option("--tracks", options->tracks, "The conform ran on all tracks or the selected ones")
         ->check(CLI::IsMember({"all", "selected"}));
-    command->add_flag("--accept-audio", options->acceptAudio, "Accept audio-only events (channel A)");
-    command->add_flag("--no-broll-renaming", options->noBRollRenaming, "Keep roll names that end in B as they are");
+    addLoadFlags(*command, options->load);
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
-    command->callback([options, &io] {
-        try {
-            io.exitStatus = verify(*options, io);
-        } catch (Result::Type code) {
-            io.err << commandName << "failed: " << Result::name(code) << "\n";
-            io.exitStatus = 2;
-        } catch (const std::exception& e) {
-            io.err << commandName << "failed: " << e.what() << "\n";
-            io.exitStatus = 2;
-        }
-    });
+    // A failure is no verdict on the sync: it ends like an unreadable input.
+    command->callback([options, &io] { runCommand(io, commandName, 2, [&] { return verify(*options, io); }); });
 }
 
 } // namespace montala::app
