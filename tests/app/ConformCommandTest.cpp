@@ -1,4 +1,5 @@
-#include "app/Program.h"
+#include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -7,68 +8,30 @@
 #include <fstream>
 #include <sstream>
 
-#include <unistd.h>
-
 namespace {
 
 namespace fs = std::filesystem;
-
-struct ProgramRun {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-// The whole program, as a user calls it: bad arguments are found by the
-// parser before the command runs, so their status comes from there.
-ProgramRun montala(std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), "montala");
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments)
-        argv.push_back(argument.c_str());
-    std::ostringstream out, err;
-    montala::app::CommandIo io{out, err};
-    const int status = montala::app::runProgram(static_cast<int>(argv.size()), argv.data(), io);
-    return {status, out.str(), err.str()};
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
+using montala::test::CommandRun;
+using montala::test::contains;
+using montala::test::readFile;
+using montala::test::runMontala;
 
 const std::string samples = MONTALA_SOURCE_DIR "/samples/";
 const std::string session = samples + "sessions/short-film-25.json";
 const std::string oldEdl = samples + "edl/short-film-25/old.edl";
 const std::string newEdl = samples + "edl/short-film-25/new.edl";
 
-class ConformCommand : public ::testing::Test {
+class ConformCommand : public montala::test::TempFolderTest {
 protected:
-    void SetUp() override
-    {
-        folder = fs::temp_directory_path() / ("montala-conform-command-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
+    ConformCommand() : TempFolderTest("montala-conform-command") {}
 
-    std::string output() const { return (folder / "out.json").string(); }
-
-    fs::path folder;
+    std::string output() const { return pathOf("out.json"); }
 };
 
 TEST_F(ConformCommand, ConformsTheSampleAndTouchesOnlyItsOutput)
 {
     const std::string before = readFile(session);
-    const ProgramRun run = montala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output()});
+    const CommandRun run = runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output()});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(contains(run.out, "Project rate: 25\n")) << run.out;
     EXPECT_TRUE(contains(run.out, "Change EDL: 12 events\n")) << run.out;
@@ -85,16 +48,16 @@ TEST_F(ConformCommand, ConformsTheSampleAndTouchesOnlyItsOutput)
     // -o may name the input: then, and only then, it is rewritten.
     const fs::path copy = folder / "session.json";
     fs::copy_file(session, copy);
-    const ProgramRun inPlace =
-        montala({"conform", copy.string(), "--old", oldEdl, "--new", newEdl, "-o", copy.string()});
+    const CommandRun inPlace =
+        runMontala({"conform", copy.string(), "--old", oldEdl, "--new", newEdl, "-o", copy.string()});
     ASSERT_EQ(inPlace.status, 0) << inPlace.err;
     EXPECT_EQ(readFile(copy), conformed);
 }
 
 TEST_F(ConformCommand, JsonIsOneDocumentWithTheNumericResult)
 {
-    const ProgramRun run =
-        montala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output(), "--json", "--no-markers",
+    const CommandRun run =
+        runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output(), "--json", "--no-markers",
                  "insert", "overlap"});
     ASSERT_EQ(run.status, 0) << run.err;
     const nlohmann::json document = nlohmann::json::parse(run.out); // the notes went to err
@@ -110,8 +73,8 @@ TEST_F(ConformCommand, JsonIsOneDocumentWithTheNumericResult)
     EXPECT_TRUE(contains(run.err, "== Conforming\n"));
 
     // A run that checkTracks refuses: its code, and the window's alert.
-    const ProgramRun refused =
-        montala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output() + "2", "--tracks", "selected",
+    const CommandRun refused =
+        runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", output() + "2", "--tracks", "selected",
                  "--json"});
     EXPECT_EQ(refused.status, 1);
     const nlohmann::json answer = nlohmann::json::parse(refused.out);
@@ -132,7 +95,7 @@ TEST_F(ConformCommand, ExitStatusSaysWhoseFaultItWasAndNothingIsWritten)
         if (withCuts)
             arguments.insert(arguments.end(), cuts.begin(), cuts.end());
         arguments.insert(arguments.end(), extra.begin(), extra.end());
-        return montala(arguments);
+        return runMontala(arguments);
     };
 
     // Bad arguments: 2.
@@ -144,28 +107,28 @@ TEST_F(ConformCommand, ExitStatusSaysWhoseFaultItWasAndNothingIsWritten)
                                                {"--range", "01:00:00:00"},
                                                {"--vfx", "NOCOLON"},
                                                {"--change", oldEdl}}) {
-        const ProgramRun run = conform(extra);
+        const CommandRun run = conform(extra);
         EXPECT_EQ(run.status, 2) << extra[0] << ": " << run.err;
         EXPECT_FALSE(run.err.empty()) << extra[0];
     }
-    EXPECT_EQ(montala({"conform", session, "--old", oldEdl, "-o", output()}).status, 2) << "--old without --new";
-    EXPECT_EQ(montala({"conform", session}).status, 2) << "no output named";
+    EXPECT_EQ(runMontala({"conform", session, "--old", oldEdl, "-o", output()}).status, 2) << "--old without --new";
+    EXPECT_EQ(runMontala({"conform", session}).status, 2) << "no output named";
 
     // Unreadable input: 2, named.
-    const ProgramRun noSession = montala({"conform", (folder / "none.json").string(), "--old", oldEdl, "--new",
+    const CommandRun noSession = runMontala({"conform", (folder / "none.json").string(), "--old", oldEdl, "--new",
                                           newEdl, "-o", output()});
     EXPECT_EQ(noSession.status, 2);
     EXPECT_TRUE(contains(noSession.err, "none.json")) << noSession.err;
-    const ProgramRun noEdl = conform({"--new", (folder / "gone.edl").string()});
+    const CommandRun noEdl = conform({"--new", (folder / "gone.edl").string()});
     EXPECT_EQ(noEdl.status, 2);
     EXPECT_TRUE(contains(noEdl.err, "gone.edl")) << noEdl.err;
-    const ProgramRun badRange = conform({"--range", "01:00:10:00", "01:00:05:00"});
+    const CommandRun badRange = conform({"--range", "01:00:10:00", "01:00:05:00"});
     EXPECT_EQ(badRange.status, 2);
     EXPECT_TRUE(contains(badRange.err, "--range 01:00:10:00 01:00:05:00")) << badRange.err;
 
     // A run that cannot start: 1, with the window's text.
     std::ofstream(folder / "empty.edl") << "TITLE: EMPTY\nFCM: NON-DROP FRAME\n";
-    const ProgramRun empty = conform({"--change", (folder / "empty.edl").string()}, false);
+    const CommandRun empty = conform({"--change", (folder / "empty.edl").string()}, false);
     EXPECT_EQ(empty.status, 1);
     EXPECT_TRUE(contains(empty.err, "the run cannot start (EmptyChangeList): No events in Change EDL.\n"))
         << empty.err;

@@ -1,4 +1,5 @@
-#include "app/Commands.h"
+#include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -7,30 +8,15 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <unistd.h>
 
-using montala::app::CommandIo;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct CommandRun {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-CommandRun runCommand(const char* name, void (*registerCommand)(CLI::App&, CommandIo&), std::vector<std::string> arguments)
-{
-    std::ostringstream out, err;
-    CommandIo io{out, err};
-    CLI::App program;
-    registerCommand(program, io);
-    arguments.insert(arguments.begin(), name);
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    program.parse(reversed);
-    return {io.exitStatus, out.str(), err.str()};
-}
+using montala::test::CommandRun;
+using montala::test::contains;
+using montala::test::readFile;
+using montala::test::runCommand;
 
 CommandRun generate(const std::vector<std::string>& arguments)
 {
@@ -40,19 +26,6 @@ CommandRun generate(const std::vector<std::string>& arguments)
 CommandRun inspect(const std::vector<std::string>& arguments)
 {
     return runCommand("inspect", montala::app::registerInspectCommand, arguments);
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
 }
 
 const std::string samples = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/";
@@ -73,19 +46,13 @@ const char* const newReel =
     "002  A        V     C        01:00:02:00 01:00:08:00 10:00:05:00 10:00:11:00\n"
     "* FROM CLIP NAME: A_NEW.MOV\n";
 
-class GenerateCommandTest : public ::testing::Test {
+class GenerateCommandTest : public montala::test::TempFolderTest {
 protected:
-    GenerateCommandTest()
+    GenerateCommandTest() : TempFolderTest("montala-generate")
     {
-        folder = fs::temp_directory_path() /
-                 ("montala-generate-" + std::to_string(::getpid()) + "-" +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
         oldPath = write("old.edl", oldReel);
         newPath = write("new.edl", newReel);
     }
-    ~GenerateCommandTest() override { fs::remove_all(folder); }
 
     std::string write(const std::string& name, const std::string& text) const
     {
@@ -93,9 +60,6 @@ protected:
         std::ofstream(path, std::ios::binary) << text;
         return path.string();
     }
-    std::string pathOf(const std::string& name) const { return (folder / name).string(); }
-
-    fs::path folder;
     std::string oldPath;
     std::string newPath;
 };

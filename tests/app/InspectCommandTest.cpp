@@ -1,4 +1,4 @@
-#include "app/Commands.h"
+#include "app/CommandRunner.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -7,26 +7,14 @@
 #include <fstream>
 #include <sstream>
 
-using montala::app::CommandIo;
 
 namespace {
 
-struct CommandRun {
-    int status;
-    std::string out;
-    std::string err;
-};
+using montala::test::CommandRun;
 
-CommandRun inspect(std::vector<std::string> arguments)
+CommandRun inspect(const std::vector<std::string>& arguments)
 {
-    std::ostringstream out, err;
-    CommandIo io{out, err};
-    CLI::App program;
-    montala::app::registerInspectCommand(program, io);
-    arguments.insert(arguments.begin(), "inspect");
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    program.parse(reversed);
-    return {io.exitStatus, out.str(), err.str()};
+    return montala::test::runCommand("inspect", montala::app::registerInspectCommand, arguments);
 }
 
 std::string writeFile(const std::string& name, const std::string& text)

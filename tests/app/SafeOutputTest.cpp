@@ -1,4 +1,5 @@
-#include "app/Commands.h"
+#include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -11,64 +12,32 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using montala::app::CommandIo;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct CommandRun {
-    int status;
-    std::string out;
-    std::string err;
-};
+using montala::test::CommandRun;
+using montala::test::readFile;
 
-CommandRun generate(std::vector<std::string> arguments)
+CommandRun generate(const std::vector<std::string>& arguments)
 {
-    std::ostringstream out, err;
-    CommandIo io{out, err};
-    CLI::App program;
-    montala::app::registerGenerateCommand(program, io);
-    arguments.insert(arguments.begin(), "generate");
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    program.parse(reversed);
-    return {io.exitStatus, out.str(), err.str()};
-}
-
-std::string contentOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream content;
-    content << file.rdbuf();
-    return content.str();
+    return montala::test::runCommand("generate", montala::app::registerGenerateCommand, arguments);
 }
 
 // What -o may or may not replace, tried with the sample reel and with a cut
 // of 1,200 one-roll events (its Change EDL needs two CMX files).
-class SafeOutputTest : public ::testing::Test {
+class SafeOutputTest : public montala::test::TempFolderTest {
 protected:
-    SafeOutputTest()
+    SafeOutputTest() : TempFolderTest("montala-output")
     {
-        folder = fs::temp_directory_path()
-                 / ("montala-output-" + std::to_string(::getpid()) + "-"
-                    + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
         const fs::path samples = fs::path(MONTALA_SOURCE_DIR) / "samples" / "edl" / "short-film-25";
         fs::copy_file(samples / "old.edl", folder / "old.edl");
         fs::copy_file(samples / "new.edl", folder / "new.edl");
-        oldText = contentOf(folder / "old.edl");
+        oldText = readFile(folder / "old.edl");
     }
-    ~SafeOutputTest() override
-    {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
-
-    std::string at(const std::string& name) const { return (folder / name).string(); }
-
     CommandRun generateSample(const std::string& output, std::vector<std::string> more = {})
     {
-        std::vector<std::string> arguments = {"--old", at("old.edl"), "--new", at("new.edl"), "--rate", "25",
+        std::vector<std::string> arguments = {"--old", pathOf("old.edl"), "--new", pathOf("new.edl"), "--rate", "25",
                                               "-o", output};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return generate(arguments);
@@ -95,13 +64,12 @@ protected:
                 file << line;
             }
         }
-        std::vector<std::string> arguments = {"--old", at("long.edl"), "--new", at("long.edl"), "--rate", "25",
+        std::vector<std::string> arguments = {"--old", pathOf("long.edl"), "--new", pathOf("long.edl"), "--rate", "25",
                                               "--heal", "none", "-o", output};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return generate(arguments);
     }
 
-    fs::path folder;
     std::string oldText;
 };
 
@@ -109,18 +77,18 @@ TEST_F(SafeOutputTest, AnOutputThatIsAnInputFileIsRefusedHoweverItIsSpelled)
 {
     fs::create_directory(folder / "sub");
     fs::create_symlink(folder / "old.edl", folder / "link.edl");
-    for (const std::string& output : {at("old.edl"), at("sub/../old.edl"), at("link.edl")}) {
+    for (const std::string& output : {pathOf("old.edl"), pathOf("sub/../old.edl"), pathOf("link.edl")}) {
         SCOPED_TRACE(output);
         const CommandRun run = generateSample(output);
         EXPECT_EQ(1, run.status);
         EXPECT_NE(std::string::npos, run.err.find(output + ": is one of the input files")) << run.err;
-        EXPECT_EQ(oldText, contentOf(folder / "old.edl"));
+        EXPECT_EQ(oldText, readFile(folder / "old.edl"));
         EXPECT_TRUE(fs::is_symlink(folder / "link.edl"));
     }
     // The New EDL as well.
-    const std::string newText = contentOf(folder / "new.edl");
-    EXPECT_EQ(1, generateSample(at("new.edl")).status);
-    EXPECT_EQ(newText, contentOf(folder / "new.edl"));
+    const std::string newText = readFile(folder / "new.edl");
+    EXPECT_EQ(1, generateSample(pathOf("new.edl")).status);
+    EXPECT_EQ(newText, readFile(folder / "new.edl"));
 }
 
 TEST_F(SafeOutputTest, ReadOnlyFilesDevicesAndLinksAreTreatedAsTheUserExpects)
@@ -128,10 +96,10 @@ TEST_F(SafeOutputTest, ReadOnlyFilesDevicesAndLinksAreTreatedAsTheUserExpects)
     // Read-only: refused with a message naming it, even for root.
     std::ofstream(folder / "locked.edl") << "keep";
     ::chmod((folder / "locked.edl").c_str(), 0444);
-    CommandRun run = generateSample(at("locked.edl"));
+    CommandRun run = generateSample(pathOf("locked.edl"));
     EXPECT_EQ(1, run.status);
-    EXPECT_NE(std::string::npos, run.err.find(at("locked.edl") + ": is read-only (mode 444)")) << run.err;
-    EXPECT_EQ("keep", contentOf(folder / "locked.edl"));
+    EXPECT_NE(std::string::npos, run.err.find(pathOf("locked.edl") + ": is read-only (mode 444)")) << run.err;
+    EXPECT_EQ("keep", readFile(folder / "locked.edl"));
     EXPECT_EQ(std::string::npos, run.err.find("part already written")) << "the old file is no part of this run";
 
     // A device node stays a device node.
@@ -146,30 +114,30 @@ TEST_F(SafeOutputTest, ReadOnlyFilesDevicesAndLinksAreTreatedAsTheUserExpects)
     fs::create_directory(folder / "real");
     std::ofstream(folder / "real" / "change.edl") << "old";
     fs::create_symlink(folder / "real" / "change.edl", folder / "change.edl");
-    run = generateSample(at("change.edl"));
+    run = generateSample(pathOf("change.edl"));
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_TRUE(fs::is_symlink(folder / "change.edl"));
-    EXPECT_EQ(0u, contentOf(folder / "real" / "change.edl").rfind("TITLE:   change.edl\n", 0));
+    EXPECT_EQ(0u, readFile(folder / "real" / "change.edl").rfind("TITLE:   change.edl\n", 0));
 }
 
 TEST_F(SafeOutputTest, PartsOfAnEarlierLongerRunAreRemovedAndNamed)
 {
     // Yesterday's run went to three files; today's Change EDL needs two.
     std::ofstream(folder / "change_3.edl") << "TITLE:   change_3.edl\n001  OLD ...\n";
-    CommandRun run = generateLong(at("change.edl"));
+    CommandRun run = generateLong(pathOf("change.edl"));
     ASSERT_EQ(0, run.status) << run.err;
-    EXPECT_NE(std::string::npos, run.out.find("Wrote " + at("change_1.edl") + "\nWrote " + at("change_2.edl") + "\n"))
+    EXPECT_NE(std::string::npos, run.out.find("Wrote " + pathOf("change_1.edl") + "\nWrote " + pathOf("change_2.edl") + "\n"))
         << run.out;
     EXPECT_NE(std::string::npos,
-              run.out.find("Removed " + at("change_3.edl") + ", a part of an earlier, longer Change EDL\n"));
+              run.out.find("Removed " + pathOf("change_3.edl") + ", a part of an earlier, longer Change EDL\n"));
     EXPECT_FALSE(fs::exists(folder / "change_3.edl"));
 
     // A file of the user's that only shares the name stays, with a warning.
     std::ofstream(folder / "change_3.edl") << "my notes\n";
-    run = generateLong(at("change.edl"));
+    run = generateLong(pathOf("change.edl"));
     ASSERT_EQ(0, run.status) << run.err;
-    EXPECT_EQ("my notes\n", contentOf(folder / "change_3.edl"));
-    EXPECT_NE(std::string::npos, run.err.find("warning: " + at("change_3.edl") + ": was not written by Montala"))
+    EXPECT_EQ("my notes\n", readFile(folder / "change_3.edl"));
+    EXPECT_NE(std::string::npos, run.err.find("warning: " + pathOf("change_3.edl") + ": was not written by Montala"))
         << run.err;
 }
 
@@ -180,11 +148,11 @@ TEST_F(SafeOutputTest, AFailedSplitWriteNamesOnlyWhatThisRunWrote)
     std::ofstream(folder / "change_2.edl") << "TITLE:   change_2.edl\n";
     ::chmod((folder / "change_2.edl").c_str(), 0444);
     std::ofstream(folder / "change_1.edl") << "yesterday\n";
-    const CommandRun run = generateLong(at("change.edl"), {"--json"});
+    const CommandRun run = generateLong(pathOf("change.edl"), {"--json"});
     EXPECT_EQ(1, run.status);
-    EXPECT_NE(std::string::npos, run.err.find(at("change_2.edl") + ": is read-only")) << run.err;
+    EXPECT_NE(std::string::npos, run.err.find(pathOf("change_2.edl") + ": is read-only")) << run.err;
     EXPECT_EQ(std::string::npos, run.err.find("part already written")) << run.err;
-    EXPECT_EQ("yesterday\n", contentOf(folder / "change_1.edl"));
+    EXPECT_EQ("yesterday\n", readFile(folder / "change_1.edl"));
     const nlohmann::json document = nlohmann::json::parse(run.out);
     EXPECT_TRUE(document["written"].empty()) << run.out;
 }

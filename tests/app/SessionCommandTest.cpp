@@ -1,4 +1,4 @@
-#include "app/Commands.h"
+#include "app/CommandRunner.h"
 
 #include <gtest/gtest.h>
 
@@ -8,27 +8,16 @@
 
 #include <unistd.h>
 
-using montala::app::CommandIo;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct SessionRun {
-    int status;
-    std::string out;
-    std::string err;
-};
+using montala::test::CommandRun;
+using montala::test::readFile;
 
-SessionRun session(std::vector<std::string> arguments)
+CommandRun session(const std::vector<std::string>& arguments)
 {
-    std::ostringstream out, err;
-    CommandIo io{out, err};
-    CLI::App program;
-    montala::app::registerSessionCommand(program, io);
-    arguments.insert(arguments.begin(), "session");
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    program.parse(reversed);
-    return {io.exitStatus, out.str(), err.str()};
+    return montala::test::runCommand("session", montala::app::registerSessionCommand, arguments);
 }
 
 std::string sample(const char* name)
@@ -36,17 +25,9 @@ std::string sample(const char* name)
     return std::string(MONTALA_SOURCE_DIR) + "/samples/sessions/" + name;
 }
 
-std::string contentOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
 TEST(SessionCommand, CheckPrintsWhatTheSessionHolds)
 {
-    const SessionRun run = session({"check", sample("short-film-25.json")});
+    const CommandRun run = session({"check", sample("short-film-25.json")});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find("Frame rate: 25 fps\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("Range: 01:00:00:00 - 01:06:10:00 (length 00:06:10:00)\n"), std::string::npos);
@@ -56,7 +37,7 @@ TEST(SessionCommand, CheckPrintsWhatTheSessionHolds)
     EXPECT_NE(run.out.find("  GUIDE     audio         1        0           0  locked\n"), std::string::npos);
     EXPECT_NE(run.out.find("    DX A    audio        40"), std::string::npos) << "tracks in a folder are indented";
 
-    const SessionRun dropFrame = session({"check", sample("short-film-2997df.json")});
+    const CommandRun dropFrame = session({"check", sample("short-film-2997df.json")});
     ASSERT_EQ(dropFrame.status, 0) << dropFrame.err;
     EXPECT_NE(dropFrame.out.find("Frame rate: 29.97 fps drop frame\n"), std::string::npos);
     EXPECT_NE(dropFrame.out.find("Range: 01:00:00;00 - 01:01:30;00"), std::string::npos);
@@ -68,17 +49,17 @@ TEST(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
     std::ofstream(path) << R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
         "start": "01:00:00:00", "end": "01:01:00:00",
         "tracks": [{"kind": "audio", "events": [{"kind": "audio", "start": 20, "end": 10, "file": "a.wav"}]}]})";
-    const SessionRun run = session({"check", path.string()});
+    const CommandRun run = session({"check", path.string()});
     fs::remove(path);
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err,
               "montala session check: " + path.string() + ": line 3: /tracks/0/events/0: the event ends before it starts\n");
 
-    const SessionRun missing = session({"check", "/nonexistent/film.json"});
+    const CommandRun missing = session({"check", "/nonexistent/film.json"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "montala session check: /nonexistent/film.json: does not exist\n");
-    const SessionRun folder = session({"check", fs::temp_directory_path().string()});
+    const CommandRun folder = session({"check", fs::temp_directory_path().string()});
     EXPECT_EQ(folder.status, 1);
     EXPECT_EQ(folder.err, "montala session check: " + fs::temp_directory_path().string() + ": is a folder, not a file\n");
 }
@@ -107,7 +88,7 @@ TEST(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
             std::vector<std::string> arguments = {command, path.string()};
             if (command == "normalize")
                 arguments.insert(arguments.end(), {"-o", (folder / "out.json").string()});
-            const SessionRun run = session(arguments);
+            const CommandRun run = session(arguments);
             EXPECT_EQ(run.status, 1);
             EXPECT_EQ(run.err.rfind("montala session " + command + ": " + path.string() + ": " + expected, 0), 0u)
                 << run.err.substr(0, 300);
@@ -123,10 +104,10 @@ TEST(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
     fs::create_directories(folder);
     for (const char* name : {"short-film-25.json", "short-film-2997df.json"}) {
         const fs::path output = folder / name;
-        const SessionRun run = session({"normalize", sample(name), "-o", output.string()});
+        const CommandRun run = session({"normalize", sample(name), "-o", output.string()});
         ASSERT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out, "Wrote " + output.string() + "\n");
-        EXPECT_EQ(contentOf(output), contentOf(sample(name))) << name << " is not in canonical form";
+        EXPECT_EQ(readFile(output), readFile(sample(name))) << name << " is not in canonical form";
     }
 
     // A hand-written file: times on a frame come out as timecode, others as seconds.
@@ -134,11 +115,11 @@ TEST(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
     std::ofstream(hand) << R"({"format":"montala-session","version":1,"frameRate":{"fps":25},"start":3600,
         "end":60,"tracks":[{"kind":"marker","name":"M","events":[{"kind":"point","start":1.48},{"kind":"point","start":1.5}]}]})";
     ASSERT_EQ(session({"normalize", hand.string(), "-o", hand.string()}).status, 0);
-    EXPECT_NE(contentOf(hand).find(R"({"kind": "point", "start": "01:00:01:12"},
+    EXPECT_NE(readFile(hand).find(R"({"kind": "point", "start": "01:00:01:12"},
         {"kind": "point", "start": 1.5})"), std::string::npos)
-        << contentOf(hand);
+        << readFile(hand);
 
-    const SessionRun failed = session({"normalize", sample("short-film-25.json"), "-o", (folder / "no/such/dir.json").string()});
+    const CommandRun failed = session({"normalize", sample("short-film-25.json"), "-o", (folder / "no/such/dir.json").string()});
     EXPECT_EQ(failed.status, 1);
     EXPECT_NE(failed.err.find("dir.json: the folder " + (folder / "no/such").string() + " does not exist"),
               std::string::npos)

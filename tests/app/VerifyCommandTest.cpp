@@ -1,4 +1,5 @@
-#include "app/Program.h"
+#include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -7,34 +8,12 @@
 #include <fstream>
 #include <sstream>
 
-#include <unistd.h>
-
 namespace {
 
 namespace fs = std::filesystem;
-
-struct ProgramRun {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-ProgramRun montala(std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), "montala");
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments)
-        argv.push_back(argument.c_str());
-    std::ostringstream out, err;
-    montala::app::CommandIo io{out, err};
-    const int status = montala::app::runProgram(static_cast<int>(argv.size()), argv.data(), io);
-    return {status, out.str(), err.str()};
-}
-
-bool contains(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using montala::test::CommandRun;
+using montala::test::contains;
+using montala::test::runMontala;
 
 const std::string samples = MONTALA_SOURCE_DIR "/samples/";
 const std::string session = samples + "sessions/short-film-25.json";
@@ -64,16 +43,13 @@ nlohmann::json* findTrack(nlohmann::json& tracks, const std::string& name)
     return nullptr;
 }
 
-class VerifyCommand : public ::testing::Test {
+class VerifyCommand : public montala::test::TempFolderTest {
 protected:
-    void SetUp() override
+    VerifyCommand() : TempFolderTest("montala-verify-command")
     {
-        folder = fs::temp_directory_path() / ("montala-verify-command-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
         std::ifstream input(session);
         sample = nlohmann::json::parse(input);
     }
-    void TearDown() override { fs::remove_all(folder); }
 
     // The sample with one track's events moved by `shift` seconds, or with
     // the last event of the track taken out.
@@ -93,15 +69,14 @@ protected:
         return path.string();
     }
 
-    fs::path folder;
     nlohmann::json sample;
 };
 
 TEST_F(VerifyCommand, AConformOfTheSampleIsInSync)
 {
     const std::string conformed = (folder / "conformed.json").string();
-    ASSERT_EQ(montala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", conformed}).status, 0);
-    const ProgramRun run = montala({"verify", session, conformed, "--old", oldEdl, "--new", newEdl});
+    ASSERT_EQ(runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", conformed}).status, 0);
+    const CommandRun run = runMontala({"verify", session, conformed, "--old", oldEdl, "--new", newEdl});
     EXPECT_EQ(run.status, 0) << run.out << run.err;
     EXPECT_TRUE(contains(run.out, "New cut: 8984 frames\n")) << run.out;
     EXPECT_TRUE(contains(run.out, "  ok   audio GUIDE: left out (locked), untouched\n")) << run.out;
@@ -109,7 +84,7 @@ TEST_F(VerifyCommand, AConformOfTheSampleIsInSync)
     EXPECT_TRUE(contains(run.out, "of new picture without old sound")) << run.out;
     EXPECT_TRUE(contains(run.out, "All in sync\n")) << run.out;
 
-    const ProgramRun json = montala({"verify", session, conformed, "--old", oldEdl, "--new", newEdl, "--json"});
+    const CommandRun json = runMontala({"verify", session, conformed, "--old", oldEdl, "--new", newEdl, "--json"});
     EXPECT_EQ(json.status, 0);
     const nlohmann::json document = nlohmann::json::parse(json.out);
     EXPECT_EQ(document["inSync"], true);
@@ -122,7 +97,7 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
     // The session against itself over the Old cut, FX 1 a frame late. Its
     // first event starts at 01:00:05:05, which then plays nothing.
     const std::string late = altered("FX 1", 0.04);
-    const ProgramRun run = montala({"verify", session, late, "--old", oldEdl, "--new", oldEdl});
+    const CommandRun run = runMontala({"verify", session, late, "--old", oldEdl, "--new", oldEdl});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(contains(run.out, "  FAIL audio EFFECTS/FX 1: ")) << run.out;
     EXPECT_TRUE(contains(run.out, "         at 01:00:05:05: expected ")) << run.out;
@@ -130,7 +105,7 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
     EXPECT_TRUE(contains(run.out, "  ok   audio DIALOGUE/DX A: ")) << run.out;
     EXPECT_TRUE(contains(run.out, "NOT in sync\n")) << run.out;
 
-    const ProgramRun json = montala({"verify", session, late, "--old", oldEdl, "--new", oldEdl, "--json"});
+    const CommandRun json = runMontala({"verify", session, late, "--old", oldEdl, "--new", oldEdl, "--json"});
     EXPECT_EQ(json.status, 1);
     const nlohmann::json document = nlohmann::json::parse(json.out);
     EXPECT_EQ(document["inSync"], false);
@@ -147,7 +122,7 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
 
     // A locked track that changed, though it took no part.
     const std::string guide = altered("GUIDE", 0.0, true);
-    const ProgramRun touched = montala({"verify", session, guide, "--old", oldEdl, "--new", oldEdl});
+    const CommandRun touched = runMontala({"verify", session, guide, "--old", oldEdl, "--new", oldEdl});
     EXPECT_EQ(touched.status, 1);
     EXPECT_TRUE(contains(touched.out, "  FAIL audio GUIDE: left out (locked), CHANGED, though it took no part\n"))
         << touched.out;
@@ -155,16 +130,16 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
 
 TEST_F(VerifyCommand, UnreadableInputAndBadArgumentsAreStatusTwo)
 {
-    const ProgramRun noSession =
-        montala({"verify", session, (folder / "none.json").string(), "--old", oldEdl, "--new", newEdl});
+    const CommandRun noSession =
+        runMontala({"verify", session, (folder / "none.json").string(), "--old", oldEdl, "--new", newEdl});
     EXPECT_EQ(noSession.status, 2);
     EXPECT_TRUE(contains(noSession.err, "none.json")) << noSession.err;
-    const ProgramRun noEdl =
-        montala({"verify", session, session, "--old", oldEdl, "--new", (folder / "gone.edl").string()});
+    const CommandRun noEdl =
+        runMontala({"verify", session, session, "--old", oldEdl, "--new", (folder / "gone.edl").string()});
     EXPECT_EQ(noEdl.status, 2);
     EXPECT_TRUE(contains(noEdl.err, "gone.edl")) << noEdl.err;
-    EXPECT_EQ(montala({"verify", session, session, "--old", oldEdl}).status, 2) << "--new is required";
-    EXPECT_EQ(montala({"verify", session, session, "--old", oldEdl, "--new", newEdl, "--tracks", "odd"}).status, 2);
+    EXPECT_EQ(runMontala({"verify", session, session, "--old", oldEdl}).status, 2) << "--new is required";
+    EXPECT_EQ(runMontala({"verify", session, session, "--old", oldEdl, "--new", newEdl, "--tracks", "odd"}).status, 2);
 }
 
 } // namespace

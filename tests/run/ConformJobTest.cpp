@@ -5,6 +5,8 @@
 #include "sim/SimHost.h"
 #include "util/StringConverter.h"
 
+#include "support/TempFolderTest.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -18,14 +20,9 @@ namespace fs = std::filesystem;
 
 const std::string samples = MONTALA_SOURCE_DIR "/samples";
 
-class ConformJobTest : public ::testing::Test {
+class ConformJobTest : public test::TempFolderTest {
 protected:
-    void SetUp() override
-    {
-        folder = fs::temp_directory_path() / ("montala-run-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
+    ConformJobTest() : TempFolderTest("montala-run") {}
 
     ConformRequest sampleRequest(const std::string& reel)
     {
@@ -79,7 +76,6 @@ protected:
 
     util::StringConverter converter;
     util::ScopedStringConverter converterScope{converter};
-    fs::path folder;
 };
 
 TEST_F(ConformJobTest, SampleSessionComesOutInSyncWithItsNewCut)

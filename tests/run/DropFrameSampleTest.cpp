@@ -8,9 +8,9 @@
 #include "util/StringConverter.h"
 #include "util/StringUtil.h"
 
-#include <gtest/gtest.h>
+#include "support/TempFolderTest.h"
 
-#include <unistd.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -28,14 +28,9 @@ const std::string newCut = samples + "/edl/short-film-2997df/new.edl";
 
 // The 29.97 drop-frame sample on the whole road: conformed, saved, read
 // back by the audit and checked frame by frame against both cuts.
-class DropFrameSampleTest : public ::testing::Test {
+class DropFrameSampleTest : public test::TempFolderTest {
 protected:
-    void SetUp() override
-    {
-        folder = fs::temp_directory_path() / ("montala-df-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
+    DropFrameSampleTest() : TempFolderTest("montala-df") {}
 
     // The audit of a saved conform, as `montala verify` makes it.
     AuditReport verify(const std::string& conformed)
@@ -62,7 +57,6 @@ protected:
 
     util::StringConverter converter;
     util::ScopedStringConverter converterScope{converter};
-    fs::path folder;
 };
 
 TEST_F(DropFrameSampleTest, ConformedFromTheCutsOrFromAWrittenChangeEdlAndInSync)

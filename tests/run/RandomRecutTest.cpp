@@ -7,13 +7,13 @@
 #include "sim/SimHost.h"
 #include "util/StringConverter.h"
 
+#include "support/TempFolderTest.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <optional>
 #include <sstream>
-
-#include <unistd.h>
 
 namespace montala::run {
 namespace {
@@ -65,14 +65,9 @@ void collectLeftovers(const sim::SimObject& track, const std::string& name, doub
     }
 }
 
-class RandomRecutTest : public ::testing::Test {
+class RandomRecutTest : public test::TempFolderTest {
 protected:
-    void SetUp() override
-    {
-        folder = fs::temp_directory_path() / ("montala-recut-" + std::to_string(::getpid()));
-        fs::create_directories(folder);
-    }
-    void TearDown() override { fs::remove_all(folder); }
+    RandomRecutTest() : TempFolderTest("montala-recut") {}
 
     // The reel of one seed written out, and the request that conforms it.
     ConformRequest writeReel(RandomRecut& recut)
@@ -120,7 +115,6 @@ protected:
 
     util::StringConverter converter;
     util::ScopedStringConverter converterScope{converter};
-    fs::path folder;
 };
 
 TEST_F(RandomRecutTest, EveryFrameStaysInSyncAndNothingOfTheOldArrangementIsLeft)
