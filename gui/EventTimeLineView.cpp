@@ -27,14 +27,9 @@ juce::Colour colourOf(const core::EventBase& event)
     return event.isVfx() ? palette::vfx : palette::event;
 }
 
-void paintRectangle(juce::DrawableRectangle& rectangle, juce::Colour colour)
-{
-    rectangle.setFill(juce::FillType(colour));
-}
-
 // x and width of a span on the strip; never thinner than a pixel, and never
 // a non-finite number, whatever the scale.
-juce::Parallelogram<float> placeSpan(double in, double out, double start, float scale, float top, float bottom)
+juce::Rectangle<float> placeSpan(double in, double out, double start, float scale, float top, float bottom)
 {
     float x = static_cast<float>(EventTimeLineView::labelWidth) + static_cast<float>(in - start) * scale;
     float width = static_cast<float>(out - in) * scale;
@@ -42,7 +37,7 @@ juce::Parallelogram<float> placeSpan(double in, double out, double start, float 
         x = static_cast<float>(EventTimeLineView::labelWidth);
     if (!std::isfinite(width) || width < 1.0f)
         width = 1.0f;
-    return juce::Parallelogram<float>(juce::Rectangle<float>(x, top, width, bottom - top));
+    return {x, top, width, bottom - top};
 }
 
 } // namespace
@@ -61,20 +56,14 @@ EventTimeLineView::EventTimeLineView()
     };
     setUp(sourceLabel, "SourceLabel", u"Source", 0);
     setUp(destinationLabel, "DestinationLabel", u"Destination", destinationTop);
-    // The rectangles are painted from paint(), not as children of the view,
-    // so that they never take the mouse or the focus.
+    // The strip only shows; clicks go through to the window.
     setInterceptsMouseClicks(false, false);
 }
 
-EventTimeLineView::~EventTimeLineView()
-{
-    // The rectangles belong to the events, not to the content.
-    content.removeAllChildren();
-}
+EventTimeLineView::~EventTimeLineView() = default;
 
 void EventTimeLineView::setEvents(const core::EventList& list)
 {
-    content.removeAllChildren();
     events.clear();
 
     if (list.getSize() == 0) {
@@ -91,16 +80,11 @@ void EventTimeLineView::setEvents(const core::EventList& list)
     start = std::min(source.start.toSeconds(rate), destination.start.toSeconds(rate));
     end = std::max(source.end.toSeconds(rate), destination.end.toSeconds(rate));
 
+    events.reserve(list.getSize());
     for (const core::EventPtr& event : list.getEvents()) {
-        auto item = std::make_shared<TimeLineEvent>();
-        item->event = event;
-        for (juce::DrawableRectangle* rectangle : {&item->sourceRectangle, &item->destinationRectangle}) {
-            paintRectangle(*rectangle, colourOf(*event));
-            rectangle->setStrokeFill(juce::FillType(juce::Colours::transparentBlack));
-            rectangle->setStrokeType(juce::PathStrokeType(0.0f));
-            content.addAndMakeVisible(rectangle);
-        }
-        events.push_back(std::move(item));
+        TimeLineEvent& item = events.emplace_back();
+        item.event = event;
+        item.fill = colourOf(*event);
     }
     layOut();
     repaint();
@@ -108,49 +92,37 @@ void EventTimeLineView::setEvents(const core::EventList& list)
 
 void EventTimeLineView::setSelection(const core::EventList& selected)
 {
-    // The unselected ones stand in list order, the selected ones above them
-    // all. Every move of a child makes the content measure all its children
-    // again, so only the rectangles whose state changes move: a rectangle
-    // leaving the selection goes back behind the next unselected one in the
-    // list (the list is walked backwards to know it), or, for the last,
-    // forward, where the selected ones then pass it.
     std::unordered_set<const core::EventBase*> wanted;
+    wanted.reserve(selected.getSize());
     for (const core::EventPtr& event : selected.getEvents())
         wanted.insert(event.get());
-    std::vector<TimeLineEvent*> chosen;
-    TimeLineEvent* nextUnselected = nullptr;
-    for (auto item = events.rbegin(); item != events.rend(); ++item) {
-        const core::EventPtr event = (*item)->event.lock();
+    for (TimeLineEvent& item : events) {
+        const core::EventPtr event = item.event.lock();
+        // A deleted event keeps its colour and its place until the next list.
         if (event == nullptr)
             continue;
-        if (wanted.count(event.get()) != 0) {
-            chosen.push_back(item->get());
-            continue;
-        }
-        const bool wasChosen = (*item)->sourceRectangle.getFill().colour == palette::bright;
-        for (juce::DrawableRectangle* rectangle : {&(*item)->sourceRectangle, &(*item)->destinationRectangle}) {
-            paintRectangle(*rectangle, colourOf(*event));
-            if (!wasChosen)
-                continue;
-            if (nextUnselected)
-                rectangle->toBehind(&nextUnselected->sourceRectangle);
-            else
-                rectangle->toFront(false);
-        }
-        nextUnselected = item->get();
+        item.selected = wanted.count(event.get()) != 0;
+        item.fill = item.selected ? palette::bright : colourOf(*event);
     }
-    std::reverse(chosen.begin(), chosen.end());
-    for (TimeLineEvent* item : chosen)
-        for (juce::DrawableRectangle* rectangle : {&item->sourceRectangle, &item->destinationRectangle}) {
-            paintRectangle(*rectangle, palette::bright);
-            rectangle->toFront(false);
-        }
     repaint();
 }
 
 void EventTimeLineView::paint(juce::Graphics& g)
 {
-    content.draw(g, 1.0f, juce::AffineTransform());
+    // Two passes give the z-order: the unselected events in list order,
+    // then the selected ones above them, again in list order.
+    juce::Path path;
+    for (const bool selectedPass : {false, true})
+        for (const TimeLineEvent& item : events) {
+            if (item.selected != selectedPass)
+                continue;
+            g.setColour(item.fill);
+            for (const juce::Rectangle<float>& r : {item.sourceRectangle, item.destinationRectangle}) {
+                path.clear();
+                path.addRectangle(r);
+                g.fillPath(path);
+            }
+        }
 }
 
 void EventTimeLineView::resized()
@@ -172,17 +144,15 @@ void EventTimeLineView::layOut()
     const auto sourceBottom = static_cast<float>(rowHeight);
     const auto destinationTopF = static_cast<float>(destinationTop);
     const auto destinationBottom = static_cast<float>(destinationTop + rowHeight);
-    for (const auto& item : events) {
-        const core::EventPtr event = item->event.lock();
+    for (TimeLineEvent& item : events) {
+        const core::EventPtr event = item.event.lock();
         // An event whose timecodes cannot be placed keeps where it was.
         if (event == nullptr || event->hasState(core::EventState::InvalidTimecode))
             continue;
-        item->sourceRectangle.setRectangle(placeSpan(event->getSrcIn().toSeconds(rate),
-                                                     event->getSrcOut().toSeconds(rate), start, scale, top,
-                                                     sourceBottom));
-        item->destinationRectangle.setRectangle(placeSpan(event->getDstIn().toSeconds(rate),
-                                                          event->getDstOut().toSeconds(rate), start, scale,
-                                                          destinationTopF, destinationBottom));
+        item.sourceRectangle = placeSpan(event->getSrcIn().toSeconds(rate), event->getSrcOut().toSeconds(rate),
+                                         start, scale, top, sourceBottom);
+        item.destinationRectangle = placeSpan(event->getDstIn().toSeconds(rate), event->getDstOut().toSeconds(rate),
+                                              start, scale, destinationTopF, destinationBottom);
     }
 }
 

@@ -5,8 +5,7 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include <list>
-#include <memory>
+#include <vector>
 
 namespace montala::gui {
 
@@ -26,6 +25,13 @@ namespace montala::gui {
 //
 // An event is never thinner than a pixel, so a one-frame event in a long
 // reel stays visible.
+//
+// The rectangles are plain values painted in paint(), not child components:
+// a feature's Change EDL has 10,000 events, and a component parent looks at
+// all its children whenever one is added, moved in the z-order or resized,
+// which made filling, laying out and selecting cost the square of the count.
+// The z-order is worked out as it is painted: the unselected events in list
+// order, the selected ones above them all, again in list order.
 class EventTimeLineView : public juce::Component {
 public:
     using TimeLineEvent = gui::TimeLineEvent;
@@ -40,7 +46,8 @@ public:
     // Rebuilds all rectangles from the list, at the current frame rate.
     void setEvents(const core::EventList& list);
     // Marks the rectangles of the selected events (by pointer) and brings
-    // them to the front; the others take their own colours back.
+    // them to the front; the others take their own colours and their place
+    // in list order back.
     void setSelection(const core::EventList& selected);
 
     void paint(juce::Graphics& g) override;
@@ -49,17 +56,17 @@ public:
     // The time span the strip shows, in seconds.
     double getStart() const { return start; }
     double getEnd() const { return end; }
-    const std::list<std::shared_ptr<TimeLineEvent>>& getTimeLineEvents() const { return events; }
+    // One per event of the last list, in its order.
+    const std::vector<TimeLineEvent>& getTimeLineEvents() const { return events; }
 
 private:
     void layOut();
 
     juce::Label sourceLabel;
     juce::Label destinationLabel;
-    juce::DrawableComposite content;
     double start = 0.0;
     double end = 0.0;
-    std::list<std::shared_ptr<TimeLineEvent>> events;
+    std::vector<TimeLineEvent> events;
 };
 
 } // namespace montala::gui

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iterator>
 
 namespace montala::gui {
 namespace {
@@ -64,12 +63,12 @@ TEST_F(EventTimeLineViewTest, PlacesSourceAndDestinationOnOneScaleAndKeepsOneFra
     // B lasts one frame (0.4 pixels at this scale) and is drawn a pixel wide.
     EXPECT_EQ(at(image, column(50), sourceRow), event);
     EXPECT_NE(at(image, column(50) + 2, sourceRow), event);
-    const auto oneFrame = (*std::next(view.getTimeLineEvents().begin()))->destinationRectangle.getRectangle();
-    EXPECT_FLOAT_EQ(oneFrame.getBoundingBox().getX(), 1099.6f);
-    EXPECT_FLOAT_EQ(oneFrame.getBoundingBox().getWidth(), 1.0f);
+    const auto oneFrame = view.getTimeLineEvents()[1].destinationRectangle;
+    EXPECT_FLOAT_EQ(oneFrame.getX(), 1099.6f);
+    EXPECT_FLOAT_EQ(oneFrame.getWidth(), 1.0f);
     for (const auto& item : view.getTimeLineEvents()) {
-        EXPECT_GE(item->sourceRectangle.getRectangle().getBoundingBox().getWidth(), 1.0f);
-        EXPECT_GE(item->destinationRectangle.getRectangle().getBoundingBox().getWidth(), 1.0f);
+        EXPECT_GE(item.sourceRectangle.getWidth(), 1.0f);
+        EXPECT_GE(item.destinationRectangle.getWidth(), 1.0f);
     }
 
     // Nothing is drawn over the labels' column.
@@ -121,6 +120,68 @@ TEST_F(EventTimeLineViewTest, SelectionIsBrightAndOnTopAndGivesEachEventItsColou
     EXPECT_EQ(at(image, column(30), sourceRow), palette::event.getARGB());
 }
 
+TEST_F(EventTimeLineViewTest, UnselectedEventsKeepListOrderBeneathWhateverWasSelectedBefore)
+{
+    // Three overlapping events, VFX, plain, VFX: in list order each later
+    // one covers the overlap with the one before.
+    //   A (vfx)    0 s ..  40 s
+    //   B (plain) 20 s ..  60 s
+    //   C (vfx)   50 s .. 100 s
+    core::EventPtr a = makeEvent("A", "01:00:00:00", "01:00:40:00", "01:00:00:00", "01:00:40:00");
+    core::EventPtr b = makeEvent("B", "01:00:20:00", "01:01:00:00", "01:00:20:00", "01:01:00:00");
+    core::EventPtr c = makeEvent("C", "01:00:50:00", "01:01:40:00", "01:00:50:00", "01:01:40:00");
+    a->setVfx(true);
+    c->setVfx(true);
+    for (const core::EventPtr& event : {a, b, c})
+        list.addEvent(event);
+    view.setEvents(list);
+    const auto expectListOrder = [this](const char* when) {
+        const juce::Image image = draw();
+        EXPECT_EQ(at(image, column(10), sourceRow), palette::vfx.getARGB()) << when;
+        EXPECT_EQ(at(image, column(30), sourceRow), palette::event.getARGB()) << when;
+        EXPECT_EQ(at(image, column(55), destinationRow), palette::vfx.getARGB()) << when;
+    };
+    expectListOrder("as filled");
+
+    // Everything selected: all bright, on both rows, over the whole span.
+    view.setSelection(list);
+    juce::Image image = draw();
+    for (double seconds : {1.0, 30.0, 55.0, 99.0}) {
+        EXPECT_EQ(at(image, column(seconds), sourceRow), palette::bright.getARGB()) << seconds;
+        EXPECT_EQ(at(image, column(seconds), destinationRow), palette::bright.getARGB()) << seconds;
+    }
+
+    // The middle one alone selected lies above both neighbours; the others
+    // are no longer bright.
+    core::EventList middle(core::EventList::ChangeKind);
+    middle.addEvent(b);
+    view.setSelection(middle);
+    image = draw();
+    EXPECT_EQ(at(image, column(10), sourceRow), palette::vfx.getARGB());
+    EXPECT_EQ(at(image, column(30), sourceRow), palette::bright.getARGB());
+    EXPECT_EQ(at(image, column(55), sourceRow), palette::bright.getARGB());
+    EXPECT_EQ(at(image, column(80), sourceRow), palette::vfx.getARGB());
+
+    // The first and the last, named in the reverse order: the middle one
+    // goes back between them.
+    core::EventList outer(core::EventList::ChangeKind);
+    outer.addEvent(c);
+    outer.addEvent(a);
+    view.setSelection(outer);
+    image = draw();
+    EXPECT_EQ(at(image, column(30), sourceRow), palette::bright.getARGB());
+    EXPECT_EQ(at(image, column(45), sourceRow), palette::event.getARGB());
+    EXPECT_EQ(at(image, column(55), sourceRow), palette::bright.getARGB());
+
+    view.setSelection(core::EventList(core::EventList::ChangeKind));
+    expectListOrder("after the selection is dropped");
+
+    // A list taken again starts with nothing selected.
+    view.setSelection(list);
+    view.setEvents(list);
+    expectListOrder("after the list is taken again");
+}
+
 TEST_F(EventTimeLineViewTest, EmptyAndZeroLengthListsAreDrawnWithFiniteWidths)
 {
     list.addEvent(makeEvent("A", "01:00:00:00", "01:00:10:00", "01:00:00:00", "01:00:10:00"));
@@ -148,8 +209,7 @@ TEST_F(EventTimeLineViewTest, EmptyAndZeroLengthListsAreDrawnWithFiniteWidths)
     view.setEvents(list);
     EXPECT_EQ(view.getStart(), view.getEnd());
     for (const auto& item : view.getTimeLineEvents())
-        for (const auto* rectangle : {&item->sourceRectangle, &item->destinationRectangle}) {
-            const auto box = rectangle->getRectangle().getBoundingBox();
+        for (const juce::Rectangle<float>& box : {item.sourceRectangle, item.destinationRectangle}) {
             EXPECT_TRUE(std::isfinite(box.getX()) && std::isfinite(box.getWidth()));
             EXPECT_FLOAT_EQ(box.getX(), 100.0f);
             EXPECT_FLOAT_EQ(box.getWidth(), 1.0f);
@@ -167,22 +227,22 @@ TEST_F(EventTimeLineViewTest, EventWithUnreadableTimecodesKeepsItsLastPlace)
     list.addEvent(first);
     list.addEvent(second);
     view.setEvents(list);
-    const auto placedBefore = view.getTimeLineEvents().back()->sourceRectangle.getRectangle().getBoundingBox();
+    const auto placedBefore = view.getTimeLineEvents().back().sourceRectangle;
 
     // 30 frames do not exist at 25 fps: the event gets error 11.
     second->setSrcIn(core::Timecode(1, 0, 50, 30));
     ASSERT_TRUE(second->hasState(core::EventState::InvalidTimecode));
     view.setSize(600, 80);
-    EXPECT_EQ(view.getTimeLineEvents().back()->sourceRectangle.getRectangle().getBoundingBox(), placedBefore);
-    EXPECT_FLOAT_EQ(view.getTimeLineEvents().front()->sourceRectangle.getRectangle().getBoundingBox().getWidth(),
-                    250.0f);
+    EXPECT_EQ(view.getTimeLineEvents().back().sourceRectangle, placedBefore);
+    EXPECT_FLOAT_EQ(view.getTimeLineEvents().front().sourceRectangle.getWidth(), 250.0f);
 
     // A new strip has no place for it at all.
     EventTimeLineView fresh;
     fresh.setSize(1100, 80);
     fresh.setEvents(list);
-    EXPECT_TRUE(fresh.getTimeLineEvents().back()->sourceRectangle.getRectangle().getBoundingBox().isEmpty());
+    EXPECT_TRUE(fresh.getTimeLineEvents().back().sourceRectangle.isEmpty());
 }
 
 } // namespace
 } // namespace montala::gui
+
