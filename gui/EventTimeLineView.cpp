@@ -110,7 +110,9 @@ void EventTimeLineView::setSelection(const core::EventList& selected)
 void EventTimeLineView::paint(juce::Graphics& g)
 {
     // Two passes give the z-order: the unselected events in list order,
-    // then the selected ones above them, again in list order.
+    // then the selected ones above them, again in list order. Each
+    // rectangle is filled as a path: fillRect shades fractional edges by
+    // another rule, and the thin events' edges would come out a shade off.
     juce::Path path;
     for (const bool selectedPass : {false, true})
         for (const TimeLineEvent& item : events) {
