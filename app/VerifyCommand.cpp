@@ -25,6 +25,7 @@ struct VerifyOptions {
     std::string match = "roll";
     std::string tracks = "all";
     core::EdlLoadOptions load;
+    std::optional<unsigned> overhang;
     bool json = false;
 };
 
@@ -38,6 +39,7 @@ nlohmann::json trackJson(const run::TrackAudit& track)
                            {"missing", track.missing},   {"leftOut", track.leftOut}, {"untouched", track.untouched},
                            {"inSync", track.inSync},     {"outOfSync", track.outOfSync},
                            {"newPicture", track.newPicture}, {"notJudged", track.notJudged},
+                           {"changedAtCuts", track.changedAtCuts},
                            {"firstMismatches", mismatches}};
     if (track.leftOut)
         json["leftOutReason"] = track.leftOutReason;
@@ -60,6 +62,8 @@ void printTrack(std::ostream& out, const run::TrackAudit& track)
         << " of new picture without old sound";
     if (track.notJudged > 0)
         out << ", " << track.notJudged << " not judged (picture at another speed or through another transition)";
+    if (track.changedAtCuts > 0)
+        out << ", " << track.changedAtCuts << " changed at cuts by the overhang";
     out << "\n";
     for (const run::SyncMismatch& mismatch : track.firstMismatches)
         out << "         at " << mismatch.timecode << ": expected " << mismatch.expected << ", found "
@@ -80,6 +84,8 @@ int verify(const VerifyOptions& options, CommandIo& io)
     request.load = options.load;
     request.match = matchNameOf(options.match);
     request.selectedTracksOnly = options.tracks == "selected";
+    if (options.overhang)
+        request.overhangFrames = *options.overhang;
 
     const run::AuditReport report =
         run::auditSync(request, [&](const core::EdlFileReport& load) { printLoadReport(load, notes, io.err); });
@@ -122,6 +128,8 @@ void registerVerifyCommand(CLI::App& program, CommandIo& io)
     command->add_option("--tracks", options->tracks, "The conform ran on all tracks or the selected ones")
         ->check(CLI::IsMember({"all", "selected"}));
     addLoadFlags(*command, options->load);
+    command->add_option("--overhang", options->overhang,
+                        "The conform ran with --overhang FRAMES: short bits of sound by the cuts may have moved");
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
     // A failure is no verdict on the sync: it ends like an unreadable input.
     command->callback([options, &io] { runCommand(io, commandName, 2, [&] { return verify(*options, io); }); });
