@@ -1,0 +1,143 @@
+// The audio chain a track keeps between changes: every change below the
+// track (a move, a part moved, an event taken out, an undo) gives the next
+// chain asked for the new order, while entries handed out before go on with
+// the order they came from. Times are host-relative seconds.
+
+#include "SimFixture.h"
+
+#include "kelmar/IAudioChainEntry.h"
+#include "kelmar/IAudioChainEvent.h"
+#include "sim/SimObject.h"
+#include "sim/SimUser.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+namespace montala::sim::test {
+namespace {
+
+using Kelmar::owned;
+
+class SimAudioChainEntryTest : public SimFixture {
+protected:
+    using Spans = std::vector<std::pair<double, double>>;
+
+    static Spans spansFrom(Kelmar::IPtr<Kelmar::IAudioChainEntry> entry)
+    {
+        Spans spans;
+        for (; entry; entry = owned(entry->next(0)))
+            spans.emplace_back(entry->getStart(), entry->getEnd());
+        return spans;
+    }
+
+    static Spans chain(SimObject& track) { return spansFrom(owned(track.getAudioChain())); }
+};
+
+TEST_F(SimAudioChainEntryTest, TheChainFollowsEveryChangeBelowTheTrack)
+{
+    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+      "start": "00:00:00:00", "end": "00:01:00:00",
+      "tracks": [{"kind": "audio", "name": "DX", "events": [
+        {"kind": "audio", "start": "00:00:02:00", "end": "00:00:04:00", "file": "a.wav", "offset": 0},
+        {"kind": "part", "name": "scene", "start": "00:00:10:00", "end": "00:00:20:00", "events": [
+          {"kind": "audio", "start": "00:00:01:00", "end": "00:00:03:00", "file": "b.wav", "offset": 0}]},
+        {"kind": "audio", "start": "00:00:06:00", "end": "00:00:08:00", "file": "c.wav", "offset": 0}]}]})");
+    SimObject& dx = *project->findTrack(u"DX");
+    SimUser user(*host);
+    EXPECT_EQ(chain(dx), (Spans{{2, 4}, {6, 8}, {11, 13}}));
+    auto handedOut = owned(dx.getAudioChain());
+
+    // a moved past c.
+    ASSERT_TRUE(user.moveEvent(*dx.children()[0], 7.0));
+    EXPECT_EQ(chain(dx), (Spans{{6, 8}, {7, 9}, {11, 13}}));
+    // The part moved: the event inside it moves on the timeline.
+    ASSERT_TRUE(user.moveEvent(*dx.children()[1], 0.0));
+    EXPECT_EQ(chain(dx), (Spans{{1, 3}, {6, 8}, {7, 9}}));
+    // The event inside the part moved.
+    ASSERT_TRUE(user.moveEvent(*dx.children()[1]->children()[0], 8.0));
+    EXPECT_EQ(chain(dx), (Spans{{6, 8}, {7, 9}, {8, 10}}));
+    // c taken out, then put back by undo.
+    ASSERT_TRUE(user.deleteEvent(*dx.children()[2]));
+    EXPECT_EQ(chain(dx), (Spans{{7, 9}, {8, 10}}));
+    ASSERT_TRUE(user.undo());
+    EXPECT_EQ(chain(dx), (Spans{{6, 8}, {7, 9}, {8, 10}}));
+    // Undone back to the start.
+    ASSERT_TRUE(user.undo());
+    ASSERT_TRUE(user.undo());
+    ASSERT_TRUE(user.undo());
+    EXPECT_EQ(chain(dx), (Spans{{2, 4}, {6, 8}, {11, 13}}));
+
+    // The entry asked for first still walks the order it came from, though
+    // its events have moved since (and back).
+    EXPECT_EQ(spansFrom(handedOut).size(), 3u);
+}
+
+TEST_F(SimAudioChainEntryTest, AJoinedEventFindsItsOwnNextAmongLayersThatStartTogether)
+{
+    // a and b start together (a first); b is joined to c, a to nothing that
+    // begins at its end.
+    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+      "start": "00:00:00:00", "end": "00:01:00:00",
+      "tracks": [{"kind": "audio", "name": "DX", "events": [
+        {"kind": "audio", "name": "a", "start": "00:00:00:00", "end": "00:00:05:00", "file": "a.wav", "offset": 0, "joinedToNext": true},
+        {"kind": "audio", "name": "b", "start": "00:00:00:00", "end": "00:00:03:00", "file": "b.wav", "offset": 0, "joinedToNext": true},
+        {"kind": "audio", "name": "c", "start": "00:00:03:00", "end": "00:00:06:00", "file": "c.wav", "offset": 0}]}]})");
+    SimObject& dx = *project->findTrack(u"DX");
+    SimObject& a = *dx.children()[0];
+    SimObject& b = *dx.children()[1];
+    EXPECT_EQ(owned(a.getNextInChain()), nullptr) << "b follows a in the chain but does not begin at its end";
+    auto next = owned(b.getNextInChain());
+    EXPECT_EQ(next.get(), static_cast<Kelmar::IProjectObject*>(dx.children()[2].get()));
+
+    // b moved to start at 2: c no longer begins at its end.
+    SimUser user(*host);
+    ASSERT_TRUE(user.moveEvent(b, 2.0));
+    EXPECT_EQ(owned(b.getNextInChain()), nullptr);
+}
+
+TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
+{
+    // Each answer is checked against a look at every child, as the order by
+    // start is kept through appends in order, an append out of order and a
+    // move.
+    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+      "start": "00:00:00:00", "end": "00:10:00:00",
+      "tracks": [{"kind": "audio", "name": "DX", "events": [
+        {"kind": "audio", "start": "00:00:10:00", "end": "00:00:12:00", "file": "a.wav", "offset": 0},
+        {"kind": "audio", "start": "00:00:00:00", "end": "00:00:30:00", "file": "long.wav", "offset": 0},
+        {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0}]}]})");
+    SimObject& dx = *project->findTrack(u"DX");
+    const auto bruteForce = [&](double start, double end) {
+        std::vector<std::size_t> near;
+        for (std::size_t i = 0; i < dx.children().size(); ++i) {
+            const SimObject::Fields& f = dx.children()[i]->get();
+            if (f.start < end && f.end >= start - 1e-6)
+                near.push_back(i);
+        }
+        return near;
+    };
+    const auto check = [&](const char* when) {
+        SCOPED_TRACE(when);
+        for (double start = 0.0; start < 40.0; start += 1.5)
+            for (const double length : {0.0, 0.5, 2.0, 9.0})
+                EXPECT_EQ(dx.childrenNear(start, start + length), bruteForce(start, start + length))
+                    << start << " + " << length;
+    };
+    check("as read");
+    EXPECT_EQ(dx.childrenNear(12.0, 13.0), (std::vector<std::size_t>{0, 1})) << "an end on the range's start";
+
+    host->beginGroup();
+    for (int i = 0; i < 5; ++i)
+        dx.appendChild(SimObject::makeAudioEvent(u"piece", 40.0 + 3 * i, 42.0 + 3 * i, "p.wav", 0.0));
+    check("appended in order");
+    dx.appendChild(SimObject::makeAudioEvent(u"early", 1.0, 2.0, "e.wav", 0.0));
+    check("appended out of order");
+    dx.children()[3]->setStart(nullptr, 20.0, 0);
+    check("moved");
+    host->endGroup(project.get(), u"Pieces");
+}
+
+} // namespace
+} // namespace montala::sim::test
