@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include "core/ProcessInstance.h"
+
 #include <string>
 
 namespace montala::core {
@@ -10,7 +11,7 @@ namespace montala::core {
 // host's own message box behind it) and removes it when it goes. It is
 // declared here, below the window and the host adapter, so that both can
 // reach it without knowing each other.
-class AlertWindowBase {
+class AlertWindowBase : public ProcessInstance<AlertWindowBase> {
 public:
     enum Button {
         FirstButton = 1,
@@ -23,23 +24,6 @@ public:
     // the default of the one who shows it. Answers the button chosen.
     virtual int show(const std::string& message, const std::string& title = {}, const std::string& button1 = {},
                      const std::string& button2 = {}) = 0;
-
-    // The installed instance; null when there is none.
-    static AlertWindowBase* getInstance() { return instance.get(); }
-    // Takes ownership. False, and the candidate is dropped, when one is
-    // installed already.
-    static bool install(std::unique_ptr<AlertWindowBase> candidate)
-    {
-        if (instance || !candidate)
-            return false;
-        instance = std::move(candidate);
-        return true;
-    }
-    // Deletes the installed instance, if any.
-    static void remove() { instance.reset(); }
-
-private:
-    static inline std::unique_ptr<AlertWindowBase> instance;
 };
 
 } // namespace montala::core

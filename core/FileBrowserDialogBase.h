@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include "core/ProcessInstance.h"
+
 #include <string>
 #include <vector>
 
@@ -8,7 +9,7 @@ namespace montala::core {
 
 // The file dialog, as the window uses it; one for the process, installed by
 // whoever hosts Montala, like AlertWindowBase.
-class FileBrowserDialogBase {
+class FileBrowserDialogBase : public ProcessInstance<FileBrowserDialogBase> {
 public:
     virtual ~FileBrowserDialogBase() = default;
 
@@ -19,21 +20,6 @@ public:
     // answers false when the user cancelled, and then adds nothing.
     virtual bool show(const std::string& title, const std::string& startPath, const std::string& extension,
                       const std::string& description, bool multiple, std::vector<std::string>& results) = 0;
-
-    static FileBrowserDialogBase* getInstance() { return instance.get(); }
-    // Takes ownership; false, and the candidate is dropped, when one is
-    // installed already.
-    static bool install(std::unique_ptr<FileBrowserDialogBase> candidate)
-    {
-        if (instance || !candidate)
-            return false;
-        instance = std::move(candidate);
-        return true;
-    }
-    static void remove() { instance.reset(); }
-
-private:
-    static inline std::unique_ptr<FileBrowserDialogBase> instance;
 };
 
 } // namespace montala::core
