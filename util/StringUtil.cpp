@@ -66,6 +66,11 @@ std::string StringUtil::toSafeText(const std::u16string& wide)
 
 std::string StringUtil::trim(const std::string& text)
 {
+    return std::string(trimView(text));
+}
+
+std::string_view StringUtil::trimView(std::string_view text)
+{
     size_t begin = 0;
     size_t end = text.size();
     while (begin < end && isTrimmed(text[begin]))

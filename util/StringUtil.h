@@ -2,6 +2,7 @@
 
 #include <istream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace montala::util {
@@ -34,7 +35,10 @@ public:
     // sequence becomes '?'.
     static std::string toSafeText(const std::u16string& wide);
 
+    // Without the blanks, tabs and line ends at either end.
     static std::string trim(const std::string& text);
+    // The same, as a view into `text`: nothing is copied.
+    static std::string_view trimView(std::string_view text);
     static std::vector<std::string> split(const std::string& text, char delimiter, bool skipEmpty);
     static std::string joinInts(const std::vector<int>& values, const std::string& delimiter);
     static std::vector<int> splitInts(const std::string& text, char delimiter);

@@ -54,22 +54,6 @@ bool contains(std::string_view text, std::string_view part)
     return text.find(part) != std::string_view::npos;
 }
 
-bool isTrimmed(char c)
-{
-    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
-}
-
-std::string_view trim(std::string_view text)
-{
-    size_t begin = 0;
-    size_t end = text.size();
-    while (begin < end && isTrimmed(text[begin]))
-        ++begin;
-    while (end > begin && isTrimmed(text[end - 1]))
-        --end;
-    return text.substr(begin, end - begin);
-}
-
 // A piece that the line does not have. Raised and caught inside the
 // event-line parse: the line is then dropped.
 struct MissingPiece {};
@@ -87,7 +71,7 @@ public:
             while (stop < line.size() && line[stop] != ' ')
                 ++stop;
             if (stop != start)
-                pieces[count++] = trim(line.substr(start, stop - start));
+                pieces[count++] = StringUtil::trimView(line.substr(start, stop - start));
             start = stop + 1;
         }
     }
@@ -291,7 +275,7 @@ void CmxParser::takeLine(std::string_view line, size_t lineNumber, bool acceptAu
         }
     }
     if (!plain) {
-        if (trim(line).empty())
+        if (StringUtil::trimView(line).empty())
             return;
         if (!isValidUtf8(line)) {
             repaired = windows1252ToUtf8(line);
@@ -309,7 +293,7 @@ void CmxParser::takeLine(std::string_view line, size_t lineNumber, bool acceptAu
         }
         line = repaired;
     }
-    readLine(trim(line), lineNumber, acceptAudio);
+    readLine(StringUtil::trimView(line), lineNumber, acceptAudio);
 }
 
 void CmxParser::readLine(std::string_view line, size_t lineNumber, bool acceptAudio)
@@ -358,7 +342,7 @@ void CmxParser::addComment(std::string_view line, PendingEvent& target)
 {
     const size_t name = line.find("NAME:");
     if (name != std::string_view::npos) {
-        const std::string_view clipName = trim(line.substr(name + 5));
+        const std::string_view clipName = StringUtil::trimView(line.substr(name + 5));
         if (clipName.empty())
             return;
         target.event->setClipName(std::string(clipName));
