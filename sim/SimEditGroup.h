@@ -27,6 +27,12 @@ public:
 
     void recordFields(SimObject& object, const SimObject::Fields& before, const SimObject::Fields& after);
     void recordList(SimObject& object, const SimObject::List& before, bool automationList);
+    // Whether a list of the node is recorded in this group already; later
+    // changes of it need no record.
+    bool recorded(const SimObject& object, bool automationList) const
+    {
+        return listsRecorded.count({&object, automationList}) != 0;
+    }
     void recordAttribute(SimObject& object, const std::string& name, const Kelmar::FVariant* before);
     void addStep(Kelmar::IEditStep* step);
 

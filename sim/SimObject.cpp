@@ -344,7 +344,11 @@ void SimObject::noteFieldsChange(const Fields& values)
 void SimObject::noteListChange(bool automation)
 {
     if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Structure) : nullptr) {
-        group->recordList(*this, automation ? automationList : childList, automation);
+        // Only the first change in a group needs the list as it was.
+        if (!group->recorded(*this, automation)) {
+            settle();
+            group->recordList(*this, automation ? automationList : childList, automation);
+        }
         group->noteChanged(*this);
     }
 }
@@ -359,6 +363,7 @@ void SimObject::dropChain()
 
 std::vector<std::size_t> SimObject::childrenNear(double start, double end)
 {
+    settle();
     if (!childOrder) {
         auto order = std::make_unique<ChildOrder>();
         order->byStart.resize(childList.size());
@@ -417,6 +422,7 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
 {
     if (!child || child->parentNode)
         return;
+    settle();
     noteListChange(false);
     index = std::min(index, childList.size());
     // A run appends its pieces in time order, each after all the others:
@@ -444,6 +450,7 @@ void SimObject::appendChild(IPtr<SimObject> child)
 
 void SimObject::insertPoint(IPtr<SimObject> point)
 {
+    settle();
     const double time = point->fields.start;
     std::size_t index = 0;
     while (index < childList.size() && childList[index]->fields.start <= time)
@@ -453,19 +460,28 @@ void SimObject::insertPoint(IPtr<SimObject> point)
 
 bool SimObject::removeChild(SimObject* child)
 {
-    const auto found = std::find_if(childList.begin(), childList.end(),
-                                    [child](const auto& entry) { return entry.get() == child; });
-    if (found == childList.end())
+    // A child in the list has this node for its parent; an automation track
+    // has too, but lies in the other list.
+    if (!child || child->parentNode != this || child->objectKind == ObjectKind::AutomationTrack)
         return false;
     noteListChange(false);
     dropChain();
     child->parentNode = nullptr;
-    childList.erase(found);
+    ++leaving;
     return true;
+}
+
+void SimObject::settle() const
+{
+    if (leaving == 0)
+        return;
+    leaving = 0;
+    std::erase_if(childList, [this](const auto& child) { return child->parentNode != this; });
 }
 
 void SimObject::replaceChildren(const List& list)
 {
+    settle();
     noteListChange(false);
     dropChain();
     for (const auto& child : childList)
@@ -515,6 +531,7 @@ void SimObject::restoreFields(const Fields& values)
 
 void SimObject::restoreChildren(const List& list, bool automation)
 {
+    settle();
     List& target = automation ? automationList : childList;
     dropChain();
     for (const auto& child : target)
@@ -550,7 +567,7 @@ IPtr<SimObject> SimObject::cloneTree() const
             copy->attributeMap[name] = ownedCopy(value);
         }
     }
-    for (const auto& child : childList) {
+    for (const auto& child : children()) {
         IPtr<SimObject> childCopy = child->cloneTree();
         childCopy->parentNode = copy.get();
         copy->childList.push_back(childCopy);
@@ -572,7 +589,7 @@ void SimObject::bindTo(SimProject* project)
         if (owner)
             owner->registerNode(this);
     }
-    for (const auto& child : childList)
+    for (const auto& child : children())
         child->bindTo(project);
     for (const auto& automationTrack : automationList)
         automationTrack->bindTo(project);
@@ -739,7 +756,7 @@ tresult SimObject::changeEnd(IEditContext*, double end, int32)
 
 IObjectIterator* SimObject::getChildren()
 {
-    return new SimObjectIterator(childList);
+    return new SimObjectIterator(children());
 }
 
 IProjectObject* SimObject::getParent()

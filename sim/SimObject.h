@@ -158,7 +158,11 @@ public:
     bool accepts(ObjectKind child) const;
 
     const Fields& get() const { return fields; }
-    const List& children() const { return childList; }
+    const List& children() const
+    {
+        settle();
+        return childList;
+    }
     const List& automation() const { return automationList; }
     const Attributes& attributes() const { return attributeMap; }
     SimObject* parent() const { return parentNode; }
@@ -235,10 +239,17 @@ private:
     // nodes above (the track's chain, a track's or part's children by start)
     // no longer hold.
     void dropChain();
+    // Takes the children removed since the list was last read out of it.
+    // A removal only lets go of its parent: a run that takes a thousand
+    // events off a track one by one would move the rest of the list each
+    // time.
+    void settle() const;
 
     ObjectKind objectKind;
     Fields fields;
-    List childList;
+    mutable List childList;
+    // Children removed but still in the list (see settle).
+    mutable std::size_t leaving = 0;
     List automationList;
     Attributes attributeMap;
     bool selected = false;

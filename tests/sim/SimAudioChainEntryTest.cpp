@@ -1,7 +1,9 @@
-// The audio chain a track keeps between changes: every change below the
-// track (a move, a part moved, an event taken out, an undo) gives the next
-// chain asked for the new order, while entries handed out before go on with
-// the order they came from. Times are host-relative seconds.
+// What the simulator keeps of a track between changes: its audio chain
+// (every change below the track, a move, a part moved, an event taken out,
+// an undo, gives the next chain asked for the new order, while entries
+// handed out before go on with the order they came from), its children in
+// order of start, and children taken out one by one. Times are
+// host-relative seconds.
 
 #include "SimFixture.h"
 
@@ -137,6 +139,43 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
     dx.children()[3]->setStart(nullptr, 20.0, 0);
     check("moved");
     host->endGroup(project.get(), u"Pieces");
+}
+
+TEST_F(SimAudioChainEntryTest, ChildrenTakenOutOneByOneLeaveEveryViewAndUndoBringsThemBack)
+{
+    // Removals let go of their parent at once; the list, the chain and the
+    // order by start drop them before they are next read.
+    auto project = open(smallSession());
+    SimObject& dx = *project->findTrack(u"DX");
+    SimObject& fx = *project->findTrack(u"FX");
+    host->beginGroup();
+    for (int i = 0; i < 4; ++i)
+        dx.appendChild(SimObject::makeAudioEvent(u"piece", 30.0 + i, 30.5 + i, "p.wav", 0.0));
+    host->endGroup(project.get(), u"Pieces");
+    ASSERT_EQ(dx.children().size(), 6u);
+    EXPECT_EQ(chain(dx).size(), 6u);
+
+    host->beginGroup();
+    const SimObject::List before = dx.children();
+    for (std::size_t i = 1; i < before.size(); i += 2)
+        EXPECT_TRUE(dx.removeChild(before[i].get()));
+    EXPECT_FALSE(dx.removeChild(before[1].get())) << "taken out already";
+    EXPECT_FALSE(fx.removeChild(before[0].get())) << "another track's child";
+    EXPECT_FALSE(fx.removeChild(fx.automation()[0].get())) << "an automation track is not a child";
+    EXPECT_EQ(before[1]->parent(), nullptr);
+    EXPECT_EQ(chain(dx), (Spans{{0, 10}, {30, 30.5}, {32, 32.5}}));
+    EXPECT_EQ(dx.childrenNear(0.0, 40.0), (std::vector<std::size_t>{0, 1, 2}));
+    ASSERT_EQ(dx.children().size(), 3u);
+    EXPECT_EQ(dx.children()[1], before[2]);
+    host->endGroup(project.get(), u"Remove");
+
+    SimUser user(*host);
+    ASSERT_TRUE(user.undo());
+    EXPECT_EQ(dx.children(), before);
+    EXPECT_EQ(before[1]->parent(), &dx);
+    ASSERT_TRUE(user.redo());
+    EXPECT_EQ(dx.children().size(), 3u);
+    EXPECT_EQ(fx.automation().size(), 1u);
 }
 
 } // namespace
