@@ -6,8 +6,8 @@
 #include "sim/SimObject.h"
 
 #include <memory>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace Kelmar {
@@ -143,7 +143,7 @@ private:
     std::size_t undoPosition = 0;
     std::vector<Kelmar::IProjectStorageNotification*> storage;
     Kelmar::IPtr<SimObject> defaultMarkerTrack;
-    std::set<SimObject*> nodes;
+    std::unordered_set<SimObject*> nodes;
 };
 
 // The project behind an interface pointer of the simulator, or null.
