@@ -110,18 +110,9 @@ void Track::detach()
     project = nullptr;
 }
 
-// What the host reports may have moved audio: the kept chains go with it.
-void Track::projectChanged(Project& changed)
-{
-    forgetChains(changed);
-    markDirty();
-}
+void Track::projectChanged(Project&) { markDirty(); }
 
-void Track::projectEdited(Project& edited)
-{
-    forgetChains(edited);
-    markDirty();
-}
+void Track::projectEdited(Project&) { markDirty(); }
 
 // ---- Identity
 
