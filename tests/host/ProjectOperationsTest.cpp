@@ -270,6 +270,13 @@ protected:
         memos = project->markerTrack(TrackType::Memos);
     }
 
+    // The track listens to its project: it lets go before the project goes.
+    void TearDown() override
+    {
+        memos = Track();
+        ProjectOperationsTest::TearDown();
+    }
+
     struct Memo {
         std::string name;
         double start;
