@@ -95,9 +95,10 @@ TEST_F(DropFrameSampleTest, ConformedFromTheCutsOrFromAWrittenChangeEdlAndInSync
         ASSERT_TRUE(report.readable) << report.message;
         EXPECT_TRUE(report.inSync()) << describe(report);
         EXPECT_EQ(report.newCutFrames, 2360u);
-        for (const TrackAudit& track : report.tracks)
+        for (const TrackAudit& track : report.tracks) {
             if (!track.leftOut)
                 EXPECT_EQ(track.inSync, 2360u) << track.name;
+        }
     }
 }
 
