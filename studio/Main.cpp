@@ -95,15 +95,23 @@ int run(const studio::StudioOptions& options, const char* argv0)
     auto progress = std::make_unique<studio::ProgressWindowFace>(montala.simHost().progress(), &window->view());
     window->setVisible(true);
 
+    if (options.scripted() && options.quit) {
+        // Steps that end the program run on the window as it stands on
+        // screen, between two short turns of the message loop that draw it.
+        // No quit message is posted: under a heavily loaded machine one was
+        // seen to leave the loop waiting after the session had been saved.
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(100);
+        status = studio::runSteps(montala, window->view(), options, std::cout, std::cerr);
+        juce::MessageManager::getInstance()->runDispatchLoopUntil(100);
+        progress.reset();
+        window.reset();
+        return status;
+    }
     if (options.scripted()) {
         // The steps run inside the message loop, with the window on screen,
         // as the clicks of a user would.
         juce::MessageManager::callAsync([&] {
             status = studio::runSteps(montala, window->view(), options, std::cout, std::cerr);
-            if (options.quit && !quitting) {
-                quitting = true;
-                juce::MessageManager::getInstance()->stopDispatchLoop();
-            }
         });
     }
     juce::MessageManager::getInstance()->runDispatchLoop();
