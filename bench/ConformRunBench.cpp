@@ -9,9 +9,8 @@
 // track, the unit of its work: it stays flat as the reel and the session
 // grow when the run is linear in both.
 
-#include "run/RandomSession.h"
+#include "BenchReel.h"
 
-#include "run/ConformJob.h"
 #include "util/StringConverter.h"
 
 #include <benchmark/benchmark.h>
@@ -20,12 +19,13 @@
 #include <filesystem>
 #include <map>
 
-#include <unistd.h>
-
 namespace {
 
 using namespace montala;
 namespace fs = std::filesystem;
+
+const char* const folderPrefix = "montala-conform-bench-";
+const bench::ReelCleanup cleanup(folderPrefix);
 
 // The files of one size, written once for all the runs of that size.
 struct Reel {
@@ -39,42 +39,10 @@ const Reel& reel(int shots, int tracks)
     Reel& found = made[{shots, tracks}];
     if (!found.folder.empty())
         return found;
-    found.folder = fs::temp_directory_path() /
-                   ("montala-conform-bench-" + std::to_string(::getpid()) + "-" + std::to_string(shots) + "x" +
-                    std::to_string(tracks));
-    fs::create_directories(found.folder);
-    test::RandomRecut::Shape shape;
-    shape.shots = shots;
-    shape.audioTracks = tracks;
-    shape.shuffled = true;
-    shape.plain = true;
-    test::RandomRecut recut(7, shape);
-    run::ConformRequest& request = found.request;
-    request.sessionPath = (found.folder / "old.json").string();
-    test::RandomRecut::write(request.sessionPath, recut.session());
-    const auto writeAll = [&](const std::vector<std::string>& texts, const std::string& stem) {
-        std::vector<std::string> paths;
-        for (size_t index = 0; index < texts.size(); ++index) {
-            paths.push_back((found.folder / (stem + std::to_string(index) + ".edl")).string());
-            test::RandomRecut::write(paths.back(), texts[index]);
-        }
-        return paths;
-    };
-    request.oldFiles = writeAll(recut.oldEdls(), "old");
-    request.newFiles = writeAll(recut.newEdls(), "new");
-    request.outputPath = (found.folder / "new.json").string();
+    found.folder = bench::reelFolder(folderPrefix, shots, tracks);
+    found.request = bench::writeReel(found.folder, shots, tracks);
     return found;
 }
-
-struct Cleanup {
-    ~Cleanup()
-    {
-        std::error_code ignored;
-        for (const auto& entry : fs::directory_iterator(fs::temp_directory_path(), ignored))
-            if (entry.path().filename().string().rfind("montala-conform-bench-" + std::to_string(::getpid()), 0) == 0)
-                fs::remove_all(entry.path(), ignored);
-    }
-} cleanup;
 
 void conformRun(benchmark::State& state)
 {

@@ -4,9 +4,8 @@
 // included, as a user waits for it. "perFrameTrack" is that time per frame
 // of the New cut and audited track.
 
-#include "run/RandomSession.h"
+#include "BenchReel.h"
 
-#include "run/ConformJob.h"
 #include "run/SyncAudit.h"
 #include "util/StringConverter.h"
 
@@ -14,8 +13,6 @@
 
 #include <filesystem>
 #include <map>
-
-#include <unistd.h>
 
 namespace {
 
@@ -28,6 +25,9 @@ struct Conformed {
     std::string error;
 };
 
+const char* const folderPrefix = "montala-verify-bench-";
+const bench::ReelCleanup cleanup(folderPrefix);
+
 // The reel conformed once; every run audits that result.
 const Conformed& conformed(int shots, int tracks)
 {
@@ -35,29 +35,8 @@ const Conformed& conformed(int shots, int tracks)
     Conformed& found = made[{shots, tracks}];
     if (!found.folder.empty())
         return found;
-    found.folder = fs::temp_directory_path() / ("montala-verify-bench-" + std::to_string(::getpid()) + "-" +
-                                                std::to_string(shots) + "x" + std::to_string(tracks));
-    fs::create_directories(found.folder);
-    test::RandomRecut::Shape shape;
-    shape.shots = shots;
-    shape.audioTracks = tracks;
-    shape.shuffled = true;
-    shape.plain = true;
-    test::RandomRecut recut(7, shape);
-    run::ConformRequest conform;
-    conform.sessionPath = (found.folder / "old.json").string();
-    test::RandomRecut::write(conform.sessionPath, recut.session());
-    const auto writeAll = [&](const std::vector<std::string>& texts, const std::string& stem) {
-        std::vector<std::string> paths;
-        for (size_t index = 0; index < texts.size(); ++index) {
-            paths.push_back((found.folder / (stem + std::to_string(index) + ".edl")).string());
-            test::RandomRecut::write(paths.back(), texts[index]);
-        }
-        return paths;
-    };
-    conform.oldFiles = writeAll(recut.oldEdls(), "old");
-    conform.newFiles = writeAll(recut.newEdls(), "new");
-    conform.outputPath = (found.folder / "new.json").string();
+    found.folder = bench::reelFolder(folderPrefix, shots, tracks);
+    const run::ConformRequest conform = bench::writeReel(found.folder, shots, tracks);
     const run::ConformOutcome outcome = run::runConform(conform, {});
     if (outcome.status != run::ConformOutcome::Status::Done)
         found.error = outcome.message;
@@ -67,16 +46,6 @@ const Conformed& conformed(int shots, int tracks)
     found.request.newFiles = conform.newFiles;
     return found;
 }
-
-struct Cleanup {
-    ~Cleanup()
-    {
-        std::error_code ignored;
-        for (const auto& entry : fs::directory_iterator(fs::temp_directory_path(), ignored))
-            if (entry.path().filename().string().rfind("montala-verify-bench-" + std::to_string(::getpid()), 0) == 0)
-                fs::remove_all(entry.path(), ignored);
-    }
-} cleanup;
 
 void verify(benchmark::State& state)
 {
