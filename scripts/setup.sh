@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev
   clang libclang-rt-14-dev ccache
-  juce-modules-source xvfb
+  juce-modules-source xvfb xauth
   # The window's stand-in for Segoe UI (Latin, Cyrillic), and a CJK font that
   # JUCE can load (it reads .ttf and .otf files, not .ttc collections).
   fonts-dejavu-core fonts-droid-fallback
