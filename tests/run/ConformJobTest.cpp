@@ -1,3 +1,5 @@
+#include "AuditReading.h"
+
 #include "core/EdlLoader.h"
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
@@ -18,7 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string samples = MONTALA_SOURCE_DIR "/samples";
+using test::describe;
+using test::sampleEdl;
+using test::sampleSession;
 
 class ConformJobTest : public test::TempFolderTest {
 protected:
@@ -27,9 +31,9 @@ protected:
     ConformRequest sampleRequest(const std::string& reel)
     {
         ConformRequest request;
-        request.sessionPath = samples + "/sessions/" + reel + ".json";
-        request.oldFiles = {samples + "/edl/" + reel + "/old.edl"};
-        request.newFiles = {samples + "/edl/" + reel + "/new.edl"};
+        request.sessionPath = sampleSession(reel);
+        request.oldFiles = {sampleEdl(reel, "old")};
+        request.newFiles = {sampleEdl(reel, "new")};
         request.outputPath = (folder / "out.json").string();
         return request;
     }
@@ -59,19 +63,6 @@ protected:
         };
         outcome = runConform(request, watcher);
         return report;
-    }
-
-    static std::string describe(const AuditReport& report)
-    {
-        std::ostringstream text;
-        text << report.message;
-        for (const TrackAudit& track : report.tracks) {
-            text << "\n" << track.name << ": " << track.inSync << " in sync, " << track.outOfSync << " out, "
-                 << track.newPicture << " new" << (track.untouched ? "" : ", touched");
-            for (const SyncMismatch& mismatch : track.firstMismatches)
-                text << "\n  " << mismatch.timecode << " expected " << mismatch.expected << " found " << mismatch.found;
-        }
-        return text.str();
     }
 
     util::StringConverter converter;

@@ -1,3 +1,5 @@
+#include "AuditReading.h"
+
 #include "core/DataModel.h"
 #include "core/EdlLoader.h"
 #include "core/fileio/CmxWriter.h"
@@ -21,10 +23,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string samples = MONTALA_SOURCE_DIR "/samples";
-const std::string session = samples + "/sessions/short-film-2997df.json";
-const std::string oldCut = samples + "/edl/short-film-2997df/old.edl";
-const std::string newCut = samples + "/edl/short-film-2997df/new.edl";
+using test::describe;
+const std::string session = test::sampleSession("short-film-2997df");
+const std::string oldCut = test::sampleEdl("short-film-2997df", "old");
+const std::string newCut = test::sampleEdl("short-film-2997df", "new");
 
 // The 29.97 drop-frame sample on the whole road: conformed, saved, read
 // back by the audit and checked frame by frame against both cuts.
@@ -41,18 +43,6 @@ protected:
         request.oldFiles = {oldCut};
         request.newFiles = {newCut};
         return auditSync(request);
-    }
-
-    static std::string describe(const AuditReport& report)
-    {
-        std::ostringstream text;
-        text << report.message;
-        for (const TrackAudit& track : report.tracks) {
-            text << "\n" << track.name << ": " << track.inSync << " in sync, " << track.outOfSync << " out";
-            for (const SyncMismatch& mismatch : track.firstMismatches)
-                text << "\n  " << mismatch.timecode << " expected " << mismatch.expected << " found " << mismatch.found;
-        }
-        return text.str();
     }
 
     util::StringConverter converter;

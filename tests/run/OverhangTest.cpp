@@ -1,3 +1,5 @@
+#include "AuditReading.h"
+
 #include "core/EdlLoader.h"
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
@@ -15,10 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string samples = MONTALA_SOURCE_DIR "/samples";
-const std::string session = samples + "/sessions/short-film-25.json";
-const std::string oldEdl = samples + "/edl/short-film-25/old.edl";
-const std::string newEdl = samples + "/edl/short-film-25/new.edl";
+const std::string session = test::sampleSession("short-film-25");
+const std::string oldEdl = test::sampleEdl("short-film-25", "old");
+const std::string newEdl = test::sampleEdl("short-film-25", "new");
+const auto& track = test::trackNamed;
 
 // The 25 fps sample conformed with an overhang, and audited with and without
 // knowing it. Around the cut at 01:01:00:20 of the New cut, reckoned by hand:
@@ -76,16 +78,6 @@ protected:
         auditProjects(*before, *after, oldCut, newCut, core::MatchName::RollName, false, report, overhang);
         EXPECT_TRUE(report.readable) << report.message;
         return report;
-    }
-
-    static const TrackAudit& track(const AuditReport& report, const std::string& name)
-    {
-        for (const TrackAudit& audit : report.tracks)
-            if (audit.name == name)
-                return audit;
-        static TrackAudit none;
-        ADD_FAILURE() << "no track " << name;
-        return none;
     }
 
     static size_t changed(const AuditReport& report)

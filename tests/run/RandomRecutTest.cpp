@@ -1,3 +1,4 @@
+#include "AuditReading.h"
 #include "run/RandomSession.h"
 
 #include "core/EdlLoader.h"
@@ -20,6 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::RandomRecut;
+using test::describe;
 
 // Every seed is a reel of its own; a failure names its seed, and the case
 // can be run alone by starting the loop there.
@@ -89,22 +91,7 @@ protected:
         return request;
     }
 
-    static std::string describe(const AuditReport& report)
-    {
-        std::ostringstream text;
-        text << report.message;
-        for (const TrackAudit& track : report.tracks) {
-            if (track.ok())
-                continue;
-            text << "\n" << track.name << ": " << track.inSync << " in sync, " << track.outOfSync << " out"
-                 << (track.untouched ? "" : ", touched") << (track.missing ? ", missing" : "");
-            for (const SyncMismatch& mismatch : track.firstMismatches)
-                text << "\n  " << mismatch.timecode << " expected " << mismatch.expected << " found " << mismatch.found;
-        }
-        return text.str();
-    }
-
-    static std::string describe(const RandomRecut& recut)
+    static std::string describeRecut(const RandomRecut& recut)
     {
         std::ostringstream text;
         text << recut.getShape().fps << " fps; New cut:";
@@ -128,7 +115,7 @@ TEST_F(RandomRecutTest, EveryFrameStaysInSyncAndNothingOfTheOldArrangementIsLeft
         shape.edits = 1 + static_cast<int>(seed % 8);
         RandomRecut recut(seed, shape);
         const ConformRequest request = writeReel(recut);
-        SCOPED_TRACE(describe(recut));
+        SCOPED_TRACE(describeRecut(recut));
 
         AuditReport report;
         std::vector<Leftover> leftovers;

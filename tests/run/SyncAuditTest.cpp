@@ -1,3 +1,5 @@
+#include "AuditReading.h"
+
 #include "core/EdlLoader.h"
 #include "run/PlaybackTrace.h"
 #include "run/SyncAudit.h"
@@ -11,7 +13,8 @@
 namespace montala::run {
 namespace {
 
-const std::string samples = MONTALA_SOURCE_DIR "/samples";
+const std::string session = test::sampleSession("short-film-25");
+const auto& track = test::trackNamed;
 
 // The sample session audited against itself over its Old cut: every frame
 // is where it was, so a fault put in by hand is the only thing to find.
@@ -20,10 +23,10 @@ protected:
     void SetUp() override
     {
         std::string error;
-        before = sim::SessionFile::load(*host, samples + "/sessions/short-film-25.json", error);
-        after = sim::SessionFile::load(*host, samples + "/sessions/short-film-25.json", error);
+        before = sim::SessionFile::load(*host, session, error);
+        after = sim::SessionFile::load(*host, session, error);
         ASSERT_TRUE(before && after) << error;
-        core::EdlLoader loader({samples + "/edl/short-film-25/old.edl"}, {});
+        core::EdlLoader loader({test::sampleEdl("short-film-25", "old")}, {});
         core::ScopedFramerateProvider scope(&provider);
         loader.load(0, cut);
     }
@@ -39,16 +42,6 @@ protected:
         AuditReport report;
         auditProjects(*before, *after, cut, cut, core::MatchName::RollName, false, report);
         return report;
-    }
-
-    const TrackAudit& track(const AuditReport& report, const std::string& name)
-    {
-        for (const TrackAudit& audit : report.tracks)
-            if (audit.name == name)
-                return audit;
-        static TrackAudit none;
-        ADD_FAILURE() << "no track " << name;
-        return none;
     }
 
     util::StringConverter converter;
