@@ -35,17 +35,23 @@ protected:
     }
 
     static Spans chain(SimObject& track) { return spansFrom(owned(track.getAudioChain())); }
+
+    // A session from 00:00:00:00 whose one audio track "DX" holds `events`.
+    Kelmar::IPtr<SimProject> openDx(const std::string& events, const char* end = "00:01:00:00")
+    {
+        return open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
+          "start": "00:00:00:00", "end": ")" + std::string(end) + R"(",
+          "tracks": [{"kind": "audio", "name": "DX", "events": [)" + events + "]}]}");
+    }
 };
 
 TEST_F(SimAudioChainEntryTest, TheChainFollowsEveryChangeBelowTheTrack)
 {
-    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
-      "start": "00:00:00:00", "end": "00:01:00:00",
-      "tracks": [{"kind": "audio", "name": "DX", "events": [
+    auto project = openDx(R"(
         {"kind": "audio", "start": "00:00:02:00", "end": "00:00:04:00", "file": "a.wav", "offset": 0},
         {"kind": "part", "name": "scene", "start": "00:00:10:00", "end": "00:00:20:00", "events": [
           {"kind": "audio", "start": "00:00:01:00", "end": "00:00:03:00", "file": "b.wav", "offset": 0}]},
-        {"kind": "audio", "start": "00:00:06:00", "end": "00:00:08:00", "file": "c.wav", "offset": 0}]}]})");
+        {"kind": "audio", "start": "00:00:06:00", "end": "00:00:08:00", "file": "c.wav", "offset": 0})");
     SimObject& dx = *project->findTrack(u"DX");
     SimUser user(*host);
     EXPECT_EQ(chain(dx), (Spans{{2, 4}, {6, 8}, {11, 13}}));
@@ -80,12 +86,10 @@ TEST_F(SimAudioChainEntryTest, AJoinedEventFindsItsOwnNextAmongLayersThatStartTo
 {
     // a and b start together (a first); b is joined to c, a to nothing that
     // begins at its end.
-    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
-      "start": "00:00:00:00", "end": "00:01:00:00",
-      "tracks": [{"kind": "audio", "name": "DX", "events": [
+    auto project = openDx(R"(
         {"kind": "audio", "name": "a", "start": "00:00:00:00", "end": "00:00:05:00", "file": "a.wav", "offset": 0, "joinedToNext": true},
         {"kind": "audio", "name": "b", "start": "00:00:00:00", "end": "00:00:03:00", "file": "b.wav", "offset": 0, "joinedToNext": true},
-        {"kind": "audio", "name": "c", "start": "00:00:03:00", "end": "00:00:06:00", "file": "c.wav", "offset": 0}]}]})");
+        {"kind": "audio", "name": "c", "start": "00:00:03:00", "end": "00:00:06:00", "file": "c.wav", "offset": 0})");
     SimObject& dx = *project->findTrack(u"DX");
     SimObject& a = *dx.children()[0];
     SimObject& b = *dx.children()[1];
@@ -104,12 +108,10 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
     // Each answer is checked against a look at every child, as the order by
     // start is kept through appends in order, an append out of order and a
     // move.
-    auto project = open(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
-      "start": "00:00:00:00", "end": "00:10:00:00",
-      "tracks": [{"kind": "audio", "name": "DX", "events": [
+    auto project = openDx(R"(
         {"kind": "audio", "start": "00:00:10:00", "end": "00:00:12:00", "file": "a.wav", "offset": 0},
         {"kind": "audio", "start": "00:00:00:00", "end": "00:00:30:00", "file": "long.wav", "offset": 0},
-        {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0}]}]})");
+        {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0})", "00:10:00:00");
     SimObject& dx = *project->findTrack(u"DX");
     const auto bruteForce = [&](double start, double end) {
         std::vector<std::size_t> near;

@@ -56,9 +56,8 @@ protected:
     void SetUp() override
     {
         project = open(smallSession());
-        void* answer = nullptr;
-        ASSERT_EQ(host->getService(IRangeEdit::iid, &answer), kResultOk);
-        rangeEdit = owned(static_cast<IRangeEdit*>(answer));
+        rangeEdit = service<IRangeEdit>();
+        ASSERT_TRUE(rangeEdit);
         edit = Kelmar::queryInterface<IProjectEdit>(rangeEdit.get());
         ASSERT_TRUE(edit);
     }
@@ -74,9 +73,7 @@ protected:
 
     IPtr<IObjectList> listOf(std::initializer_list<SimObject*> tracks)
     {
-        void* answer = nullptr;
-        host->getService(IObjectList::iid, &answer);
-        auto list = owned(static_cast<IObjectList*>(answer));
+        auto list = service<IObjectList>();
         for (SimObject* track : tracks)
             list->add(static_cast<ITrack*>(track));
         return list;
@@ -225,9 +222,7 @@ TEST_F(SimEditTest, ObjectsGoOnlyWhereTheirKindBelongsAndNotIntoLockedTracks)
 {
     SimObject& notes = trackNamed(u"Notes");
     SimObject& dx = trackNamed(u"DX");
-    void* answer = nullptr;
-    ASSERT_EQ(host->getService(IPointMarker::iid, &answer), kResultOk);
-    auto marker = owned(static_cast<IPointMarker*>(answer));
+    auto marker = service<IPointMarker>();
     auto markerObject = Kelmar::queryInterface<IProjectObject>(marker.get());
     ASSERT_TRUE(markerObject);
 
@@ -390,9 +385,8 @@ TEST_F(SimEditTest, AStepHandedInOutsideAGroupWaitsForItsEditsEnd)
     EXPECT_DOUBLE_EQ(trackNamed(u"FX").children()[0]->get().start, 4.0);
 
     // An edit released with a step still waiting drops it.
-    void* answer = nullptr;
-    ASSERT_EQ(host->getService(IProjectEdit::iid, &answer), kResultOk);
-    auto other = owned(static_cast<IProjectEdit*>(answer));
+    auto other = service<IProjectEdit>();
+    ASSERT_TRUE(other);
     other->addEditStep(owned(new LoggingStep("lost", log)).get());
     other.reset();
     EXPECT_EQ(log->back(), "discard lost");
@@ -449,9 +443,8 @@ TEST_F(SimEditTest, PastingAutomationLeavesTheCurveOutsideTheDestinationAsItWas)
 TEST_F(SimEditTest, ACopiedEventHasAStoreOfItsOwn)
 {
     SimObject& door = *trackNamed(u"FX").children()[0];
-    void* answer = nullptr;
-    ASSERT_EQ(host->getService(IStorage::iid, &answer), kResultOk);
-    auto store = owned(static_cast<IStorage*>(answer));
+    auto store = service<IStorage>();
+    ASSERT_TRUE(store);
     store->write("Block", "old", 3, 1);
     ASSERT_EQ(door.setAttribute("Data", FVariant(static_cast<FUnknown*>(store.get())), 1), kResultOk);
     const std::string before = saved(*project);

@@ -14,17 +14,7 @@ namespace {
 
 using namespace Kelmar;
 
-class SimFailuresTest : public SimFixture {
-protected:
-    template <class I>
-    IPtr<I> service()
-    {
-        void* answer = nullptr;
-        if (host->getService(I::iid, &answer) != kResultOk)
-            return {};
-        return owned(static_cast<I*>(answer));
-    }
-};
+using SimFailuresTest = SimFixture;
 
 TEST_F(SimFailuresTest, AWithheldInterfaceIsAnsweredNoInterfaceEverywhere)
 {

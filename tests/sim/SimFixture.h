@@ -38,6 +38,16 @@ protected:
 
     std::string saved(SimProject& project) { return SessionFile::write(project); }
 
+    // One of the host's services, or null when the host does not give it.
+    template <class I>
+    Kelmar::IPtr<I> service()
+    {
+        void* answer = nullptr;
+        if (host->getService(I::iid, &answer) != Kelmar::kResultOk)
+            return {};
+        return Kelmar::owned(static_cast<I*>(answer));
+    }
+
     static std::u16string u16(const std::string& text) { return Kelmar::String::utf8ToUtf16(text); }
 
     // 25 fps from 01:00:00:00: dialogue on two takes joined at 10 s, effects

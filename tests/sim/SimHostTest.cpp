@@ -32,30 +32,21 @@ namespace {
 
 using namespace Kelmar;
 
-template <class I>
-IPtr<I> service(SimHost& host)
-{
-    void* answer = nullptr;
-    if (host.getService(I::iid, &answer) != kResultOk)
-        return {};
-    return owned(static_cast<I*>(answer));
-}
-
 class SimHostTest : public SimFixture {};
 
 TEST_F(SimHostTest, SharesItsServicesAndMakesANewObjectForEachRequestOfTheOthers)
 {
-    EXPECT_EQ(service<IProjectManager>(*host), service<IProjectManager>(*host));
-    EXPECT_EQ(service<IActionManager>(*host), service<IActionManager>(*host));
-    EXPECT_NE(service<IObjectList>(*host), service<IObjectList>(*host));
+    EXPECT_EQ(service<IProjectManager>(), service<IProjectManager>());
+    EXPECT_EQ(service<IActionManager>(), service<IActionManager>());
+    EXPECT_NE(service<IObjectList>(), service<IObjectList>());
 
-    auto edit = service<IRangeEdit>(*host);
+    auto edit = service<IRangeEdit>();
     ASSERT_TRUE(edit);
     EXPECT_TRUE(Kelmar::queryInterface<IProjectEdit>(edit.get())) << "the range edit is also a project edit";
-    auto videoEvent = service<IVideoEvent>(*host);
+    auto videoEvent = service<IVideoEvent>();
     ASSERT_TRUE(videoEvent);
     EXPECT_TRUE(Kelmar::queryInterface<IProjectObject>(videoEvent.get())->isKind("video"));
-    auto point = service<IAutomationCurvePoint>(*host);
+    auto point = service<IAutomationCurvePoint>();
     ASSERT_TRUE(point);
     EXPECT_EQ(owned(Kelmar::queryInterface<IProjectObject>(point.get())->getParent()), nullptr);
 
@@ -66,7 +57,7 @@ TEST_F(SimHostTest, SharesItsServicesAndMakesANewObjectForEachRequestOfTheOthers
 
 TEST_F(SimHostTest, TheTransportWorksOnTheActiveProject)
 {
-    auto transport = service<ITransport>(*host);
+    auto transport = service<ITransport>();
     EXPECT_EQ(transport->setCursor(5.0), kResultFalse) << "no project is open";
     EXPECT_EQ(transport->getParameter("cycleLeftTime"), nullptr);
 
@@ -199,7 +190,7 @@ TEST_F(SimHostTest, APluginsMenuEntryReachesItThroughTheActionManager)
 TEST_F(SimHostTest, TheRunLoopCallsTheIdleHandlersAndBusyIsKept)
 {
     auto recorder = owned(new Recorder);
-    auto state = service<IApplicationState>(*host);
+    auto state = service<IApplicationState>();
     state->addIdleHandler(recorder.get());
     host->runIdle(3);
     EXPECT_EQ(recorder->heard, (std::vector<std::string>{"idle", "idle", "idle"}));
@@ -214,7 +205,7 @@ TEST_F(SimHostTest, TheRunLoopCallsTheIdleHandlersAndBusyIsKept)
 
 TEST_F(SimHostTest, TheClassFactoryMakesTheThumbnailServiceWhosePixelsSayWhereTheyComeFrom)
 {
-    auto factory = service<IClassFactory>(*host);
+    auto factory = service<IClassFactory>();
     IPtr<IVideoThumbnailFactory> thumbnails;
     ASSERT_EQ(factory->createInstance("Video", "VideoThumbnailFactory", IVideoThumbnailFactory::iid,
                                       thumbnails.putVoid()),

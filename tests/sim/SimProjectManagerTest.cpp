@@ -63,9 +63,7 @@ TEST_F(SimProjectManagerTest, SavingTellsTheProjectsStorageNotificationsAndIsNoE
     one->addStorageNotification(recorder.get());
     // What a plug-in does while the project is saved: store its block.
     recorder->onSaving = [this](IProject* saving) {
-        void* answer = nullptr;
-        host->getService(IStorage::iid, &answer);
-        auto storage = owned(static_cast<IStorage*>(answer));
+        auto storage = service<IStorage>();
         storage->write("MontData", "abc", 3, 1);
         auto object = Kelmar::queryInterface<IProjectObject>(saving);
         object->setAttribute("Mont", FVariant(static_cast<FUnknown*>(storage.get())), 1);
