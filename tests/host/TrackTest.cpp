@@ -96,6 +96,38 @@ TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
     EXPECT_TRUE(track("DX").getAutomationAround(3610.0).empty());
 }
 
+TEST_F(TrackTest, AutomationNotYetReadHasTheTracksShapeButNoValues)
+{
+    openProject(smallSession());
+    Track fx = track("FX");
+
+    // One entry per automation track, with nothing in it: no span is made up
+    // from points nobody read.
+    EXPECT_TRUE(fx.getAutomationAround(3610.0).empty());
+    ASSERT_EQ(fx.getAutomation().size(), 1u);
+    EXPECT_NE(fx.getAutomation()[0].track.get(), nullptr);
+    EXPECT_TRUE(fx.getAutomation()[0].points.empty());
+    EXPECT_TRUE(fx.getAutomation()[0].curve.empty());
+
+    // Asking again does not add a second set of entries.
+    fx.getAutomationAround(3615.0);
+    EXPECT_EQ(fx.getAutomation().size(), 1u);
+
+    // Once read, the same question has an answer.
+    fx.readAutomation();
+    auto around = fx.getAutomationAround(3610.0);
+    ASSERT_EQ(around.count(0), 1u);
+    EXPECT_EQ(around[0].t1, 3600.0);
+    EXPECT_EQ(around[0].y1, 0.0);
+    EXPECT_EQ(around[0].t2, 3620.0);
+    EXPECT_EQ(around[0].y2, 1.0);
+
+    // A track without automation has no entries, read or not.
+    Track dx = track("DX");
+    EXPECT_TRUE(dx.getAutomationAround(3610.0).empty());
+    EXPECT_TRUE(dx.getAutomation().empty());
+}
+
 TEST(AutomationCurve, StepsHoldAndSegmentEndsSilence)
 {
     AutomationCurve curve;

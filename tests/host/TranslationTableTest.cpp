@@ -286,26 +286,5 @@ TEST(TranslationTable, HasAnEntryForEveryTextTheSourcesTranslate)
             << found.where << ": \"" << found.text << "\" has no entry in resources/translation.xml";
 }
 
-TEST(TranslationTable, ScanReadsLiteralsAsTheCompilerDoes)
-{
-    const std::string source = "// translate(u\"in a comment\")\n"
-                               "char quote = '\"';\n"
-                               "auto a = translate(u\"First line.\\n\"\n"
-                               "                   u\"Second \\\"line\\\".\");\n"
-                               "auto b = translated (\"narrow\");\n"
-                               "auto c = R\"x(raw \"text\")x\";\n"
-                               "auto d = u\"picked in a switch\";\n";
-    const std::vector<Literal> literals = literalsOf(source);
-    ASSERT_EQ(literals.size(), 3u);
-    EXPECT_EQ(literals[0].text, "First line.\nSecond \"line\".");
-    EXPECT_TRUE(literals[0].wide && literals[0].translated);
-    EXPECT_EQ(literals[0].line, 3u);
-    EXPECT_EQ(literals[1].text, "narrow");
-    EXPECT_TRUE(!literals[1].wide && literals[1].translated);
-    EXPECT_EQ(literals[2].text, "picked in a switch");
-    EXPECT_TRUE(literals[2].wide && !literals[2].translated);
-    EXPECT_EQ(literals[2].line, 7u);
-}
-
 } // namespace
 } // namespace montala::host::test
