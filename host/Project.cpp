@@ -76,7 +76,6 @@ Project::Project(Kelmar::IProject* project, Kelmar::IHostServices* hostServices)
 
 Project::~Project()
 {
-    Track::forgetChains(*this);
     lockedTracks.clear();
     trackCache.clear();
     folderTrack = Track();
@@ -124,7 +123,7 @@ void Project::updateFramerate()
         dataModel.revalidateAll();
     }
     currentDayLength = core::Timecode(1, 0, 0, 0).toSeconds(framerate) * 24.0;
-    Track::forgetChains(*this);
+    chainsKept.clear();
     if (mediaPool)
         mediaPool->notifyListeners();
     // A listener may leave while it is told (a track that forgets itself).
@@ -292,7 +291,7 @@ void Project::setCaching(bool on)
 {
     // The audio chains are kept only within a run: one that starts or ends
     // reads them anew.
-    Track::forgetChains(*this);
+    chainsKept.clear();
     if (on) {
         caching = false;
         trackCache = trackList();
@@ -559,7 +558,7 @@ void Project::applyCut(Kelmar::IProjectEdit& edit, core::Cut& cut)
 void Project::copyRange(Kelmar::IProjectEdit& edit, double start, double end, double destination,
                         Kelmar::IObjectList* tracks)
 {
-    Track::forgetChains(*this);
+    chainsKept.clear();
     const double projectStart = getProjectStart();
     start -= projectStart;
     end -= projectStart;
@@ -649,7 +648,7 @@ void Project::moveBack(Kelmar::IProjectEdit& edit, double from, double to, doubl
 {
     // What lies wholly in the home range is the old arrangement: it goes,
     // and the new one takes its place.
-    Track::forgetChains(*this);
+    chainsKept.clear();
     const double projectStart = getProjectStart();
     const double low = to - projectStart;
     const double high = to + length - projectStart;
@@ -670,7 +669,7 @@ void Project::moveBack(Kelmar::IProjectEdit& edit, double from, double to, doubl
 
 void Project::finishRange(Kelmar::IProjectEdit& edit, double start, double end, bool selectedOnly)
 {
-    Track::forgetChains(*this);
+    chainsKept.clear();
     auto rangeEdit = queryRequired<Kelmar::IRangeEdit>(&edit);
     auto list = getService<Kelmar::IObjectList>(services);
     for (Track& track : getTracks())
@@ -683,7 +682,7 @@ void Project::finishRange(Kelmar::IProjectEdit& edit, double start, double end, 
 
 void Project::clearWorkArea(Kelmar::IProjectEdit& edit)
 {
-    Track::forgetChains(*this);
+    chainsKept.clear();
     setTracksLocked(false);
     if (!hasConformOffset())
         return;
@@ -772,7 +771,7 @@ void Project::fillVirginTerritories(Kelmar::IProjectEdit& edit, core::CutList& c
 
 void Project::edited(Kelmar::IProjectEdit* edit)
 {
-    Track::forgetChains(*this);
+    chainsKept.clear();
     if (dataModel.isPreviewActive() && hasConformOffset()) {
         std::vector<Track> candidates = getTracks("marker");
         Track& memos = markerTrack(TrackType::Memos);

@@ -177,6 +177,9 @@ public:
     core::InformationContext getInformationContext();
     core::SnippetContext getSnippetContext();
 
+    // The audio chains Track has read while the project caches its tracks.
+    Track::KeptChains& keptChains() const { return chainsKept; }
+
 private:
     Kelmar::IPtr<Kelmar::IProjectObject> projectObject() const;
     Kelmar::IPtr<Kelmar::IEditContext> editContext(Kelmar::IProjectObject* container) const;
@@ -192,6 +195,8 @@ private:
     double latestEnd(const std::vector<Track>& tracks, double end);
 
     std::set<ProjectListener*> listeners;
+    // Forgotten by every edit that may move audio, and when caching starts or ends.
+    mutable Track::KeptChains chainsKept;
     Kelmar::IPtr<Kelmar::IProject> hostProject;
     Kelmar::IPtr<Kelmar::IMediaPool> hostPool;
     std::shared_ptr<MediaPool> mediaPool;

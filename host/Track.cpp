@@ -394,26 +394,15 @@ struct Track::ChainImage {
     std::optional<Result::Type> failure;
 };
 
-Track::ChainImages& Track::chainImages()
-{
-    static ChainImages images;
-    return images;
-}
-
-void Track::forgetChains(const Project& owner) { chainImages().erase(&owner); }
-
 std::shared_ptr<const Track::ChainImage> Track::chainImage() const
 {
     if (!hostTrack)
         throw Result::NotInitialized;
     const bool keep = project && project->isCaching();
     if (keep) {
-        const auto images = chainImages().find(project);
-        if (images != chainImages().end()) {
-            const auto found = images->second.find(hostTrack);
-            if (found != images->second.end())
-                return found->second;
-        }
+        const auto found = project->keptChains().find(hostTrack);
+        if (found != project->keptChains().end())
+            return found->second;
     }
 
     constexpr double tolerance = Project::positionTolerance;
@@ -442,7 +431,7 @@ std::shared_ptr<const Track::ChainImage> Track::chainImage() const
         image->failure = code;
     }
     if (keep)
-        chainImages()[project][hostTrack] = image;
+        project->keptChains()[hostTrack] = image;
     return image;
 }
 

@@ -109,9 +109,11 @@ public:
                          core::AudioInfo::Range& after) const;
     // The absolute range an audio chain entry covers, joined members included.
     core::AudioInfo::Range chainRange(Kelmar::IAudioChainEntry& entry) const;
-    // Forgets the audio chains read while `project` caches its tracks. Every
-    // edit that may move audio calls it; a run's reads then start afresh.
-    static void forgetChains(const Project& project);
+    // The audio chains of a project's tracks as read while the project
+    // caches its tracks. The project holds them and forgets them on every
+    // edit that may move audio; a run's reads then start afresh.
+    struct ChainImage;
+    using KeptChains = std::map<const Kelmar::ITrack*, std::shared_ptr<const ChainImage>>;
 
     // Reads every automation track anew into `automation`.
     void readAutomation();
@@ -123,11 +125,6 @@ public:
     void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);
 
 private:
-    struct ChainImage;
-    using ChainImages = std::map<const Project*, std::map<const Kelmar::ITrack*, std::shared_ptr<const ChainImage>>>;
-    // The images kept, by project and track.
-    static ChainImages& chainImages();
-
     void attach(Project* newProject);
     // The track's audio chain as getSurroundings reads it: kept and shared by
     // every wrapper of the track while the project caches its tracks (a run's
