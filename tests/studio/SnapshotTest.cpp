@@ -7,6 +7,7 @@
 #include "studio/Snapshot.h"
 #include "studio/Steps.h"
 #include "studio/Studio.h"
+#include "support/TempFolderTest.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -15,28 +16,22 @@
 #include <filesystem>
 #include <sstream>
 
-#include <unistd.h>
-
 namespace montala::studio {
 namespace {
 
 const std::string samples = std::string(MONTALA_SOURCE_DIR) + "/samples";
 
-class SnapshotTest : public ::testing::Test {
+class SnapshotTest : public test::TempFolderTest {
 protected:
+    SnapshotTest() : TempFolderTest("montala-snapshot") {}
+
     void SetUp() override
     {
-        folder = std::filesystem::temp_directory_path() / ("montala-snapshot-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(folder);
         std::string error;
         ASSERT_TRUE(studio.openSession(samples + "/sessions/short-film-25.json", error)) << error;
         ViewWiring::wire(window, studio);
     }
-    void TearDown() override
-    {
-        ViewWiring::unwire(window);
-        std::filesystem::remove_all(folder);
-    }
+    void TearDown() override { ViewWiring::unwire(window); }
 
     StudioOptions sampleSteps() const
     {
@@ -60,7 +55,6 @@ protected:
     juce::ScopedJuceInitialiser_GUI juce;
     Studio studio{MONTALA_SOURCE_DIR "/resources"};
     gui::MainGui window;
-    std::filesystem::path folder;
     std::ostringstream out;
     std::ostringstream err;
 };
@@ -69,7 +63,7 @@ TEST_F(SnapshotTest, WritesAPngOfTheSkinsSizeWhosePanelsShowThePalette)
 {
     StudioOptions options = sampleSteps();
     options.selectRows = {3, 4};
-    options.snapshot = (folder / "window.png").string();
+    options.snapshot = pathOf("window.png");
     ASSERT_EQ(runSteps(studio, window, options, out, err), 0) << err.str();
 
     const juce::Image image = juce::ImageFileFormat::loadFrom(juce::File(options.snapshot));
@@ -96,7 +90,7 @@ TEST_F(SnapshotTest, StepsConformAndSaveTheSessionAndStopAtTheFirstFailure)
 {
     StudioOptions options = sampleSteps();
     options.conform = true;
-    options.saveTo = (folder / "conformed.json").string();
+    options.saveTo = pathOf("conformed.json");
     ASSERT_EQ(runSteps(studio, window, options, out, err), 0) << err.str();
     EXPECT_EQ(studio.host().lastRun().result, util::Result::Ok);
     EXPECT_GT(studio.host().lastRun().eventsApplied, 0u);
@@ -108,9 +102,9 @@ TEST_F(SnapshotTest, StepsConformAndSaveTheSessionAndStopAtTheFirstFailure)
 
     // A missing EDL stops before anything is generated or written.
     StudioOptions broken;
-    broken.oldFiles = {(folder / "missing.edl").string()};
+    broken.oldFiles = {pathOf("missing.edl")};
     broken.generate = true;
-    broken.saveTo = (folder / "never.json").string();
+    broken.saveTo = pathOf("never.json");
     err.str("");
     EXPECT_EQ(runSteps(studio, window, broken, out, err), 1);
     EXPECT_NE(err.str().find("missing.edl"), std::string::npos) << err.str();

@@ -6,6 +6,7 @@
 #include "studio/StudioWindow.h"
 
 #include "sim/SimBase.h"
+#include "support/TempFolderTest.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -13,8 +14,6 @@
 
 #include <filesystem>
 #include <fstream>
-
-#include <unistd.h>
 
 namespace montala::studio {
 namespace {
@@ -24,16 +23,9 @@ const std::string session = samples + "/sessions/short-film-25.json";
 const std::string oldEdl = samples + "/edl/short-film-25/old.edl";
 const std::string newEdl = samples + "/edl/short-film-25/new.edl";
 
-class StudioTest : public ::testing::Test {
+class StudioTest : public test::TempFolderTest {
 protected:
-    void SetUp() override
-    {
-        folder = std::filesystem::temp_directory_path()
-                 / ("montala-studio-test-" + std::to_string(::getpid()) + "-"
-                    + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(folder);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
+    StudioTest() : TempFolderTest("montala-studio-test") {}
 
     // Opens the sample session, adds both cuts and generates.
     void generateSample(Studio& studio)
@@ -55,39 +47,21 @@ protected:
     }
 
     juce::ScopedJuceInitialiser_GUI juce;
-    std::filesystem::path folder;
 };
 
-TEST_F(StudioTest, UndoAndRedoCarryTheTitlesOfTheHostsGroups)
+TEST_F(StudioTest, UndoCarriesTheHostsGroupTitlesAndASavedSessionKeepsTheModel)
 {
-    Studio studio(MONTALA_SOURCE_DIR "/resources");
-    generateSample(studio);
-    const size_t generated = studio.model()->getChangeList().getSize();
-    ASSERT_GT(generated, 0u);
-
-    EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Generate Change EDL");
-    EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo (disabled)");
-
-    ASSERT_TRUE(studio.undo());
-    EXPECT_EQ(studio.model()->getChangeList().getSize(), 0u);
-    EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Add EDL");
-    EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo Generate Change EDL");
-
-    ASSERT_TRUE(studio.redo());
-    EXPECT_EQ(studio.model()->getChangeList().getSize(), generated);
-    EXPECT_FALSE(studio.redo()) << "nothing is left to redo";
-}
-
-TEST_F(StudioTest, SavedSessionKeepsTheModelAndClearsTheUnsavedMark)
-{
-    const std::string saved = (folder / "saved.json").string();
+    const std::string saved = pathOf("saved.json");
     size_t generated = 0;
     {
         Studio studio(MONTALA_SOURCE_DIR "/resources");
         EXPECT_FALSE(studio.isModified());
         generateSample(studio);
         generated = studio.model()->getChangeList().getSize();
+        ASSERT_GT(generated, 0u);
         EXPECT_TRUE(studio.isModified()) << "a generated Change EDL would be lost";
+        EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Generate Change EDL");
+        EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo (disabled)");
 
         std::string error;
         ASSERT_TRUE(studio.save(saved, error)) << error;
@@ -97,6 +71,12 @@ TEST_F(StudioTest, SavedSessionKeepsTheModelAndClearsTheUnsavedMark)
         // An undo after the save is a change again.
         ASSERT_TRUE(studio.undo());
         EXPECT_TRUE(studio.isModified());
+        EXPECT_EQ(studio.model()->getChangeList().getSize(), 0u);
+        EXPECT_EQ(menuText(studio, 1, UndoItem), "Undo Add EDL");
+        EXPECT_EQ(menuText(studio, 1, RedoItem), "Redo Generate Change EDL");
+        ASSERT_TRUE(studio.redo());
+        EXPECT_EQ(studio.model()->getChangeList().getSize(), generated);
+        EXPECT_FALSE(studio.redo()) << "nothing is left to redo";
     }
 
     Studio reopened(MONTALA_SOURCE_DIR "/resources");
@@ -114,7 +94,7 @@ TEST_F(StudioTest, FailedOpenOrSaveLeavesTheProjectAndTheFilesAsTheyWere)
     generateSample(studio);
     const size_t generated = studio.model()->getChangeList().getSize();
 
-    const std::string broken = (folder / "broken.json").string();
+    const std::string broken = pathOf("broken.json");
     std::ofstream(broken) << "{\"format\": \"montala-session\",\n \"version\": 1,\n";
     std::string error;
     EXPECT_FALSE(studio.openSession(broken, error));
@@ -124,7 +104,7 @@ TEST_F(StudioTest, FailedOpenOrSaveLeavesTheProjectAndTheFilesAsTheyWere)
     EXPECT_EQ(studio.sessionPath(), session);
 
     // A read-only file is refused and keeps its text.
-    const std::string locked = (folder / "locked.json").string();
+    const std::string locked = pathOf("locked.json");
     std::ofstream(locked) << "old text";
     std::filesystem::permissions(locked, std::filesystem::perms::owner_read);
     error.clear();
