@@ -1,4 +1,4 @@
-#include "core/ChangeContext.h"
+#include "ChangeRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -6,20 +6,10 @@
 
 using namespace montala::core;
 
-namespace {
-
-class Recorder : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext& context) override { kinds.push_back(context.kind); }
-    std::vector<int> kinds;
-};
-
-} // namespace
-
 TEST(ChangeContext, ListenerStandsInTheSetOnce)
 {
     ChangeContextNotificationBase notifier;
-    Recorder recorder;
+    montala::test::ChangeRecorder recorder;
     notifier.notify(ChangeContext(1)); // nobody listens: nothing happens
     notifier.addListener(&recorder);
     notifier.addListener(&recorder);
@@ -28,7 +18,7 @@ TEST(ChangeContext, ListenerStandsInTheSetOnce)
     notifier.removeListener(&recorder);
     notifier.notify(EventChangeContext());
     EXPECT_EQ(recorder.kinds, std::vector<int>{3});
-    Recorder stranger;
+    montala::test::ChangeRecorder stranger;
     notifier.removeListener(&stranger);
     EXPECT_EQ(notifier.getListenerCount(), 0u);
 }
@@ -44,7 +34,7 @@ TEST(ChangeContext, ContextsCarryTheirKindAndPayload)
 TEST(ChangeContext, CopiedNotifierStartsWithoutListeners)
 {
     ChangeContextNotificationBase notifier;
-    Recorder recorder;
+    montala::test::ChangeRecorder recorder;
     notifier.addListener(&recorder);
     ChangeContextNotificationBase copy(notifier);
     copy.notify(ChangeContext(1));

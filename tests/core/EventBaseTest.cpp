@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "support/ModelFixture.h"
 
 #include "core/EventBase.h"
@@ -19,12 +20,6 @@ EventPtr makeEvent(const char* srcIn, const char* srcOut, const char* dstIn, con
     event->setTimecodes(tc(srcIn), tc(srcOut), tc(dstIn), tc(dstOut));
     return event;
 }
-
-class CountingListener : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext& context) override { kinds.push_back(context.kind); }
-    std::vector<int> kinds;
-};
 
 } // namespace
 
@@ -95,7 +90,7 @@ TEST_F(EventBaseTest, InvalidTimecodeLeavesTheSpeedAsItWas)
 TEST_F(EventBaseTest, NotifyingSettersTellListenersAndPlainOnesDoNot)
 {
     EventBase event;
-    CountingListener listener;
+    montala::test::ChangeRecorder listener;
     event.addListener(&listener);
     event.setRollName("A001");
     event.setSrcIn(tc("01:00:00:00"));
@@ -116,7 +111,7 @@ TEST_F(EventBaseTest, AssignmentCopiesContentButNotListeners)
     source->setClipName("clip.mov");
     source->setVfx(true);
     source->addState(EventState::BadEventNumber);
-    CountingListener listener;
+    montala::test::ChangeRecorder listener;
     source->addListener(&listener);
 
     EventBase copy;

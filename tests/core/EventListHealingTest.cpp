@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "ChangeEdlFixture.h"
 
 #include "core/EventList.h"
@@ -10,12 +11,6 @@ namespace montala::core {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-class CountingListener : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext&) override { ++count; }
-    int count = 0;
-};
 
 // A Change EDL as the table shows it, sorted by DST:
 //   a  SRC 10:00:00:00-10:00:05:00  DST 20:00:00:00-20:00:05:00
@@ -38,12 +33,12 @@ protected:
     EventPtr d = event("D", "10:00:30:00", "10:00:32:00", "20:00:12:00", "20:00:14:00", 4);
     EventList newList{EventList::NewKind};
     EventList changes;
-    CountingListener listener;
+    test::ChangeRecorder listener;
 };
 
 TEST_F(EventListHealingTest, HealsTheSelectionInPlaceSortedNumberedAndNamed)
 {
-    listener.count = 0;
+    listener.kinds.clear();
     changes.healEvents(selection({a, b}), newList, HealProcessingMode::Normal);
     EXPECT_EQ(describe(changes), (Lines{
         "Healed Event 001 SRC 10:00:00:00-10:00:08:00 DST 20:00:00:00-20:00:08:00",
@@ -51,14 +46,14 @@ TEST_F(EventListHealingTest, HealsTheSelectionInPlaceSortedNumberedAndNamed)
         "D SRC 10:00:30:00-10:00:32:00 DST 20:00:12:00-20:00:14:00",
     }));
     EXPECT_EQ(numbers(changes), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 
     // The list hears its new healed event and no longer the parts it took out.
-    listener.count = 0;
+    listener.kinds.clear();
     changes.getEvent(0)->setClipName("x");
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
     a->setClipName("y");
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 }
 
 TEST_F(EventListHealingTest, HealingAHealedEventAloneBreaksItUpFirst)
@@ -115,11 +110,11 @@ TEST_F(EventListHealingTest, CanHealTouchesNothing)
 {
     changes.healEvents(selection({a, b}), newList, HealProcessingMode::Normal);
     const EventPtr healed = changes.getEvent(0);
-    listener.count = 0;
+    listener.kinds.clear();
 
     EXPECT_TRUE(changes.canHealEvents(selection({healed, c}), newList, HealProcessingMode::GapsWithInserts));
 
-    EXPECT_EQ(listener.count, 0);
+    EXPECT_EQ(listener.count(), 0);
     EXPECT_EQ(numbers(changes), (std::vector<int>{1, 2, 3}));
     EXPECT_EQ(changes.getEvent(0), healed);
     EXPECT_EQ(healed->getRollName(), "Healed Event 001");

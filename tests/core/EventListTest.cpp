@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "support/ModelFixture.h"
 
 #include "core/EventList.h"
@@ -25,18 +26,6 @@ EventPtr makeEvent(const char* srcIn, const char* srcOut, const char* dstIn, con
     return event;
 }
 
-class Recorder : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext& context) override
-    {
-        kinds.push_back(context.kind);
-        if (context.kind == ChangeContext::EventListKind)
-            listKinds.push_back(static_cast<const EventListChangeContext&>(context).listKind);
-    }
-    std::vector<int> kinds;
-    std::vector<int> listKinds;
-};
-
 // Two cuts with a two-second hole between them on the record side.
 //   A: 01:00:00:00-01:00:10:00    B: 01:00:12:00-01:00:20:00
 class EventListTest : public ModelFixture {
@@ -50,7 +39,7 @@ protected:
 TEST_F(EventListTest, ListReportsEventChangesWithItsKindAndIgnoresListContexts)
 {
     EventList list(EventList::NewKind);
-    Recorder recorder;
+    montala::test::ChangeRecorder recorder;
     list.addListener(&recorder);
     list.addEvent(a);
     a->setRollName("A002");
@@ -65,7 +54,7 @@ TEST_F(EventListTest, SharedEventReportsToEveryListHoldingIt)
     EventList second(EventList::NewKind);
     first.addEvent(a);
     second.addEvent(a);
-    Recorder one, two;
+    montala::test::ChangeRecorder one, two;
     first.addListener(&one);
     second.addListener(&two);
     a->setClipName("x");
@@ -107,7 +96,7 @@ TEST_F(EventListTest, BulkChangesSendOneNotification)
     EventList list(EventList::ChangeKind);
     list.addEvent(a);
     list.addEvent(b);
-    Recorder recorder;
+    montala::test::ChangeRecorder recorder;
     list.addListener(&recorder);
     list.offsetDst(tc("00:00:01:00"), true);
     EXPECT_EQ(recorder.kinds.size(), 1u);

@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "core/Settings.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
@@ -14,17 +15,6 @@ using serialize::SerializationTree;
 using util::Result;
 using Bytes = std::vector<uint8_t>;
 
-class CountingListener : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext& context) override
-    {
-        ++count;
-        lastKind = context.kind;
-    }
-    int count = 0;
-    int lastKind = -1;
-};
-
 class SettingsTest : public ::testing::Test {
 protected:
     SettingsTest() { settings.addListener(&listener); }
@@ -40,7 +30,7 @@ protected:
     }
 
     Settings settings;
-    CountingListener listener;
+    test::ChangeRecorder listener;
 };
 
 // The three rows of the VFX rule as bare stored bodies and as objects.
@@ -126,8 +116,8 @@ TEST_F(SettingsTest, ShownOptionsNotifyOnEverySetEvenWhenUnchanged)
     settings.setCreateAutomationWarningMarkers(true);
     settings.setCreateOverlapMarkers(true);
     settings.setBRollRenaming(true);
-    EXPECT_EQ(listener.count, 11);
-    EXPECT_EQ(listener.lastKind, ChangeContext::SettingsKind);
+    EXPECT_EQ(listener.count(), 11);
+    EXPECT_EQ(listener.kinds.back(), ChangeContext::SettingsKind);
 }
 
 TEST_F(SettingsTest, RunOnlyOptionsAndVfxRowsAreStoredSilently)
@@ -136,7 +126,7 @@ TEST_F(SettingsTest, RunOnlyOptionsAndVfxRowsAreStoredSilently)
     settings.setCreateVirginTerritories(true);
     settings.setOverhangFrames(12);
     settings.setVfxPattern(VfxPatternEntry("SH_", "", true), 2);
-    EXPECT_EQ(listener.count, 0);
+    EXPECT_EQ(listener.count(), 0);
     EXPECT_TRUE(settings.getIncludeOverhanging());
     EXPECT_TRUE(settings.getCreateVirginTerritories());
     EXPECT_EQ(settings.getOverhangFrames(), 12u);
@@ -147,9 +137,9 @@ TEST_F(SettingsTest, RestrictRangeNotifiesOnlyOnAChange)
 {
     settings.setRestrictRange(true);
     settings.setRestrictRange(true);
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
     settings.setRestrictRange(false);
-    EXPECT_EQ(listener.count, 2);
+    EXPECT_EQ(listener.count(), 2);
 }
 
 TEST_F(SettingsTest, BackwardRangeIsRefusedButListenersAreStillTold)
@@ -158,7 +148,7 @@ TEST_F(SettingsTest, BackwardRangeIsRefusedButListenersAreStillTold)
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(3.0, 8.0));
     settings.setRestrictedRange(10.0, 5.0);
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(3.0, 8.0));
-    EXPECT_EQ(listener.count, 2);
+    EXPECT_EQ(listener.count(), 2);
     settings.setRestrictedRange(-4.0, -4.0);
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(-4.0, -4.0));
 }
@@ -188,11 +178,11 @@ TEST_F(SettingsTest, ResetKeepsTheTypedVfxRowsAndSilentlyRestoresTheRest)
     settings.setMatchName(MatchName::ClipName);
     settings.setRestrictRange(true);
     settings.setRestrictedRange(1.0, 2.0);
-    const int before = listener.count;
+    const int before = listener.count();
 
     settings.reset();
 
-    EXPECT_EQ(listener.count, before);
+    EXPECT_EQ(listener.count(), before);
     EXPECT_EQ(settings.getVfxPattern(0), VfxPatternEntry("SH_", "_v", true));
     EXPECT_EQ(settings.getVfxPatterns().size(), 3u);
     EXPECT_FALSE(settings.getIncludeOverhanging());
@@ -206,7 +196,7 @@ TEST_F(SettingsTest, CopiesTakeTheValuesButNotTheListeners)
     settings.setVfxPattern(VfxPatternEntry("SH_", "", true), 1);
     settings.setOverhangFrames(9);
     settings.setMatchName(MatchName::ClipName);
-    const int before = listener.count;
+    const int before = listener.count();
 
     Settings copy(settings);
     EXPECT_EQ(copy.getListenerCount(), 0u);
@@ -219,7 +209,7 @@ TEST_F(SettingsTest, CopiesTakeTheValuesButNotTheListeners)
     EXPECT_EQ(settings.getListenerCount(), 1u);
     EXPECT_EQ(settings.getOverhangFrames(), 1u);
     EXPECT_EQ(settings.getMatchName(), MatchName::RollName);
-    EXPECT_EQ(listener.count, before) << "assignment must not notify";
+    EXPECT_EQ(listener.count(), before) << "assignment must not notify";
 }
 
 // A hand-written block of the current form with every field away from its
@@ -275,7 +265,7 @@ TEST_F(SettingsTest, ReadsTheCurrentFormAndNotifiesOnce)
     EXPECT_TRUE(settings.getCreateVirginTerritories());
     EXPECT_TRUE(settings.getRestrictRange());
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(-2.0, 90.0));
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 
     SerializationTree again;
     again.writeObject(settings);
@@ -312,7 +302,7 @@ TEST_F(SettingsTest, ReadsVersion0WithBareRowsAndKeepsWhatItLacks)
     settings.setBRollRenaming(false);
     settings.setRestrictRange(true);
     settings.setRestrictedRange(1.0, 2.0);
-    listener.count = 0;
+    listener.kinds.clear();
 
     readBlock(join({
         {0, 0, 0, 0},                   // version 0
@@ -337,7 +327,7 @@ TEST_F(SettingsTest, ReadsVersion0WithBareRowsAndKeepsWhatItLacks)
     EXPECT_FALSE(settings.getCreateVirginTerritories());
     EXPECT_TRUE(settings.getRestrictRange());
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(1.0, 2.0));
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 }
 
 Bytes version1Block(uint32_t rowCount, std::initializer_list<Bytes> rows)
@@ -369,7 +359,7 @@ TEST_F(SettingsTest, OlderProjectsGetVirginTerritoriesOnAgainstTheNewDefault)
     settings.setSnippetMarkerFrames(9);
     settings.setRestrictRange(true);
     settings.setRestrictedRange(1.0, 2.0);
-    listener.count = 0;
+    listener.kinds.clear();
 
     readBlock(version1Block(3, {shRowBody, emptyRowBody, vfxRowBody}));
     expectSharedHead(settings);
@@ -378,7 +368,7 @@ TEST_F(SettingsTest, OlderProjectsGetVirginTerritoriesOnAgainstTheNewDefault)
     EXPECT_EQ(settings.getSnippetMarkerFrames(), 5u);
     EXPECT_FALSE(settings.getRestrictRange());
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(0.0, 0.0));
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 
     const Bytes rows = join({{3, 0, 0, 0}, object(shRowBody), object(emptyRowBody), object(vfxRowBody)});
     readBlock(join({{2, 0, 0, 0}, sharedHead, rows, overhangFields, {0}, {8, 0, 0, 0}}));
@@ -399,7 +389,7 @@ TEST_F(SettingsTest, OlderProjectsGetVirginTerritoriesOnAgainstTheNewDefault)
 TEST_F(SettingsTest, RefusesUnknownAndNewerVersionsAndTruncatedBlocks)
 {
     settings.setOverhangFrames(11);
-    listener.count = 0;
+    listener.kinds.clear();
 
     SerializationTree tree;
     tree.assign(currentBlock.data(), currentBlock.size());
@@ -433,7 +423,7 @@ TEST_F(SettingsTest, RefusesUnknownAndNewerVersionsAndTruncatedBlocks)
     }
     EXPECT_EQ(settings.getOverhangFrames(), 11u);
     EXPECT_EQ(settings.getMatchName(), MatchName::RollName);
-    EXPECT_EQ(listener.count, 0);
+    EXPECT_EQ(listener.count(), 0);
 }
 
 } // namespace

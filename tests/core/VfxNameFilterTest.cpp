@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "ChangeEdlFixture.h"
 
 #include "core/EventList.h"
@@ -114,12 +115,6 @@ TEST(VfxNameFilterTest, RefusesEmptyRowsAndCharactersOutsideTheSet)
 
 class ApplyVfxPatternsTest : public test::ChangeEdlFixture {};
 
-class CountingListener : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext&) override { ++count; }
-    int count = 0;
-};
-
 TEST_F(ApplyVfxPatternsTest, MarksByRollOrClipNameWithOneNotification)
 {
     EventPtr shot = event("SH_12", "01:00:00:00", "01:00:01:00", "10:00:00:00", "10:00:01:00");
@@ -128,23 +123,23 @@ TEST_F(ApplyVfxPatternsTest, MarksByRollOrClipNameWithOneNotification)
     plate->setClipName("SH_3");
     plate->setVfx(true);
     EventList events = list(EventList::OldKind, {shot, plate});
-    CountingListener listener;
+    test::ChangeRecorder listener;
     events.addListener(&listener);
 
     const VfxNameFilter filter = filterOf({{"SH_", ""}});
     events.applyVfxPatterns(filter, MatchName::RollName);
     EXPECT_TRUE(shot->isVfx());
     EXPECT_FALSE(plate->isVfx());
-    EXPECT_EQ(listener.count, 1);
+    EXPECT_EQ(listener.count(), 1);
 
     events.applyVfxPatterns(filter, MatchName::ClipName);
     EXPECT_FALSE(shot->isVfx());
     EXPECT_TRUE(plate->isVfx());
-    EXPECT_EQ(listener.count, 2);
+    EXPECT_EQ(listener.count(), 2);
 
     // The list still hears its events afterwards.
     shot->setRollName("X");
-    EXPECT_EQ(listener.count, 3);
+    EXPECT_EQ(listener.count(), 3);
     events.removeListener(&listener);
 }
 

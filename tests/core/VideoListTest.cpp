@@ -1,3 +1,4 @@
+#include "ChangeRecorder.h"
 #include "support/ModelFixture.h"
 #include "core/VideoList.h"
 #include "core/serialize/SerializationTree.h"
@@ -13,12 +14,6 @@ namespace {
 using montala::test::tc;
 
 using util::Result;
-
-class CountingListener : public ChangeContextListenerInterface {
-public:
-    void changed(const ChangeContext& context) override { kinds.push_back(context.kind); }
-    std::vector<int> kinds;
-};
 
 class VideoListTest : public ::testing::Test {
 protected:
@@ -36,7 +31,7 @@ protected:
     FixedFramerateProvider provider{Framerate(25, 0)};
     ScopedFramerateProvider providerScope;
     VideoList videos;
-    CountingListener listener;
+    test::ChangeRecorder listener;
 };
 
 TEST_F(VideoListTest, OrdersByStartThenLongerFirstThenFileName)
@@ -135,7 +130,7 @@ TEST_F(VideoListTest, StoredFormIsCountThenEntriesInOrder)
 
     VideoList read;
     read.addEntry({"old.mov", tc("01:00:00:00"), tc("00:00:01:00")});
-    CountingListener readListener;
+    test::ChangeRecorder readListener;
     read.addListener(&readListener);
     tree.rewind();
     tree.readObject(read);

@@ -45,6 +45,14 @@ std::string readFile(const fs::path& path)
     return text.str();
 }
 
+// A valid event with one format fault, which the writer refuses.
+EventPtr faultyEvent(EventState state)
+{
+    EventPtr event = makeEvent("A", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00");
+    event->addState(state);
+    return event;
+}
+
 size_t countLines(const std::string& text)
 {
     return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
@@ -232,9 +240,7 @@ TEST_F(CmxWriterTest, RefusesListsWithoutWritableEventsAndLeavesNoFile)
     EXPECT_EQ(Result::InvalidArgument, writeEdlFile(pathOf("empty.edl"), empty));
 
     EventList formatErrors(EventList::ChangeKind);
-    EventPtr bad = makeEvent("A", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00");
-    bad->addState(EventState::BadRollName);
-    formatErrors.addEvent(bad);
+    formatErrors.addEvent(faultyEvent(EventState::BadRollName));
     EXPECT_EQ(Result::InvalidArgument, writeEdlFile(pathOf("bad.edl"), formatErrors));
     EXPECT_TRUE(filesInFolder().empty());
     EXPECT_THROW(formatErrors.saveEdl(pathOf("bad.edl")), Result::Type);
@@ -277,9 +283,7 @@ TEST_F(CmxWriterTest, FailuresLeaveNothingBehindAndKeepWhatWasThere)
 
     // Parts already written stay when a later part fails.
     EventList parts = makeCuts(999);
-    EventPtr bad = makeEvent("A", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00");
-    bad->addState(EventState::NotVideoEvent);
-    parts.addEvent(bad);
+    parts.addEvent(faultyEvent(EventState::NotVideoEvent));
     EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf("split.edl"), parts));
     EXPECT_EQ(std::vector<std::string>{"split_1.edl"}, filesInFolder());
 }
@@ -394,9 +398,7 @@ TEST_F(CmxWriterTest, ReportsOnlyFilesThisRunWroteAndRemovesPartsOfALongerRun)
     ASSERT_EQ(Result::Ok, writer.write(pathOf("film.edl"), makeCuts(2500), report));
     const std::string oldSecond = readFile(folder / "film_2.edl");
     EventList failing = makeCuts(999);
-    EventPtr bad = makeEvent("A", "01:00:00:00", "01:00:01:00", "01:00:00:00", "01:00:01:00");
-    bad->addState(EventState::NotVideoEvent);
-    failing.addEvent(bad);
+    failing.addEvent(faultyEvent(EventState::NotVideoEvent));
     EXPECT_EQ(Result::InvalidArgument, writer.write(pathOf("film.edl"), failing, report));
     EXPECT_EQ(std::vector<std::u16string>{pathOf("film_1.edl")}, report.written);
     EXPECT_TRUE(report.removed.empty());
