@@ -34,6 +34,16 @@ inline CommandRun runCommand(const char* name, void (*registerCommand)(CLI::App&
     return {io.exitStatus, out.str(), err.str()};
 }
 
+inline CommandRun generate(const std::vector<std::string>& arguments)
+{
+    return runCommand("generate", app::registerGenerateCommand, arguments);
+}
+
+inline CommandRun inspect(const std::vector<std::string>& arguments)
+{
+    return runCommand("inspect", app::registerInspectCommand, arguments);
+}
+
 // The whole program, as a user calls it: bad arguments are found by the
 // parser before the command runs, so their status comes from there.
 inline CommandRun runMontala(std::vector<std::string> arguments)
@@ -47,6 +57,13 @@ inline CommandRun runMontala(std::vector<std::string> arguments)
     const int status = app::runProgram(static_cast<int>(argv.size()), argv.data(), io);
     return {status, out.str(), err.str()};
 }
+
+// The short film at 25 fps that ships with the sources: its session and cuts.
+namespace shortFilm {
+inline const std::string session = MONTALA_SOURCE_DIR "/samples/sessions/short-film-25.json";
+inline const std::string oldEdl = MONTALA_SOURCE_DIR "/samples/edl/short-film-25/old.edl";
+inline const std::string newEdl = MONTALA_SOURCE_DIR "/samples/edl/short-film-25/new.edl";
+} // namespace shortFilm
 
 inline bool contains(const std::string& text, const std::string& part)
 {

@@ -11,15 +11,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using montala::test::CommandRun;
-using montala::test::contains;
-using montala::test::readFile;
-using montala::test::runMontala;
-
-const std::string samples = MONTALA_SOURCE_DIR "/samples/";
-const std::string session = samples + "sessions/short-film-25.json";
-const std::string oldEdl = samples + "edl/short-film-25/old.edl";
-const std::string newEdl = samples + "edl/short-film-25/new.edl";
+using namespace montala::test;
+using namespace montala::test::shortFilm;
 
 class ConformCommand : public montala::test::TempFolderTest {
 protected:
@@ -115,11 +108,11 @@ TEST_F(ConformCommand, ExitStatusSaysWhoseFaultItWasAndNothingIsWritten)
     EXPECT_EQ(runMontala({"conform", session}).status, 2) << "no output named";
 
     // Unreadable input: 2, named.
-    const CommandRun noSession = runMontala({"conform", (folder / "none.json").string(), "--old", oldEdl, "--new",
+    const CommandRun noSession = runMontala({"conform", pathOf("none.json"), "--old", oldEdl, "--new",
                                           newEdl, "-o", output()});
     EXPECT_EQ(noSession.status, 2);
     EXPECT_TRUE(contains(noSession.err, "none.json")) << noSession.err;
-    const CommandRun noEdl = conform({"--new", (folder / "gone.edl").string()});
+    const CommandRun noEdl = conform({"--new", pathOf("gone.edl")});
     EXPECT_EQ(noEdl.status, 2);
     EXPECT_TRUE(contains(noEdl.err, "gone.edl")) << noEdl.err;
     const CommandRun badRange = conform({"--range", "01:00:10:00", "01:00:05:00"});
@@ -128,7 +121,7 @@ TEST_F(ConformCommand, ExitStatusSaysWhoseFaultItWasAndNothingIsWritten)
 
     // A run that cannot start: 1, with the window's text.
     std::ofstream(folder / "empty.edl") << "TITLE: EMPTY\nFCM: NON-DROP FRAME\n";
-    const CommandRun empty = conform({"--change", (folder / "empty.edl").string()}, false);
+    const CommandRun empty = conform({"--change", pathOf("empty.edl")}, false);
     EXPECT_EQ(empty.status, 1);
     EXPECT_TRUE(contains(empty.err, "the run cannot start (EmptyChangeList): No events in Change EDL.\n"))
         << empty.err;

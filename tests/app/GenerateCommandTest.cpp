@@ -16,17 +16,8 @@ namespace {
 using montala::test::CommandRun;
 using montala::test::contains;
 using montala::test::readFile;
-using montala::test::runCommand;
-
-CommandRun generate(const std::vector<std::string>& arguments)
-{
-    return runCommand("generate", montala::app::registerGenerateCommand, arguments);
-}
-
-CommandRun inspect(const std::vector<std::string>& arguments)
-{
-    return runCommand("inspect", montala::app::registerInspectCommand, arguments);
-}
+using montala::test::generate;
+using montala::test::inspect;
 
 const std::string samples = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/";
 
@@ -60,6 +51,13 @@ protected:
         std::ofstream(path, std::ios::binary) << text;
         return path.string();
     }
+    // The Old reel against this New cut at 25 fps, with more arguments.
+    CommandRun generateFrom(const std::string& newEdl, std::vector<std::string> more) const
+    {
+        more.insert(more.begin(), {"--old", oldPath, "--new", newEdl, "--rate", "25"});
+        return generate(more);
+    }
+
     std::string oldPath;
     std::string newPath;
 };
@@ -115,7 +113,7 @@ TEST_F(GenerateCommandTest, JsonHoldsTheChangeEventsWithTheirHealedPartsAndTheRe
 
 TEST_F(GenerateCommandTest, AppliesMatchAndHealSettings)
 {
-    const CommandRun run = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--heal", "none", "--json"});
+    const CommandRun run = generateFrom(newPath, {"--heal", "none", "--json"});
     ASSERT_EQ(0, run.status) << run.err;
     const nlohmann::json events = nlohmann::json::parse(run.out)["events"];
     ASSERT_EQ(2u, events.size());
@@ -129,7 +127,7 @@ TEST_F(GenerateCommandTest, AppliesMatchAndHealSettings)
     EXPECT_EQ("10:00:11:00", events[1]["dstOut"]);
 
     // By clip name the renamed clip of A no longer matches: only B is found.
-    const CommandRun byClip = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--match", "clip", "--json"});
+    const CommandRun byClip = generateFrom(newPath, {"--match", "clip", "--json"});
     EXPECT_EQ(0, byClip.status);
     const nlohmann::json clipEvents = nlohmann::json::parse(byClip.out)["events"];
     ASSERT_EQ(1u, clipEvents.size());
@@ -138,10 +136,9 @@ TEST_F(GenerateCommandTest, AppliesMatchAndHealSettings)
     // B rolls are renamed per file unless asked not to.
     const std::string newWithBRoll = write("new-b.edl", std::string(newReel) +
         "003  AB       V     C        01:00:08:00 01:00:09:00 10:00:11:00 10:00:12:00\n");
-    const CommandRun renamed = generate({"--old", oldPath, "--new", newWithBRoll, "--rate", "25", "--heal", "none", "--json"});
+    const CommandRun renamed = generateFrom(newWithBRoll, {"--heal", "none", "--json"});
     EXPECT_EQ(3u, nlohmann::json::parse(renamed.out)["events"].size());
-    const CommandRun kept = generate({"--old", oldPath, "--new", newWithBRoll, "--rate", "25", "--heal", "none",
-                               "--no-broll-renaming", "--json"});
+    const CommandRun kept = generateFrom(newWithBRoll, {"--heal", "none", "--no-broll-renaming", "--json"});
     EXPECT_EQ(2u, nlohmann::json::parse(kept.out)["events"].size());
 }
 
@@ -149,22 +146,20 @@ TEST_F(GenerateCommandTest, FailuresNameTheirCauseAndExitNonZero)
 {
     const std::string output = pathOf("change.edl");
     // "#" is outside the characters a VFX pattern may hold.
-    const CommandRun badPattern = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--vfx", "SH_:_v",
-                                     "--vfx", "SH#:", "-o", output});
+    const CommandRun badPattern = generateFrom(newPath, {"--vfx", "SH_:_v", "--vfx", "SH#:", "-o", output});
     EXPECT_EQ(1, badPattern.status);
     EXPECT_TRUE(contains(badPattern.err, "VFX pattern 2 \"SH#:\" holds a character outside")) << badPattern.err;
     EXPECT_FALSE(fs::exists(output));
-    const CommandRun badPatternJson = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--vfx", "SH#:", "--json"});
+    const CommandRun badPatternJson = generateFrom(newPath, {"--vfx", "SH#:", "--json"});
     EXPECT_EQ(1, badPatternJson.status);
     const nlohmann::json document = nlohmann::json::parse(badPatternJson.out);
     EXPECT_EQ(17, document["result"]);
     EXPECT_EQ(0u, document["events"].size());
 
-    const CommandRun fourPatterns = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--vfx", "A:", "--vfx",
-                                       "B:", "--vfx", "C:", "--vfx", "D:"});
+    const CommandRun fourPatterns = generateFrom(newPath, {"--vfx", "A:", "--vfx", "B:", "--vfx", "C:", "--vfx", "D:"});
     EXPECT_EQ(2, fourPatterns.status);
     EXPECT_TRUE(contains(fourPatterns.err, "at most 3 --vfx patterns"));
-    const CommandRun noColon = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "--vfx", "SH_"});
+    const CommandRun noColon = generateFrom(newPath, {"--vfx", "SH_"});
     EXPECT_EQ(2, noColon.status);
     EXPECT_TRUE(contains(noColon.err, "\"SH_\" is not PREFIX:POSTFIX"));
 
@@ -178,7 +173,7 @@ TEST_F(GenerateCommandTest, FailuresNameTheirCauseAndExitNonZero)
     // Nothing of the Old cut in the New one: no file is written.
     const std::string other = write("other.edl", "001  Z        V     C        05:00:00:00 05:00:01:00 10:00:00:00 "
                                                  "10:00:01:00\n");
-    const CommandRun empty = generate({"--old", oldPath, "--new", other, "--rate", "25", "-o", output});
+    const CommandRun empty = generateFrom(other, {"-o", output});
     EXPECT_EQ(1, empty.status);
     EXPECT_TRUE(contains(empty.err, "the Change EDL is empty"));
     EXPECT_FALSE(fs::exists(output));
@@ -189,17 +184,16 @@ TEST_F(GenerateCommandTest, FailuresNameTheirCauseAndExitNonZero)
         "FCM: NON-DROP FRAME\n"
         "001  A        V     C        01:00:00:00 01:00:00:00 10:00:00:00 10:00:00:00\n"
         "001  B        V     D    025 02:00:05:00 02:00:00:00 10:00:00:00 10:00:05:00\n");
-    const CommandRun dissolve = generate({"--old", oldPath, "--new", backwards, "--rate", "25", "-o", output});
+    const CommandRun dissolve = generateFrom(backwards, {"-o", output});
     EXPECT_EQ(1, dissolve.status);
     EXPECT_TRUE(contains(dissolve.err, "New EDL event 1")) << dissolve.err;
     EXPECT_TRUE(contains(dissolve.err, "\"backwards.edl\"")) << dissolve.err;
     EXPECT_FALSE(fs::exists(output));
-    const CommandRun dissolveJson = generate({"--old", oldPath, "--new", backwards, "--rate", "25", "--json"});
+    const CommandRun dissolveJson = generateFrom(backwards, {"--json"});
     const nlohmann::json failed = nlohmann::json::parse(dissolveJson.out);
     EXPECT_TRUE(contains(failed.value("failure", ""), "cannot be split")) << dissolveJson.out;
 
-    const CommandRun unwritable = generate({"--old", oldPath, "--new", newPath, "--rate", "25", "-o",
-                                     pathOf("no-such-folder/change.edl")});
+    const CommandRun unwritable = generateFrom(newPath, {"-o", pathOf("no-such-folder/change.edl")});
     EXPECT_EQ(1, unwritable.status);
     EXPECT_TRUE(contains(unwritable.err, "could not write")) << unwritable.err;
 }

@@ -1,4 +1,5 @@
 #include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -7,22 +8,10 @@
 #include <fstream>
 #include <sstream>
 
-
 namespace {
 
 using montala::test::CommandRun;
-
-CommandRun inspect(const std::vector<std::string>& arguments)
-{
-    return montala::test::runCommand("inspect", montala::app::registerInspectCommand, arguments);
-}
-
-std::string writeFile(const std::string& name, const std::string& text)
-{
-    const std::string path = ::testing::TempDir() + name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
-}
+using montala::test::inspect;
 
 const char* const reel =
     "TITLE: REEL 1\nFCM: NON-DROP FRAME\n"
@@ -31,9 +20,20 @@ const char* const reel =
     "002  A001B    V     C        10:00:10:00 10:00:12:24 01:00:04:00 01:00:06:24\n"
     "003  B+1      V     C        10:00:10:00 10:00:12:00 01:00:06:24 01:00:08:24\n";
 
+class InspectCommand : public montala::test::TempFolderTest {
+protected:
+    InspectCommand() : TempFolderTest("montala-inspect") {}
+
+    std::string writeFile(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(folder / name, std::ios::binary) << text;
+        return pathOf(name);
+    }
+};
+
 } // namespace
 
-TEST(InspectCommand, PrintsEventsWithStatesAndCounts)
+TEST_F(InspectCommand, PrintsEventsWithStatesAndCountsAndWarnsOfRateAndUnreadableFiles)
 {
     const std::string path = writeFile("inspect_reel.edl", reel);
     const CommandRun run = inspect({path, "--rate", "25"});
@@ -44,10 +44,24 @@ TEST(InspectCommand, PrintsEventsWithStatesAndCounts)
     EXPECT_NE(run.out.find("Total: 3"), std::string::npos);
     EXPECT_NE(run.out.find("Invalid: 1"), std::string::npos);
     EXPECT_EQ(run.err, "");
-    std::remove(path.c_str());
+
+    const CommandRun at24 = inspect({path, "--rate", "24"});
+    EXPECT_EQ(at24.status, 0);
+    EXPECT_NE(at24.err.find("Frame rate mismatch between current project and loaded EDL inspect_reel.edl"),
+              std::string::npos);
+    EXPECT_NE(at24.err.find("Some timecodes in the loaded EDL file inspect_reel.edl do not match the current "
+                            "project frame rate."),
+              std::string::npos);
+
+    // An unreadable file is reported and the others are still read.
+    const CommandRun missing = inspect({"/nonexistent/missing.edl", path, "--rate", "25"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("An error occurred while loading the file. /nonexistent/missing.edl"),
+              std::string::npos);
+    EXPECT_NE(missing.out.find("Total: 3"), std::string::npos);
 }
 
-TEST(InspectCommand, JsonDocumentKeepsTheScriptInterface)
+TEST_F(InspectCommand, JsonDocumentKeepsTheScriptInterface)
 {
     const std::string path = writeFile("inspect_json.edl", reel);
     const CommandRun run = inspect({path, "--rate", "25", "--json"});
@@ -70,23 +84,9 @@ TEST(InspectCommand, JsonDocumentKeepsTheScriptInterface)
 
     const CommandRun kept = inspect({path, "--rate", "25", "--json", "--no-broll-renaming"});
     EXPECT_EQ(nlohmann::json::parse(kept.out)["events"][1]["rollName"], "A001B");
-    std::remove(path.c_str());
 }
 
-TEST(InspectCommand, WarnsWhenTheFileDoesNotFitTheProjectRate)
-{
-    const std::string path = writeFile("inspect_rate.edl", reel);
-    const CommandRun run = inspect({path, "--rate", "24"});
-    EXPECT_EQ(run.status, 0);
-    EXPECT_NE(run.err.find("Frame rate mismatch between current project and loaded EDL inspect_rate.edl"),
-              std::string::npos);
-    EXPECT_NE(run.err.find("Some timecodes in the loaded EDL file inspect_rate.edl do not match the current "
-                           "project frame rate."),
-              std::string::npos);
-    std::remove(path.c_str());
-}
-
-TEST(InspectCommand, RateComesFromTheFirstFileOrTheUserMustNameIt)
+TEST_F(InspectCommand, RateComesFromTheFirstFileOrTheUserMustNameIt)
 {
     const std::string withoutFcm = writeFile("inspect_nofcm.edl",
                                              "001 A V C 10:00:00:00 10:00:00:29 01:00:00:00 01:00:00:29\n");
@@ -107,21 +107,9 @@ TEST(InspectCommand, RateComesFromTheFirstFileOrTheUserMustNameIt)
     run = inspect({empty, "--rate", "25"});
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.err.find("The loaded EDL file inspect_empty.edl does not contain valid entries."), std::string::npos);
-    for (const std::string& path : {withoutFcm, dropFrame, empty})
-        std::remove(path.c_str());
 }
 
-TEST(InspectCommand, UnreadableFileIsReportedAndTheOthersStillRead)
-{
-    const std::string path = writeFile("inspect_ok.edl", reel);
-    const CommandRun run = inspect({"/nonexistent/missing.edl", path, "--rate", "25"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("An error occurred while loading the file. /nonexistent/missing.edl"), std::string::npos);
-    EXPECT_NE(run.out.find("Total: 3"), std::string::npos);
-    std::remove(path.c_str());
-}
-
-TEST(InspectCommand, CorpusFileInWindows1252PrintsAsJsonWithItsAccentedName)
+TEST_F(InspectCommand, CorpusFileInWindows1252PrintsAsJsonWithItsAccentedName)
 {
     const std::string path = std::string(MONTALA_CORPUS_DIR) + "/pycmx/adobe_dai109_test.txt";
     const CommandRun run = inspect({path, "--rate", "24", "--json"});
@@ -137,7 +125,7 @@ TEST(InspectCommand, CorpusFileInWindows1252PrintsAsJsonWithItsAccentedName)
     EXPECT_NE(run.err.find("adobe_dai109_test.txt line "), std::string::npos);
 }
 
-TEST(InspectCommand, DroppedAndChangedLinesAreWarnedWithFileAndLine)
+TEST_F(InspectCommand, DroppedAndChangedLinesAreWarnedWithFileAndLine)
 {
     const std::string path = writeFile("inspect_hostile.edl",
                                        std::string("TITLE: HOSTILE\n"
@@ -159,10 +147,9 @@ TEST(InspectCommand, DroppedAndChangedLinesAreWarnedWithFileAndLine)
     EXPECT_EQ(lines[0]["line"], 2);
     EXPECT_EQ(lines[0]["action"], "dropped");
     EXPECT_EQ(lines[1]["action"], "changed");
-    std::remove(path.c_str());
 }
 
-TEST(InspectCommand, JsonNeverStopsOnBytesAndAFolderIsNoEdl)
+TEST_F(InspectCommand, JsonNeverStopsOnBytesAndAFolderIsNoEdl)
 {
     // Every byte value in a clip name; the document stays valid JSON.
     std::string name;
@@ -177,11 +164,10 @@ TEST(InspectCommand, JsonNeverStopsOnBytesAndAFolderIsNoEdl)
     ASSERT_EQ(run.status, 0);
     EXPECT_NO_THROW(nlohmann::json::parse(run.out)) << run.out;
 
-    const CommandRun folder = inspect({::testing::TempDir(), path, "--rate", "25"});
-    EXPECT_EQ(folder.status, 1);
-    EXPECT_NE(folder.err.find("(it is a folder, not a file)"), std::string::npos) << folder.err;
-    EXPECT_NE(folder.out.find("Total: 1"), std::string::npos);
+    const CommandRun notAFile = inspect({folder.string(), path, "--rate", "25"});
+    EXPECT_EQ(notAFile.status, 1);
+    EXPECT_NE(notAFile.err.find("(it is a folder, not a file)"), std::string::npos) << notAFile.err;
+    EXPECT_NE(notAFile.out.find("Total: 1"), std::string::npos);
     const CommandRun missing = inspect({"/nonexistent/missing.edl", "--rate", "25", "--json"});
     EXPECT_EQ(nlohmann::json::parse(missing.out)["files"][0]["error"], "no such file");
-    std::remove(path.c_str());
 }

@@ -17,12 +17,8 @@ namespace fs = std::filesystem;
 namespace {
 
 using montala::test::CommandRun;
+using montala::test::generate;
 using montala::test::readFile;
-
-CommandRun generate(const std::vector<std::string>& arguments)
-{
-    return montala::test::runCommand("generate", montala::app::registerGenerateCommand, arguments);
-}
 
 // What -o may or may not replace, tried with the sample reel and with a cut
 // of 1,200 one-roll events (its Change EDL needs two CMX files).

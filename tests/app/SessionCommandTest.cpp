@@ -1,12 +1,11 @@
 #include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -25,7 +24,12 @@ std::string sample(const char* name)
     return std::string(MONTALA_SOURCE_DIR) + "/samples/sessions/" + name;
 }
 
-TEST(SessionCommand, CheckPrintsWhatTheSessionHolds)
+class SessionCommand : public montala::test::TempFolderTest {
+protected:
+    SessionCommand() : TempFolderTest("montala-session") {}
+};
+
+TEST_F(SessionCommand, CheckPrintsWhatTheSessionHolds)
 {
     const CommandRun run = session({"check", sample("short-film-25.json")});
     ASSERT_EQ(run.status, 0) << run.err;
@@ -43,14 +47,13 @@ TEST(SessionCommand, CheckPrintsWhatTheSessionHolds)
     EXPECT_NE(dropFrame.out.find("Range: 01:00:00;00 - 01:01:30;00"), std::string::npos);
 }
 
-TEST(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
+TEST_F(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
 {
-    const fs::path path = fs::temp_directory_path() / ("montala-bad-session-" + std::to_string(::getpid()) + ".json");
+    const fs::path path = folder / "bad.json";
     std::ofstream(path) << R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},
         "start": "01:00:00:00", "end": "01:01:00:00",
         "tracks": [{"kind": "audio", "events": [{"kind": "audio", "start": 20, "end": 10, "file": "a.wav"}]}]})";
     const CommandRun run = session({"check", path.string()});
-    fs::remove(path);
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err,
@@ -59,15 +62,13 @@ TEST(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
     const CommandRun missing = session({"check", "/nonexistent/film.json"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "montala session check: /nonexistent/film.json: does not exist\n");
-    const CommandRun folder = session({"check", fs::temp_directory_path().string()});
-    EXPECT_EQ(folder.status, 1);
-    EXPECT_EQ(folder.err, "montala session check: " + fs::temp_directory_path().string() + ": is a folder, not a file\n");
+    const CommandRun notAFile = session({"check", folder.string()});
+    EXPECT_EQ(notAFile.status, 1);
+    EXPECT_EQ(notAFile.err, "montala session check: " + folder.string() + ": is a folder, not a file\n");
 }
 
-TEST(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
+TEST_F(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
 {
-    const fs::path folder = fs::temp_directory_path() / ("montala-hostile-" + std::to_string(::getpid()));
-    fs::create_directories(folder);
     const std::string head = R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25},)"
                              "\n\"start\": 0, \"end\": 10,\n";
     // 7,400 folders in folders overflowed the stack of the recursive reader.
@@ -95,13 +96,10 @@ TEST(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
             EXPECT_FALSE(fs::exists(folder / "out.json"));
         }
     }
-    fs::remove_all(folder);
 }
 
-TEST(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
+TEST_F(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
 {
-    const fs::path folder = fs::temp_directory_path() / ("montala-normalize-" + std::to_string(::getpid()));
-    fs::create_directories(folder);
     for (const char* name : {"short-film-25.json", "short-film-2997df.json"}) {
         const fs::path output = folder / name;
         const CommandRun run = session({"normalize", sample(name), "-o", output.string()});
@@ -119,12 +117,11 @@ TEST(SessionCommand, NormalizeWritesTheCanonicalFormAndTheSamplesAreInIt)
         {"kind": "point", "start": 1.5})"), std::string::npos)
         << readFile(hand);
 
-    const CommandRun failed = session({"normalize", sample("short-film-25.json"), "-o", (folder / "no/such/dir.json").string()});
+    const CommandRun failed = session({"normalize", sample("short-film-25.json"), "-o", pathOf("no/such/dir.json")});
     EXPECT_EQ(failed.status, 1);
     EXPECT_NE(failed.err.find("dir.json: the folder " + (folder / "no/such").string() + " does not exist"),
               std::string::npos)
         << failed.err;
-    fs::remove_all(folder);
 }
 
 } // namespace

@@ -11,14 +11,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using montala::test::CommandRun;
-using montala::test::contains;
-using montala::test::runMontala;
-
-const std::string samples = MONTALA_SOURCE_DIR "/samples/";
-const std::string session = samples + "sessions/short-film-25.json";
-const std::string oldEdl = samples + "edl/short-film-25/old.edl";
-const std::string newEdl = samples + "edl/short-film-25/new.edl";
+using namespace montala::test;
+using namespace montala::test::shortFilm;
 
 // Seconds after the project start (01:00:00:00) of a position in the
 // sample, which is written as 25 fps timecode or as seconds.
@@ -74,7 +68,7 @@ protected:
 
 TEST_F(VerifyCommand, AConformOfTheSampleIsInSync)
 {
-    const std::string conformed = (folder / "conformed.json").string();
+    const std::string conformed = pathOf("conformed.json");
     ASSERT_EQ(runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", conformed}).status, 0);
     const CommandRun run = runMontala({"verify", session, conformed, "--old", oldEdl, "--new", newEdl});
     EXPECT_EQ(run.status, 0) << run.out << run.err;
@@ -131,11 +125,11 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
 TEST_F(VerifyCommand, UnreadableInputAndBadArgumentsAreStatusTwo)
 {
     const CommandRun noSession =
-        runMontala({"verify", session, (folder / "none.json").string(), "--old", oldEdl, "--new", newEdl});
+        runMontala({"verify", session, pathOf("none.json"), "--old", oldEdl, "--new", newEdl});
     EXPECT_EQ(noSession.status, 2);
     EXPECT_TRUE(contains(noSession.err, "none.json")) << noSession.err;
     const CommandRun noEdl =
-        runMontala({"verify", session, session, "--old", oldEdl, "--new", (folder / "gone.edl").string()});
+        runMontala({"verify", session, session, "--old", oldEdl, "--new", pathOf("gone.edl")});
     EXPECT_EQ(noEdl.status, 2);
     EXPECT_TRUE(contains(noEdl.err, "gone.edl")) << noEdl.err;
     EXPECT_EQ(runMontala({"verify", session, session, "--old", oldEdl}).status, 2) << "--new is required";
