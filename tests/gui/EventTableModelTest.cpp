@@ -1,8 +1,8 @@
 #include "gui/EventTableModel.h"
 
 #include "core/DataModel.h"
-#include "core/DataModelCommandCreator.h"
 #include "gui/EventTableColumns.h"
+#include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"
 
@@ -17,27 +17,6 @@ namespace {
 using core::EventList;
 using core::EventPtr;
 using test::makeEvent;
-
-// Records the titles of the undo steps that the table opens.
-class RecordingCommandCreator : public core::DataModelCommandCreator {
-public:
-    RecordingCommandCreator() { setCommandCreator(this); }
-    ~RecordingCommandCreator() override { setCommandCreator(nullptr); }
-
-    std::unique_ptr<core::DataModelChangeCommand> createCommand(const std::string& title) override
-    {
-        titles.push_back(title);
-        return std::make_unique<core::DataModelChangeCommand>(title);
-    }
-    std::unique_ptr<core::DataModelChangeCommand> createCommand(Kelmar::IProjectEdit*) override { return nullptr; }
-    std::unique_ptr<core::DataModelChangeCommand> createCommand(Kelmar::IProjectEdit*,
-                                                                const core::serialize::SerializationTree&) override
-    {
-        return nullptr;
-    }
-
-    std::vector<std::string> titles;
-};
 
 // Stands in for the window: hears the model, and takes the list again
 // whenever it changes, as the window does.
@@ -172,14 +151,11 @@ protected:
 
     juce::MouseEvent rightClick()
     {
-        const juce::Time now = juce::Time::getCurrentTime();
-        return juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), {10.0f, 10.0f},
-                                juce::ModifierKeys::rightButtonModifier, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, &table, &table,
-                                now, {10.0f, 10.0f}, now, 1, false);
+        return test::mouseOn(table, {10.0f, 10.0f}, juce::ModifierKeys::rightButtonModifier);
     }
 
     EventList changes{EventList::ChangeKind};
-    RecordingCommandCreator undoSteps;
+    test::RecordingUndo undoSteps;
 };
 
 using Lines = std::vector<std::string>;

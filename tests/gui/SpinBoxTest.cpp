@@ -1,5 +1,7 @@
 #include "gui/SpinBox.h"
 
+#include "gui/GuiTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -38,27 +40,8 @@ protected:
 
     static void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil(5); }
 
-    void wheel(float deltaY)
-    {
-        juce::Label& label = display();
-        const juce::Point<float> centre = label.getBounds().getCentre().toFloat();
-        const juce::Time now = juce::Time::getCurrentTime();
-        const juce::MouseEvent event(juce::Desktop::getInstance().getMainMouseSource(), centre, {},
-                                     juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &box, &box,
-                                     now, centre, now, 1, false);
-        juce::MouseWheelDetails details{};
-        details.deltaY = deltaY;
-        box.mouseWheelMove(event, details);
-    }
-
-    void click()
-    {
-        const juce::Point<float> centre = display().getBounds().getCentre().toFloat();
-        const juce::Time now = juce::Time::getCurrentTime();
-        box.mouseDown(juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), centre, {},
-                                       juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &box, &box,
-                                       now, centre, now, 1, false));
-    }
+    void wheel(float deltaY) { test::turnWheel(box, deltaY, display().getBounds().getCentre().toFloat()); }
+    void click() { box.mouseDown(test::mouseOn(box, display().getBounds().getCentre().toFloat())); }
 
     juce::ScopedJuceInitialiser_GUI juce;
     SpinBox box;

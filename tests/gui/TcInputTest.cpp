@@ -1,5 +1,6 @@
 #include "gui/TcInput.h"
 
+#include "gui/GuiTestSupport.h"
 #include "support/ModelFixture.h"
 
 #include <gtest/gtest.h>
@@ -63,17 +64,7 @@ protected:
         settle();
     }
 
-    void wheel(juce::Component& target, float deltaY)
-    {
-        const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
-        const juce::Time now = juce::Time::getCurrentTime();
-        const juce::MouseEvent event(juce::Desktop::getInstance().getMainMouseSource(), centre, {},
-                                     juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &target,
-                                     &target, now, centre, now, 0, false);
-        juce::MouseWheelDetails details{};
-        details.deltaY = deltaY;
-        target.mouseWheelMove(event, details);
-    }
+    static void wheel(juce::Component& target, float deltaY) { test::turnWheel(target, deltaY); }
 
     juce::ScopedJuceInitialiser_GUI juce;
     TcInput input;
@@ -222,6 +213,46 @@ TEST_F(TcInputTest, ListenerThatDeletesTheInputStopsTheNotice)
     EXPECT_EQ(deleter.calls, 1);
     EXPECT_EQ(earlier.calls, 0);
     EXPECT_EQ(deleter.owned, nullptr);
+}
+
+TEST_F(TcInputTest, WheelStepsEveryFieldAtDropFrameWhereTheMinutesLabelDoesNotExist)
+{
+    // 29.97 drop frame: 00:01:00;00 and ;01 are no timecodes.
+    setRate(30, 1, true);
+    input.setTimecode(core::Timecode(0, 0, 0, 0), false);
+
+    wheel(field("Minutes Edit"), 1.0f);
+    EXPECT_EQ(input.getTimecode(), core::Timecode(0, 1, 0, 2)) << "the first label of minute one";
+    EXPECT_EQ(recorder.calls, 1);
+
+    wheel(field("FramesEdit"), -1.0f);
+    EXPECT_EQ(input.getTimecode(), core::Timecode(0, 0, 59, 29)) << "back over the two dropped labels";
+    wheel(field("Seconds Edit"), 1.0f);
+    EXPECT_EQ(input.getTimecode().getMinutes(), 1);
+    wheel(field("Hours Edit"), 1.0f);
+    EXPECT_EQ(input.getTimecode().getHours(), 1);
+    // Down twice from 01:01:01;01: a minute back, then back over the hour.
+    wheel(field("Minutes Edit"), -1.0f);
+    EXPECT_EQ(input.getTimecode().getHours(), 1);
+    EXPECT_EQ(input.getTimecode().getMinutes(), 0);
+    wheel(field("Minutes Edit"), -1.0f);
+    EXPECT_EQ(input.getTimecode().getHours(), 0);
+    EXPECT_EQ(input.getTimecode().getMinutes(), 59);
+    EXPECT_TRUE(input.getTimecode().isValid());
+    EXPECT_EQ(recorder.calls, 6);
+
+    // The project's rate changes under an open input: the wheel leaves a
+    // value that is no timecode at the new rate alone.
+    setRate(30, 0);
+    input.setTimecode(core::Timecode(1, 0, 0, 29), false);
+    setRate(25, 0);
+    for (const char* name : {"Hours Edit", "Minutes Edit", "Seconds Edit", "FramesEdit"}) {
+        SCOPED_TRACE(name);
+        wheel(field(name), 1.0f);
+        wheel(field(name), -1.0f);
+    }
+    EXPECT_EQ(input.getTimecode(), core::Timecode(1, 0, 0, 29));
+    EXPECT_EQ(recorder.calls, 6);
 }
 
 } // namespace

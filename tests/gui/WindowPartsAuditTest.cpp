@@ -1,13 +1,11 @@
-// Faults found by drawing the window with the sample reel and by driving its
-// inputs at the rates a project can have: timecodes that must stay readable
-// in their fixed columns, the header's corner above the scroll bar, and the
-// wheel over a timecode input at drop-frame rates.
+// Faults found by drawing the window with the sample reel: timecodes that
+// must stay readable in their fixed columns, and the header's corner above
+// the scroll bar.
 
 #include "gui/EventTableColumns.h"
 #include "gui/EventTableModel.h"
 #include "gui/LookAndFeel.h"
 #include "gui/Palette.h"
-#include "gui/TcInput.h"
 #include "support/ModelFixture.h"
 
 #include <gtest/gtest.h>
@@ -84,90 +82,6 @@ TEST_F(WindowPartsAuditTest, HeaderCornerAboveTheScrollBarIsDrawnInTheHeadersCol
     }
     EXPECT_EQ(image.getPixelAt(columnsWidth + 10, 23), palette::strip);
     header.setLookAndFeel(nullptr);
-}
-
-class Recorder : public TcInput::Listener {
-public:
-    void timecodeChanged(TcInput*) override { ++calls; }
-    int calls = 0;
-};
-
-class TcInputRatesTest : public WindowPartsAuditTest {
-protected:
-    TcInputRatesTest()
-    {
-        input.setSize(100, 22);
-        input.addListener(&recorder);
-    }
-    ~TcInputRatesTest() override { input.removeListener(&recorder); }
-
-    juce::Component& field(const char* name)
-    {
-        for (auto* child : input.getChildren())
-            if (child->getName() == name)
-                return *child;
-        throw std::string(name);
-    }
-
-    void wheel(const char* name, float deltaY)
-    {
-        juce::Component& target = field(name);
-        const juce::Point<float> centre = target.getLocalBounds().getCentre().toFloat();
-        const juce::Time now = juce::Time::getCurrentTime();
-        const juce::MouseEvent event(juce::Desktop::getInstance().getMainMouseSource(), centre, {},
-                                     juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f, &target,
-                                     &target, now, centre, now, 0, false);
-        juce::MouseWheelDetails details{};
-        details.deltaY = deltaY;
-        target.mouseWheelMove(event, details);
-    }
-
-    std::string shown() const { return input.getTimecode().toString(); }
-
-    TcInput input;
-    Recorder recorder;
-};
-
-TEST_F(TcInputRatesTest, WheelStepsEveryFieldAtDropFrameWhereTheMinutesLabelDoesNotExist)
-{
-    // 29.97 drop frame: 00:01:00;00 and ;01 are no timecodes.
-    setRate(30, 1, true);
-    input.setTimecode(core::Timecode(0, 0, 0, 0), false);
-
-    wheel("Minutes Edit", 1.0f);
-    EXPECT_EQ(input.getTimecode(), core::Timecode(0, 1, 0, 2)) << "the first label of minute one";
-    EXPECT_EQ(recorder.calls, 1);
-
-    wheel("FramesEdit", -1.0f);
-    EXPECT_EQ(input.getTimecode(), core::Timecode(0, 0, 59, 29)) << "back over the two dropped labels";
-    wheel("Seconds Edit", 1.0f);
-    EXPECT_EQ(input.getTimecode().getMinutes(), 1);
-    wheel("Hours Edit", 1.0f);
-    EXPECT_EQ(input.getTimecode().getHours(), 1);
-    // Down twice from 01:01:01;01: a minute back, then back over the hour.
-    wheel("Minutes Edit", -1.0f);
-    EXPECT_EQ(input.getTimecode().getHours(), 1);
-    EXPECT_EQ(input.getTimecode().getMinutes(), 0);
-    wheel("Minutes Edit", -1.0f);
-    EXPECT_EQ(input.getTimecode().getHours(), 0);
-    EXPECT_EQ(input.getTimecode().getMinutes(), 59);
-    EXPECT_TRUE(input.getTimecode().isValid());
-    EXPECT_EQ(recorder.calls, 6);
-}
-
-TEST_F(TcInputRatesTest, WheelLeavesAValueThatIsNoTimecodeAtTheCurrentRateAlone)
-{
-    setRate(30, 0);
-    input.setTimecode(core::Timecode(1, 0, 0, 29), false);
-    // The project's rate changes under an open input.
-    setRate(25, 0);
-    for (const char* name : {"Hours Edit", "Minutes Edit", "Seconds Edit", "FramesEdit"}) {
-        SCOPED_TRACE(name);
-        wheel(name, 1.0f);
-        wheel(name, -1.0f);
-    }
-    EXPECT_EQ(input.getTimecode(), core::Timecode(1, 0, 0, 29));
-    EXPECT_EQ(recorder.calls, 0);
 }
 
 } // namespace
