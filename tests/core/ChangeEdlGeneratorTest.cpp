@@ -378,12 +378,9 @@ TEST_F(ChangeEdlGeneratorTest, ConfigureTakesOnlyActiveFilledRowsAndRefusesBadCh
     EXPECT_EQ(generator.getVfxFilter().normalize("SH_12"), "SH_12");
     EXPECT_EQ(generator.getVfxFilter().normalize("VX_12"), "VX_");
 
-    try {
-        generator.configure(MatchName::ClipName, {VfxPatternEntry("SH/", "", true)});
-        FAIL() << "a slash accepted";
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::InvalidArgument);
-    }
+    EXPECT_EQ(test::thrownCode([&] { generator.configure(MatchName::ClipName, {VfxPatternEntry("SH/", "", true)}); }),
+              Result::InvalidArgument)
+        << "a slash accepted";
     // An inactive row is not checked at all.
     EXPECT_NO_THROW(generator.configure(MatchName::ClipName, {VfxPatternEntry("SH/", "", false)}));
 }

@@ -138,12 +138,7 @@ TEST_F(EventBaseTest, CreateMakesPlainAndHealedEventsOnly)
     EXPECT_EQ(EventBase::create(0)->getEventType(), 0);
     EXPECT_EQ(EventBase::create(1)->getEventType(), 1);
     EXPECT_NE(std::dynamic_pointer_cast<HealedEvent>(EventBase::create(1)), nullptr);
-    try {
-        EventBase::create(2);
-        FAIL();
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::InvalidArgument);
-    }
+    EXPECT_EQ(montala::test::thrownCode([&] { EventBase::create(2); }), Result::InvalidArgument);
 }
 
 TEST_F(EventBaseTest, HealedEventSpansItsPartsAndCarriesVfx)

@@ -43,14 +43,7 @@ TEST_F(VideoListTest, OrdersByStartThenLongerFirstThenFileName)
     EXPECT_EQ((std::vector<std::string>{"/v/long.mov", "/w/a.mov", "/v/b.mov", "/v/reel2.mov"}), paths());
     EXPECT_EQ(4u, listener.kinds.size());
     EXPECT_EQ(ChangeContext::VideoListKind, listener.kinds.back());
-    EXPECT_EQ(Result::InvalidArgument, [&] {
-        try {
-            videos.getEntry(4);
-        } catch (Result::Type code) {
-            return code;
-        }
-        return Result::Ok;
-    }());
+    EXPECT_EQ(Result::InvalidArgument, test::thrownCode([&] { videos.getEntry(4); }));
 }
 
 TEST_F(VideoListTest, KnowsAVideoByItsFileNameWhateverTheFolder)

@@ -69,12 +69,7 @@ TEST_F(InsertDetectAlgorithmTest, ANewEventEndingBeforeItStartsIsRefusedAndOneWi
     EXPECT_TRUE(detect().empty()) << "frames above the rate: no position, no marker";
 
     host.newList.addEvent(event("01:00:00:00", "01:00:02:00", "10:00:04:00", "10:00:02:00"));
-    try {
-        detect();
-        ADD_FAILURE() << "no failure";
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::InvalidArgument);
-    }
+    EXPECT_EQ(test::thrownCode([&] { detect(); }), Result::InvalidArgument);
 }
 
 } // namespace

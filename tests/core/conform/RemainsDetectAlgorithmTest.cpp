@@ -70,12 +70,7 @@ TEST_F(RemainsDetectAlgorithmTest, StopsWithCancelledAfterTheStepThatSawTheCance
     changes.addEvent(move("10:00:00:00", "10:00:10:00", "10:00:20:00"));
     changes.addEvent(move("10:00:10:00", "10:00:20:00", "10:00:40:00"));
     progress.cancelAfter = 3;
-    try {
-        detect();
-        ADD_FAILURE() << "no failure";
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::Cancelled);
-    }
+    EXPECT_EQ(test::thrownCode([&] { detect(); }), Result::Cancelled);
     EXPECT_EQ(progress.advanced, 3) << "one step per piece, of four";
 }
 

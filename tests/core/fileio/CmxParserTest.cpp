@@ -272,12 +272,8 @@ TEST_F(CmxParserTest, LoadEdlAppendsAndRenamesBRollsPerFile)
     ASSERT_EQ(target.getSize(), 3u);
     EXPECT_EQ(target.getEvent(1)->getRollName(), "A001");
     EXPECT_EQ(target.getEvent(2)->getRollName(), "A001B") << "each file is renamed by itself";
-    try {
-        target.loadEdl(u"/nonexistent/montala.edl", true, rate, true, false);
-        FAIL();
-    } catch (Result::Type code) {
-        EXPECT_EQ(code, Result::FileNotOpened);
-    }
+    EXPECT_EQ(montala::test::thrownCode([&] { target.loadEdl(u"/nonexistent/montala.edl", true, rate, true, false); }),
+              Result::FileNotOpened);
     EXPECT_EQ(target.getSize(), 3u) << "a failed append leaves the list as it was";
     std::remove(first.c_str());
     std::remove(second.c_str());
