@@ -81,46 +81,7 @@ TEST_F(EventTimeLineViewTest, PlacesSourceAndDestinationOnOneScaleAndKeepsOneFra
     EXPECT_NE(at(narrow, 100 + 5 * 35, destinationRow), event);
 }
 
-TEST_F(EventTimeLineViewTest, SelectionIsBrightAndOnTopAndGivesEachEventItsColourBack)
-{
-    // Two overlapping events; the VFX one lies behind the plain one until
-    // it is selected.
-    core::EventPtr vfx = makeEvent("A", "01:00:00:00", "01:00:40:00", "01:00:00:00", "01:00:40:00");
-    vfx->setVfx(true);
-    core::EventPtr plain = makeEvent("B", "01:00:20:00", "01:01:40:00", "01:00:20:00", "01:01:40:00");
-    list.addEvent(vfx);
-    list.addEvent(plain);
-    view.setEvents(list);
-
-    juce::Image image = draw();
-    EXPECT_EQ(at(image, column(10), sourceRow), palette::vfx.getARGB());
-    EXPECT_EQ(at(image, column(30), sourceRow), palette::event.getARGB());
-
-    core::EventList selection(core::EventList::ChangeKind);
-    selection.addEvent(vfx);
-    view.setSelection(selection);
-    image = draw();
-    EXPECT_EQ(at(image, column(10), sourceRow), palette::bright.getARGB());
-    EXPECT_EQ(at(image, column(30), sourceRow), palette::bright.getARGB());
-    EXPECT_EQ(at(image, column(30), destinationRow), palette::bright.getARGB());
-    EXPECT_EQ(at(image, column(50), destinationRow), palette::event.getARGB());
-
-    // Selecting the other one recolours the first and puts the second on top.
-    selection.clear();
-    selection.addEvent(plain);
-    view.setSelection(selection);
-    image = draw();
-    EXPECT_EQ(at(image, column(10), sourceRow), palette::vfx.getARGB());
-    EXPECT_EQ(at(image, column(30), sourceRow), palette::bright.getARGB());
-
-    // An empty selection restores the list order: the later event on top.
-    view.setSelection(core::EventList(core::EventList::ChangeKind));
-    image = draw();
-    EXPECT_EQ(at(image, column(10), sourceRow), palette::vfx.getARGB());
-    EXPECT_EQ(at(image, column(30), sourceRow), palette::event.getARGB());
-}
-
-TEST_F(EventTimeLineViewTest, UnselectedEventsKeepListOrderBeneathWhateverWasSelectedBefore)
+TEST_F(EventTimeLineViewTest, SelectionIsBrightOnTopAndTheRestKeepListOrderAndTheirColours)
 {
     // Three overlapping events, VFX, plain, VFX: in list order each later
     // one covers the overlap with the one before.

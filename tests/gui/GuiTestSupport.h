@@ -1,10 +1,12 @@
 #pragma once
 
 // Doubles and input gestures that several of the window's tests need: the
-// undo steps a change opens, and mouse events as the desktop's main mouse
-// would deliver them.
+// host's project, the undo steps a change opens, the sample reel, and mouse
+// events as the desktop's main mouse would deliver them.
 
+#include "core/DataModel.h"
 #include "core/DataModelCommandCreator.h"
+#include "util/StringUtil.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -14,6 +16,28 @@
 #include <vector>
 
 namespace montala::test {
+
+// The host's side of setProject: a new listener hears of the active
+// project's data model at once.
+class ProjectNotifier : public core::ChangeContextNotificationBase {
+public:
+    explicit ProjectNotifier(core::DataModel* model) : model(model) {}
+    void addListener(core::ChangeContextListenerInterface* listener) override
+    {
+        core::ChangeContextNotificationBase::addListener(listener);
+        listener->changed(core::DataModelChangeContext(model));
+    }
+    core::DataModel* model;
+};
+
+// Loads the Old and New cuts of the 25 fps short film that ships with the sources.
+inline void loadShortFilm(core::DataModel& model)
+{
+    const std::string folder = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/short-film-25/";
+    core::Framerate suggested;
+    model.getOldList().loadEdl(util::StringUtil::fromUtf8(folder + "old.edl"), false, suggested, true, false);
+    model.getNewList().loadEdl(util::StringUtil::fromUtf8(folder + "new.edl"), false, suggested, true, false);
+}
 
 // Records the titles of the undo steps opened while it is installed.
 class RecordingUndo : public core::DataModelCommandCreator {

@@ -6,9 +6,9 @@
 #include "gui/MainGui.h"
 
 #include "core/DataModel.h"
+#include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"
-#include "util/StringUtil.h"
 
 #include <gtest/gtest.h>
 
@@ -18,25 +18,11 @@
 namespace montala::gui {
 namespace {
 
-class SampleProject : public core::ChangeContextNotificationBase {
-public:
-    explicit SampleProject(core::DataModel* model) : model(model) {}
-    void addListener(core::ChangeContextListenerInterface* listener) override
-    {
-        core::ChangeContextNotificationBase::addListener(listener);
-        listener->changed(core::DataModelChangeContext(model));
-    }
-    core::DataModel* model;
-};
-
 class MainGuiRenderTest : public test::ModelFixture {
 protected:
     void SetUp() override
     {
-        const std::string folder = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/short-film-25/";
-        core::Framerate suggested;
-        model.getOldList().loadEdl(util::StringUtil::fromUtf8(folder + "old.edl"), false, suggested, true, false);
-        model.getNewList().loadEdl(util::StringUtil::fromUtf8(folder + "new.edl"), false, suggested, true, false);
+        test::loadShortFilm(model);
         model.setNotifier(&project);
         gui.setProject(&project);
         gui.buttonClicked(&gui.getGenerateButton());
@@ -74,12 +60,12 @@ protected:
 
     juce::ScopedJuceInitialiser_GUI juce;
     core::DataModel model;
-    SampleProject project{&model};
+    test::ProjectNotifier project{&model};
     MainGui gui;
     juce::Image image;
 };
 
-TEST_F(MainGuiRenderTest, PanelsStripsAndLinesStandWhereTheLayoutPutsThem)
+TEST_F(MainGuiRenderTest, PanelsStandWhereTheLayoutPutsThemAndShowTheGeneratedCut)
 {
     ASSERT_EQ(image.getWidth(), 1300);
     ASSERT_EQ(image.getHeight(), 750);
@@ -104,10 +90,7 @@ TEST_F(MainGuiRenderTest, PanelsStripsAndLinesStandWhereTheLayoutPutsThem)
     // Titles in the outline colour inside the top band of each panel.
     EXPECT_GT(count({w / 4 - 100, 8, 200, 20}, palette::outline), 20);
     EXPECT_GT(count({20, h / 2 - 10, w - 260, 20}, palette::outline), 20);
-}
 
-TEST_F(MainGuiRenderTest, DotsMarksSelectionAndTimelineShowTheGeneratedCut)
-{
     // Every event of the sample reel is valid: green dots in the State column.
     for (MainGui::Table table : {MainGui::OldTable, MainGui::NewTable, MainGui::ChangeTable}) {
         SCOPED_TRACE(table);

@@ -13,7 +13,6 @@
 #include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"
-#include "util/StringUtil.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -28,19 +27,6 @@ namespace {
 
 using core::PropertyKey;
 using test::makeEvent;
-
-// The host's side of setProject: a new listener hears of the active
-// project's data model at once.
-class ProjectNotifier : public core::ChangeContextNotificationBase {
-public:
-    explicit ProjectNotifier(core::DataModel* model) : model(model) {}
-    void addListener(core::ChangeContextListenerInterface* listener) override
-    {
-        core::ChangeContextNotificationBase::addListener(listener);
-        listener->changed(core::DataModelChangeContext(model));
-    }
-    core::DataModel* model;
-};
 
 class RecordingAlert : public AlertWindowBase {
 public:
@@ -108,7 +94,7 @@ protected:
 
     juce::ScopedJuceInitialiser_GUI juce;
     core::DataModel model;
-    ProjectNotifier project{&model};
+    test::ProjectNotifier project{&model};
     test::FakeMontaler driver{&model};
     std::vector<std::string> alerts;
     test::RecordingUndo undo;
@@ -223,10 +209,7 @@ TEST_F(MainGuiTest, MarksAreTheEventsTheModelRelatesToEachSelectedChangeEvent)
     // The window keeps its own search structures over Old and New; what it
     // marks must stay what the data model relates, on a real re-cut and
     // after the Old list has changed underneath.
-    const std::string folder = std::string(MONTALA_SOURCE_DIR) + "/samples/edl/short-film-25/";
-    core::Framerate suggested;
-    model.getOldList().loadEdl(util::StringUtil::fromUtf8(folder + "old.edl"), false, suggested, true, false);
-    model.getNewList().loadEdl(util::StringUtil::fromUtf8(folder + "new.edl"), false, suggested, true, false);
+    test::loadShortFilm(model);
     gui.setProject(&project);
     generate();
     const auto expectMarksOfEachRow = [this] {

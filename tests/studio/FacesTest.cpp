@@ -122,11 +122,10 @@ TEST(ProgressWindowFace, ViewFollowsTheServiceAndCancelWritesOnlyACancellableFla
     EXPECT_TRUE(service.wasCancelled());
     service.hide();
 
-    Kelmar::uint8 untouched = 0;
+    // Without a flag there is nothing to cancel.
     service.setup(1, u"Montala", nullptr);
     service.show();
     service.cancel();
-    EXPECT_EQ(untouched, 0);
     EXPECT_FALSE(describeProgress(service).cancellable);
     EXPECT_FALSE(service.wasCancelled());
     service.setTotal(0);
