@@ -79,14 +79,7 @@ protected:
         return list;
     }
 
-    std::string played(const char16_t* trackName, double time)
-    {
-        const auto source = SimPlayback::at(trackNamed(trackName), time);
-        if (!source)
-            return "silence";
-        return (source->clipId ? "clip " + std::to_string(source->clipId) : source->file) + " @ "
-               + std::to_string(source->position);
-    }
+    std::string played(const char16_t* trackName, double time) { return heard(trackNamed(trackName), time); }
 
     IPtr<SimProject> project;
     IPtr<IRangeEdit> rangeEdit;

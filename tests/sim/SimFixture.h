@@ -5,6 +5,7 @@
 #include "sim/SessionFile.h"
 #include "sim/SimBase.h"
 #include "sim/SimHost.h"
+#include "sim/SimPlayback.h"
 #include "sim/SimProject.h"
 #include "sim/SimProjectManager.h"
 
@@ -46,6 +47,17 @@ protected:
         if (host->getService(I::iid, &answer) != Kelmar::kResultOk)
             return {};
         return Kelmar::owned(static_cast<I*>(answer));
+    }
+
+    // What `track` plays at `time`: "silence", or the file (or video clip)
+    // and the place in it.
+    static std::string heard(SimObject& track, double time)
+    {
+        const auto source = SimPlayback::at(track, time);
+        if (!source)
+            return "silence";
+        return (source->clipId ? "clip " + std::to_string(source->clipId) : source->file) + " @ "
+               + std::to_string(source->position);
     }
 
     static std::u16string u16(const std::string& text) { return Kelmar::String::utf8ToUtf16(text); }

@@ -45,7 +45,7 @@ constexpr const char* automationPoint = "{501B33DD-B717-4533-B793-E1408425375F}"
 constexpr const char* curvePoint = "{A17080F9-9F90-4198-A6ED-641A168E119E}";
 constexpr const char* settings = "{E797277C-0260-4ADE-B8CB-AC383346B5CD}";
 
-TEST_F(SimObjectTest, EachKindAnswersTheInterfacesOfItsKindByGuid)
+TEST_F(SimObjectTest, EachKindAnswersTheInterfacesAndKindNamesOfItsKind)
 {
     auto project = open(smallSession());
     SimObject& dx = *project->findTrack(u"DX");
@@ -75,15 +75,8 @@ TEST_F(SimObjectTest, EachKindAnswersTheInterfacesOfItsKindByGuid)
     EXPECT_TRUE(answers(point, automationPoint));
     EXPECT_TRUE(answers(point, curvePoint));
     EXPECT_FALSE(answers(point, automationTrack));
-}
 
-TEST_F(SimObjectTest, AnswersTheKindsThatTheAdapterAsksFor)
-{
-    auto project = open(smallSession());
-    SimObject& dx = *project->findTrack(u"DX");
-    SimObject& notes = *project->findTrack(u"Notes");
-    SimObject& picture = *project->findTrack(u"Picture");
-
+    // The kinds by name, as the adapter asks for them.
     EXPECT_TRUE(dx.isKind("track") && dx.isKind("audio"));
     EXPECT_FALSE(dx.isKind("marker") || dx.isKind("folder"));
     EXPECT_TRUE(notes.isKind("track") && notes.isKind("marker"));
@@ -97,6 +90,15 @@ TEST_F(SimObjectTest, AnswersTheKindsThatTheAdapterAsksFor)
     auto folder = owned(project->createTrack("folder"));
     EXPECT_TRUE(folder->isKind("track") && folder->isKind("folder"));
     EXPECT_EQ(owned(project->createTrack("timeline")), nullptr);
+
+    // A video event gives its pool clip.
+    auto clip = owned(picture.children()[0]->getClip());
+    ASSERT_TRUE(clip);
+    EXPECT_EQ(clip->getId(), 1);
+    EXPECT_TRUE(clip->isKind("video"));
+    String name;
+    clip->getName(name);
+    EXPECT_EQ(name.toUtf8(), "old.mov");
 }
 
 TEST_F(SimObjectTest, AttributesKeepTheirTypeAndHandOutOwnedCopies)
@@ -214,19 +216,6 @@ TEST_F(SimObjectTest, FlagsSayWhatLeftTheProjectAndWhatChangedInTheOpenGroup)
     EXPECT_EQ(notes.getFlags(), 0) << "the marks last as long as the group";
 
     EXPECT_EQ(owned(project->getDefaultMarkerTrack())->getFlags(), IProjectObject::kLeftProject);
-}
-
-TEST_F(SimObjectTest, VideoEventsGiveTheirPoolClip)
-{
-    auto project = open(smallSession());
-    SimObject& event = *project->findTrack(u"Picture")->children()[0];
-    auto clip = owned(event.getClip());
-    ASSERT_TRUE(clip);
-    EXPECT_EQ(clip->getId(), 1);
-    EXPECT_TRUE(clip->isKind("video"));
-    String name;
-    clip->getName(name);
-    EXPECT_EQ(name.toUtf8(), "old.mov");
 }
 
 } // namespace

@@ -124,10 +124,6 @@ TEST_F(SimRangeEditorTest, TrimmingAPartKeepsWhatIsHeardAndTheEventsInside)
     Kelmar::IPtr<SimObject> part = fx.children()[0];
     Kelmar::IPtr<SimObject> open = part->children()[0];
     Kelmar::IPtr<SimObject> close = part->children()[1];
-    const auto heard = [&fx](double t) {
-        const auto source = SimPlayback::at(fx, t);
-        return source ? source->file + " @ " + std::to_string(source->position) : "silence";
-    };
 
     // The tail only: nothing inside reaches past 19 s, so nothing inside changes.
     SimUser user(*host);
@@ -138,12 +134,12 @@ TEST_F(SimRangeEditorTest, TrimmingAPartKeepsWhatIsHeardAndTheEventsInside)
 
     // The head, to 12 s: open.wav 11-14 is cut at the front, close.wav stays
     // at 14-18; each is heard where it was, from the same place in its file.
-    const std::string at12 = heard(12.0);
-    const std::string at15 = heard(15.0);
+    const std::string at12 = heard(fx, 12.0);
+    const std::string at15 = heard(fx, 15.0);
     ASSERT_TRUE(user.trimEvent(*part, 12.0, 19.0));
-    EXPECT_EQ(heard(11.5), "silence");
-    EXPECT_EQ(heard(12.0), at12);
-    EXPECT_EQ(heard(15.0), at15);
+    EXPECT_EQ(heard(fx, 11.5), "silence");
+    EXPECT_EQ(heard(fx, 12.0), at12);
+    EXPECT_EQ(heard(fx, 15.0), at15);
     EXPECT_EQ(part->children(), (SimObject::List{open, close})) << "the same events, not copies";
     EXPECT_EQ(open->getFlags() & Kelmar::IProjectObject::kLeftProject, 0);
     EXPECT_DOUBLE_EQ(open->get().start, 0.0);
@@ -153,7 +149,7 @@ TEST_F(SimRangeEditorTest, TrimmingAPartKeepsWhatIsHeardAndTheEventsInside)
     ASSERT_TRUE(user.undo());
     EXPECT_DOUBLE_EQ(part->get().start, 10.0);
     EXPECT_DOUBLE_EQ(close->get().start, 4.0);
-    EXPECT_EQ(heard(11.5), "open.wav @ 0.500000");
+    EXPECT_EQ(heard(fx, 11.5), "open.wav @ 0.500000");
 }
 
 } // namespace
