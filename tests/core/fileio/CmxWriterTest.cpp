@@ -1,4 +1,5 @@
 #include "support/ModelFixture.h"
+#include "support/TempFolderTest.h"
 #include "core/EventList.h"
 #include "core/fileio/CmxParser.h"
 #include "core/fileio/CmxWriter.h"
@@ -11,7 +12,6 @@
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace montala::core::fileio {
 namespace {
@@ -58,17 +58,9 @@ size_t countLines(const std::string& text)
     return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-class CmxWriterTest : public ::testing::Test {
+class CmxWriterTest : public test::TempFolderTest {
 protected:
-    CmxWriterTest() : providerScope(&provider), converterScope(converter)
-    {
-        folder = fs::temp_directory_path() /
-                 ("montala-writer-" + std::to_string(::getpid()) + "-" +
-                  ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
-    ~CmxWriterTest() override { fs::remove_all(folder); }
+    CmxWriterTest() : TempFolderTest("montala-writer"), providerScope(&provider), converterScope(converter) {}
 
     std::u16string pathOf(const std::string& name) const { return (folder / name).u16string(); }
 
@@ -92,7 +84,6 @@ protected:
     ScopedFramerateProvider providerScope;
     util::StringConverter converter;
     util::ScopedStringConverter converterScope;
-    fs::path folder;
 };
 
 TEST_F(CmxWriterTest, WritesFixedColumnsNumberedByPositionWithoutFlawedEvents)
