@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -208,37 +207,6 @@ TEST_F(GenerateCommandTest, StandardExceptionsOfTheNameRulesAreReportedNotFatal)
     const CommandRun run = generate({"--old", dotted, "--new", dotted, "--rate", "25", "--vfx", "A.:"});
     EXPECT_EQ(1, run.status);
     EXPECT_TRUE(contains(run.err, "could not be generated")) << run.err;
-}
-
-TEST_F(GenerateCommandTest, ChangeEdlsAbove999EventsGoToNumberedFiles)
-{
-    // 1000 one-second shots of alternating rolls, all moved by one hour:
-    // with healing off every shot is one Change event.
-    std::string oldText = "FCM: NON-DROP FRAME\n";
-    std::string newText = oldText;
-    char line[128];
-    for (int i = 0; i < 1000; ++i) {
-        const int h = 1 + i / 3600, m = (i / 60) % 60, s = i % 60;
-        std::snprintf(line, sizeof line, "%03d  R%d       V     C        %02d:%02d:%02d:00 %02d:%02d:%02d:24 ",
-                      i % 1000, i % 2, h, m, s, h, m, s);
-        oldText += line;
-        newText += line;
-        std::snprintf(line, sizeof line, "%02d:%02d:%02d:00 %02d:%02d:%02d:24\n", h + 1, m, s, h + 1, m, s);
-        oldText += line;
-        std::snprintf(line, sizeof line, "%02d:%02d:%02d:00 %02d:%02d:%02d:24\n", h + 2, m, s, h + 2, m, s);
-        newText += line;
-    }
-    const std::string oldLong = write("old-long.edl", oldText);
-    const std::string newLong = write("new-long.edl", newText);
-    const CommandRun run = generate({"--old", oldLong, "--new", newLong, "--rate", "25", "--heal", "none", "-o",
-                              pathOf("change.edl")});
-    ASSERT_EQ(0, run.status) << run.err;
-    EXPECT_TRUE(contains(run.out, "Total: 1000\n"));
-    EXPECT_TRUE(contains(run.out, "it went to 2 files"));
-    EXPECT_TRUE(contains(run.out, "Wrote " + pathOf("change_1.edl") + "\n"));
-    EXPECT_TRUE(contains(run.out, "Wrote " + pathOf("change_2.edl") + "\n"));
-    EXPECT_FALSE(fs::exists(pathOf("change.edl")));
-    EXPECT_TRUE(contains(inspect({pathOf("change_2.edl"), "--rate", "25"}).out, "Total: 1\n"));
 }
 
 } // namespace

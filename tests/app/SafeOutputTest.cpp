@@ -18,10 +18,12 @@ namespace {
 
 using montala::test::CommandRun;
 using montala::test::generate;
+using montala::test::inspect;
 using montala::test::readFile;
 
 // What -o may or may not replace, tried with the sample reel and with a cut
-// of 1,200 one-roll events (its Change EDL needs two CMX files).
+// of 1,000 one-roll events (its Change EDL needs two CMX files, 999 events
+// and one).
 class SafeOutputTest : public montala::test::TempFolderTest {
 protected:
     SafeOutputTest() : TempFolderTest("montala-output")
@@ -50,7 +52,7 @@ protected:
                               frame / 25 % 60, frame % 25);
                 return std::string(text);
             };
-            for (int i = 0; i < 1200; ++i) {
+            for (int i = 0; i < 1000; ++i) {
                 const int source = 90000 + i * 50;
                 const int record = 900000 + i * 50;
                 char line[128];
@@ -124,9 +126,13 @@ TEST_F(SafeOutputTest, PartsOfAnEarlierLongerRunAreRemovedAndNamed)
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_NE(std::string::npos, run.out.find("Wrote " + pathOf("change_1.edl") + "\nWrote " + pathOf("change_2.edl") + "\n"))
         << run.out;
+    EXPECT_NE(std::string::npos, run.out.find("Total: 1000\n"));
+    EXPECT_NE(std::string::npos, run.out.find("it went to 2 files"));
     EXPECT_NE(std::string::npos,
               run.out.find("Removed " + pathOf("change_3.edl") + ", a part of an earlier, longer Change EDL\n"));
     EXPECT_FALSE(fs::exists(folder / "change_3.edl"));
+    EXPECT_FALSE(fs::exists(folder / "change.edl"));
+    EXPECT_NE(std::string::npos, inspect({pathOf("change_2.edl"), "--rate", "25"}).out.find("Total: 1\n"));
 
     // A file of the user's that only shares the name stays, with a warning.
     std::ofstream(folder / "change_3.edl") << "my notes\n";
