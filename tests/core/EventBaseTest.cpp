@@ -78,10 +78,7 @@ TEST_F(EventBaseTest, MotionSpeedIsSourceOverRecord)
     // A zero-length record counts as one frame.
     EXPECT_DOUBLE_EQ(makeEvent("01:00:00:00", "01:00:01:00", "10:00:00:00", "10:00:00:00")->getMotionSpeed(), 25.0);
     EXPECT_TRUE(makeEvent("01:00:00:00", "01:00:01:00", "10:00:00:00", "10:00:01:00")->isNormalSpeed());
-}
-
-TEST_F(EventBaseTest, InvalidTimecodeLeavesTheSpeedAsItWas)
-{
+    // An invalid timecode leaves the speed as it was.
     auto event = makeEvent("01:00:00:00", "01:00:02:00", "10:00:00:00", "10:00:01:00");
     event->setDstOut(tc("10:00:01:26"));
     EXPECT_DOUBLE_EQ(event->getMotionSpeed(), 2.0);

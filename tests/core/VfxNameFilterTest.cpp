@@ -52,32 +52,35 @@ TEST(VfxNameFilterTest, DotInThePrefixKeepsTheFirstDigit)
     EXPECT_FALSE(filter.isVfxName("VFXx0012"));
 }
 
-TEST(VfxNameFilterTest, StarStandsForExactlyOneCharacter)
+TEST(VfxNameFilterTest, StarsEmptyPrefixesAndSeveralPatterns)
 {
-    const VfxNameFilter filter = filterOf({{"SH*_", ""}});
-    EXPECT_EQ(filter.normalize("SHX_12"), "SHX_");
-    EXPECT_EQ(filter.normalize("SH._12"), "SH._");
-    EXPECT_FALSE(filter.isVfxName("SH_12"));
-    EXPECT_FALSE(filter.isVfxName("SHXY_12"));
-}
-
-TEST(VfxNameFilterTest, EmptyPrefixErasesOnlyLeadingDigits)
-{
-    const VfxNameFilter filter = filterOf({{"", "_v"}});
-    EXPECT_EQ(filter.normalize("0012_v"), "_v");
-    EXPECT_FALSE(filter.isVfxName("_v"));
-}
-
-TEST(VfxNameFilterTest, EveryPatternIsTriedOnTheUnchangedName)
-{
-    const VfxNameFilter filter = filterOf({{"A_", "_B_9"}, {"A_1_B_", ""}});
-    // The first turns A_1_B_9 into A__B_9; the second still matches the
-    // input and erases from position 6 of the shortened result, where no
-    // digit stands any more.
-    EXPECT_EQ(filter.normalize("A_1_B_9"), "A__B_9");
-    const VfxNameFilter both = filterOf({{"A_", "_B"}, {"C", ""}});
-    EXPECT_EQ(both.normalize("A_12_B"), "A__B");
-    EXPECT_EQ(both.normalize("C99"), "C");
+    struct Case {
+        std::vector<std::pair<std::string, std::string>> patterns;
+        const char* name;
+        const char* normalized;
+    };
+    const Case cases[] = {
+        // "*" stands for exactly one character.
+        {{{"SH*_", ""}}, "SHX_12", "SHX_"},
+        {{{"SH*_", ""}}, "SH._12", "SH._"},
+        {{{"SH*_", ""}}, "SH_12", "SH_12"},
+        {{{"SH*_", ""}}, "SHXY_12", "SHXY_12"},
+        // An empty prefix erases only leading digits.
+        {{{"", "_v"}}, "0012_v", "_v"},
+        // Every pattern is tried on the unchanged name: the second still
+        // matches A_1_B_9 and erases from position 6 of the shortened
+        // result, where no digit stands any more.
+        {{{"A_", "_B_9"}, {"A_1_B_", ""}}, "A_1_B_9", "A__B_9"},
+        {{{"A_", "_B"}, {"C", ""}}, "A_12_B", "A__B"},
+        {{{"A_", "_B"}, {"C", ""}}, "C99", "C"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const VfxNameFilter filter = filterOf(c.patterns);
+        EXPECT_EQ(filter.normalize(c.name), c.normalized);
+        EXPECT_EQ(filter.isVfxName(c.name), std::string(c.name) != c.normalized);
+    }
+    EXPECT_FALSE(filterOf({{"", "_v"}}).isVfxName("_v"));
 }
 
 TEST(VfxNameFilterTest, PrefixWithADotLongerThanTheNameFailsTheErase)
