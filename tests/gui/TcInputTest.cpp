@@ -38,21 +38,15 @@ protected:
 
     ~TcInputTest() override { input.removeListener(&recorder); }
 
-    juce::TextEditor& field(const char* name)
+    template <typename Part = juce::TextEditor>
+    Part& field(const char* name)
     {
         for (auto* child : input.getChildren())
             if (child->getName() == name)
-                return dynamic_cast<juce::TextEditor&>(*child);
+                return dynamic_cast<Part&>(*child);
         throw std::string(name);
     }
-
-    juce::Label& signLabel()
-    {
-        for (auto* child : input.getChildren())
-            if (child->getName() == "Sign")
-                return dynamic_cast<juce::Label&>(*child);
-        throw std::string("Sign");
-    }
+    juce::Label& signLabel() { return field<juce::Label>("Sign"); }
 
     // Text changes reach the input through the message loop, as when typed.
     static void settle() { juce::MessageManager::getInstance()->runDispatchLoopUntil(5); }
