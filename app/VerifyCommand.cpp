@@ -6,6 +6,7 @@
 #include "util/Result.h"
 #include "util/StringConverter.h"
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 
@@ -29,21 +30,53 @@ struct VerifyOptions {
     bool json = false;
 };
 
+nlohmann::json spansJson(const std::vector<run::SyncSpan>& spans)
+{
+    nlohmann::json list = nlohmann::json::array();
+    for (const run::SyncSpan& span : spans) {
+        nlohmann::json entry = {{"what", span.what},     {"first", span.first},   {"last", span.last},
+                                {"frames", span.frames}, {"source", span.source}, {"expected", span.expected}};
+        if (!span.found.empty())
+            entry["found"] = span.found;
+        list.push_back(entry);
+    }
+    return list;
+}
+
 nlohmann::json trackJson(const run::TrackAudit& track)
 {
-    nlohmann::json mismatches = nlohmann::json::array();
-    for (const run::SyncMismatch& mismatch : track.firstMismatches)
-        mismatches.push_back(
-            {{"timecode", mismatch.timecode}, {"expected", mismatch.expected}, {"found", mismatch.found}});
-    nlohmann::json json = {{"name", track.name},         {"kind", track.kind},       {"ok", track.ok()},
-                           {"missing", track.missing},   {"leftOut", track.leftOut}, {"untouched", track.untouched},
-                           {"inSync", track.inSync},     {"outOfSync", track.outOfSync},
-                           {"newPicture", track.newPicture}, {"notJudged", track.notJudged},
+    nlohmann::json json = {{"name", track.name},
+                           {"kind", track.kind},
+                           {"ok", track.ok()},
+                           {"missing", track.missing},
+                           {"leftOut", track.leftOut},
+                           {"untouched", track.untouched},
+                           {"inSync", track.inSync},
+                           {"outOfSync", track.outOfSync},
+                           {"automationOff", track.automationOff},
+                           {"markersOff", track.markersOff},
+                           {"newPicture", track.newPicture},
+                           {"notJudged", track.notJudged},
                            {"changedAtCuts", track.changedAtCuts},
-                           {"firstMismatches", mismatches}};
+                           {"spans", spansJson(track.spans)}};
     if (track.leftOut)
         json["leftOutReason"] = track.leftOutReason;
     return json;
+}
+
+// How many stretches of one track are printed; --json gives them all.
+constexpr size_t printedSpans = 10;
+
+// "01:00:05:05-01:00:07:09 (55 frames, A001 10:00:03:04)"
+std::string spanText(const run::SyncSpan& span)
+{
+    std::string text = span.first;
+    if (span.frames > 1)
+        text += "-" + span.last;
+    text += " (" + std::to_string(span.frames) + (span.frames == 1 ? " frame" : " frames");
+    if (!span.source.empty())
+        text += ", " + span.source;
+    return text + ")";
 }
 
 void printTrack(std::ostream& out, const run::TrackAudit& track)
@@ -60,14 +93,23 @@ void printTrack(std::ostream& out, const run::TrackAudit& track)
     }
     out << track.inSync << " frames in sync, " << track.outOfSync << " out of sync, " << track.newPicture
         << " of new picture without old sound";
+    if (track.automationOff > 0)
+        out << ", " << track.automationOff << " with automation off";
+    if (track.markersOff > 0)
+        out << ", " << track.markersOff << " with markers off";
     if (track.notJudged > 0)
-        out << ", " << track.notJudged << " not judged (picture at another speed or through another transition)";
+        out << ", " << track.notJudged
+            << " not judged (picture at another speed, through another transition or past a shorter freeze)";
     if (track.changedAtCuts > 0)
         out << ", " << track.changedAtCuts << " changed at cuts by the overhang";
     out << "\n";
-    for (const run::SyncMismatch& mismatch : track.firstMismatches)
-        out << "         at " << mismatch.timecode << ": expected " << mismatch.expected << ", found "
-            << mismatch.found << "\n";
+    for (size_t index = 0; index < std::min(track.spans.size(), printedSpans); ++index) {
+        const run::SyncSpan& span = track.spans[index];
+        out << "         " << spanText(span) << " " << span.what << ": expected " << span.expected << ", found "
+            << span.found << "\n";
+    }
+    if (track.spans.size() > printedSpans)
+        out << "         and " << (track.spans.size() - printedSpans) << " more stretches (--json lists them all)\n";
 }
 
 int verify(const VerifyOptions& options, CommandIo& io)
@@ -100,11 +142,17 @@ int verify(const VerifyOptions& options, CommandIo& io)
         const nlohmann::json document = {{"rate", framerateToJson(report.rate)},
                                          {"newCutFrames", report.newCutFrames},
                                          {"inSync", report.inSync()},
+                                         {"newPicture", spansJson(report.newPicture)},
                                          {"tracks", tracks}};
         io.out << document.dump(2) << "\n";
     } else {
         io.out << "Project rate: " << report.rateName << "\n";
         io.out << "New cut: " << report.newCutFrames << " frames\n";
+        if (!report.newPicture.empty()) {
+            io.out << "New picture, where every track must be silent:\n";
+            for (const run::SyncSpan& span : report.newPicture)
+                io.out << "         " << spanText(span) << "\n";
+        }
         for (const run::TrackAudit& track : report.tracks)
             printTrack(io.out, track);
         io.out << (report.inSync() ? "All in sync\n" : "NOT in sync\n");

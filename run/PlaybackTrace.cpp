@@ -1,6 +1,7 @@
 #include "run/PlaybackTrace.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <map>
 
@@ -68,6 +69,36 @@ PlaybackTrace::PlaybackTrace(const sim::SimObject& track)
     list.reserve(canvas.size());
     for (auto& entry : canvas)
         list.push_back(std::move(entry.second));
+
+    // Events in a part lie where they lie, whatever the part's range; a
+    // joined event goes on in the one that begins where it ends.
+    struct Placed {
+        double start;
+        double end;
+        bool joined;
+    };
+    std::vector<Placed> placed;
+    const auto place = [&](const sim::SimObject& event) {
+        if (event.kind() == ObjectKind::AudioEvent)
+            placed.push_back({event.timelineStart(), event.timelineEnd(), event.get().joinedToNext});
+    };
+    for (const auto& child : track.children()) {
+        if (child->kind() == ObjectKind::Part)
+            for (const auto& inner : child->children())
+                place(*inner);
+        else
+            place(*child);
+    }
+    std::stable_sort(placed.begin(), placed.end(), [](const Placed& a, const Placed& b) { return a.start < b.start; });
+    constexpr double joinTolerance = 1e-9;
+    for (size_t index = 0; index < placed.size(); ++index) {
+        Sound sound{placed[index].start, placed[index].end};
+        for (size_t next = index; placed[next].joined && next + 1 < placed.size() &&
+                                  std::fabs(placed[next + 1].start - placed[next].end) <= joinTolerance;
+             ++next)
+            sound.end = placed[next + 1].end;
+        soundList.push_back(sound);
+    }
 }
 
 std::optional<PlaybackTrace::Heard> PlaybackTrace::at(double time) const

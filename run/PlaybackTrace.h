@@ -42,8 +42,18 @@ public:
     };
     const std::vector<Stretch>& stretches() const { return list; }
 
+    // Where each sound of the track lies, layers and parts alike, in order of
+    // start: an audio event, or a chain of joined events as one. Unlike the
+    // stretches, a sound under another layer is here whole.
+    struct Sound {
+        double start = 0.0;
+        double end = 0.0;
+    };
+    const std::vector<Sound>& sounds() const { return soundList; }
+
 private:
     std::vector<Stretch> list;
+    std::vector<Sound> soundList;
 };
 
 } // namespace montala::run

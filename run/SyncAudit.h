@@ -32,16 +32,23 @@ struct AuditRequest {
     std::optional<std::uint32_t> overhangFrames;
 };
 
-// One frame where the conformed session does not play what it should.
-struct SyncMismatch {
-    std::string timecode; // of the New cut
-    std::string expected; // "file.wav @ 12.340000 s", "clip 3 @ ...", "silence"
+// A stretch of the New cut, first to last frame, that a track does not play
+// as it should (or that the Old cut never showed).
+struct SyncSpan {
+    // "sound" (or "picture" on a video track), an automation parameter's
+    // name such as "Volume", or "markers".
+    std::string what;
+    std::string first; // timecodes of the New cut
+    std::string last;
+    size_t frames = 0;
+    std::string source;   // the shot at the first frame: "A001 10:00:03:04"
+    std::string expected; // at the first frame: "file.wav @ 12.340 s", "silence", "0.50"
     std::string found;
 };
 
 struct TrackAudit {
     std::string name; // folders first: "DIALOGUE/DX"
-    std::string kind; // "audio" or "video"
+    std::string kind; // "audio", "video" or "marker"
     // Left out of the run (locked, or not selected): must be untouched.
     bool leftOut = false;
     std::string leftOutReason;
@@ -55,16 +62,26 @@ struct TrackAudit {
     // New picture that the Old cut never showed, and that is silent as it
     // must be (not silent is counted out of sync).
     size_t newPicture = 0;
-    // Picture the Old cut showed at another speed or through another
-    // transition: no sound follows it frame by frame, so it is not judged.
+    // Picture the Old cut showed at another speed, through another
+    // transition, or past the end of a shorter freeze: no sound follows it
+    // frame by frame, so it is not judged.
     size_t notJudged = 0;
     // Frames next to a cut that an overhang run changed on purpose: a short
     // bit of sound left out, or sound carried across the cut with its event.
     size_t changedAtCuts = 0;
-    // The first frames out of sync, in time order.
-    std::vector<SyncMismatch> firstMismatches;
+    // Judged frames where an automation curve is off by more than 0.01, or
+    // where the track's markers do not lie as they lay (counted once a frame
+    // however many curves or markers are off).
+    size_t automationOff = 0;
+    size_t markersOff = 0;
+    // Every stretch out of sync, in time order; sound, automation and
+    // markers each in stretches of their own.
+    std::vector<SyncSpan> spans;
 
-    bool ok() const { return !missing && untouched && outOfSync == 0; }
+    bool ok() const
+    {
+        return !missing && untouched && outOfSync == 0 && automationOff == 0 && markersOff == 0;
+    }
 };
 
 struct AuditReport {
@@ -73,24 +90,31 @@ struct AuditReport {
     std::string message;
     core::Framerate rate;
     std::string rateName;
+    // Frames that a New shot covers; a stretch between two reels that none
+    // covers is no picture, and nothing is judged there.
     size_t newCutFrames = 0;
+    // The New cut's picture that the Old cut never showed, where every track
+    // must be silent; out of sync where one is not.
+    std::vector<SyncSpan> newPicture;
     std::vector<core::EdlFileReport> loads;
     std::vector<TrackAudit> tracks;
 
     bool inSync() const;
 };
 
-// How many mismatches of a track are kept for the report.
-inline constexpr size_t keptMismatches = 5;
-
-// Checks, for every frame of the New cut and every audio and video track
-// that took part, that the conformed session plays there what the old
-// session played where the Old cut showed the same source frame:
+// Checks, for every frame of the New cut and every audio, video and user's
+// marker track that took part, that the conformed session plays there what
+// the old session played where the Old cut showed the same source frame,
+// with the same automation (within 0.01) and the same markers:
 //
 //   New cut:   ...[ A001 10:00:05:00-10:00:09:00 ]...   at new frame f
 //   Old cut:   [ A001 10:00:03:00-10:00:10:00 ]......   source frame s at old frame g
 //   expected:  new session at f  ==  old session at g   (same file and position)
 //
+// The cuts are matched as the conform matches them: a freeze frame by frame
+// from its first frame (the rest of a longer one is not judged), the frames
+// under a dissolve or wipe only against the same transition from the same
+// outgoing shot, the clean rest of such a shot like any other picture.
 // Picture the Old cut never showed must be silent. It reads the cuts by
 // source timecode on its own and shares nothing with the Change EDL's
 // generation, so that it checks generation and conform together. Tracks
@@ -106,8 +130,9 @@ inline constexpr size_t keptMismatches = 5;
 //   strict:         aaaaaaaaaa      bbbb  bbbbbbbbbbbbbb         4 frames of b, a jump, b
 //   overhang run:   aaaaaaaaaa            bbbbbbbbbbbbbb         the short bit of b left out
 //
-// Silence is allowed only where the expected sound is a bit of its event
-// that ends (or begins) within the window on that side of the cut. The other
+// Silence is allowed only where a sound of the old track, of any layer, lies
+// across the cut's place on the old timeline and ends (or begins) within the
+// window on that side of it, with the frame inside that short bit. The other
 // change is sound carried across a cut with the rest of its event (a short
 // head drawn in before it, a short tail after it): allowed only where it is
 // exactly what the old session played next to the shot across the cut.

@@ -86,16 +86,19 @@ TEST_F(VerifyCommand, AConformOfTheSampleIsInSync)
     EXPECT_FALSE(document["tracks"].empty());
 }
 
-TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
+TEST_F(VerifyCommand, NamesEveryStretchOutOfSyncAsATimecodeSpan)
 {
     // The session against itself over the Old cut, FX 1 a frame late. Its
-    // first event starts at 01:00:05:05, which then plays nothing.
+    // first event starts at 01:00:05:05, which then plays nothing, and the
+    // shot there ends at 01:00:07:04.
     const std::string late = altered("FX 1", 0.04);
     const CommandRun run = runMontala({"verify", session, late, "--old", oldEdl, "--new", oldEdl});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(contains(run.out, "  FAIL audio EFFECTS/FX 1: ")) << run.out;
-    EXPECT_TRUE(contains(run.out, "         at 01:00:05:05: expected ")) << run.out;
-    EXPECT_TRUE(contains(run.out, ", found silence\n")) << run.out;
+    EXPECT_TRUE(contains(run.out, "         01:00:05:05-01:00:07:04 (50 frames, A001 06:12:53:14) sound: expected "
+                                  "door_open.wav @ 0.020 s, found silence\n"))
+        << run.out;
+    EXPECT_TRUE(contains(run.out, "         and 50 more stretches (--json lists them all)\n")) << run.out;
     EXPECT_TRUE(contains(run.out, "  ok   audio DIALOGUE/DX A: ")) << run.out;
     EXPECT_TRUE(contains(run.out, "NOT in sync\n")) << run.out;
 
@@ -108,9 +111,13 @@ TEST_F(VerifyCommand, NamesTheFirstFramesOutOfSyncAsTimecodes)
         if (track["name"] == "EFFECTS/FX 1") {
             named = true;
             EXPECT_EQ(track["ok"], false);
-            ASSERT_FALSE(track["firstMismatches"].empty());
-            EXPECT_EQ(track["firstMismatches"][0]["timecode"], "01:00:05:05");
-            EXPECT_LE(track["firstMismatches"].size(), 5u);
+            ASSERT_EQ(track["spans"].size(), 60u);
+            const nlohmann::json& first = track["spans"][0];
+            EXPECT_EQ(first["what"], "sound");
+            EXPECT_EQ(first["first"], "01:00:05:05");
+            EXPECT_EQ(first["last"], "01:00:07:04");
+            EXPECT_EQ(first["frames"], 50);
+            EXPECT_EQ(first["source"], "A001 06:12:53:14");
         }
     EXPECT_TRUE(named);
 

@@ -105,11 +105,12 @@ TEST_F(DropFrameSampleTest, AuditNamesTheFirstFrameOffAtDropFrame)
     const auto picture = std::find_if(report.tracks.begin(), report.tracks.end(),
                                       [](const TrackAudit& track) { return track.name == "PICTURE"; });
     ASSERT_NE(picture, report.tracks.end());
-    ASSERT_FALSE(picture->firstMismatches.empty());
-    const SyncMismatch& first = picture->firstMismatches.front();
-    EXPECT_EQ(first.timecode, "01:00:11;27");
-    EXPECT_EQ(first.expected, "clip 1 @ 64.748017 s"); // (1940 + 0.5) x 1001/30000
-    EXPECT_EQ(first.found, "clip 1 @ 11.928583 s");    // (357 + 0.5) x 1001/30000
+    ASSERT_FALSE(picture->spans.empty());
+    const SyncSpan& first = picture->spans.front();
+    EXPECT_EQ(first.first, "01:00:11;27");
+    EXPECT_EQ(first.what, "picture");
+    EXPECT_EQ(first.expected, "clip 1 @ 64.748 s"); // (1940 + 0.5) x 1001/30000
+    EXPECT_EQ(first.found, "clip 1 @ 11.929 s");    // (357 + 0.5) x 1001/30000
 }
 
 } // namespace
