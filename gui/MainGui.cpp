@@ -11,6 +11,7 @@
 #include "gui/EventTableColumns.h"
 #include "gui/FileBrowserDialogBase.h"
 #include "gui/Palette.h"
+#include "gui/Texts.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 
@@ -25,11 +26,6 @@ using util::Result;
 using util::StringUtil;
 
 namespace {
-
-juce::String translated(const std::u16string& english)
-{
-    return juce::String(StringUtil::toUtf8(StringUtil::translate(english)));
-}
 
 void showAlert(const std::u16string& english)
 {
@@ -210,6 +206,11 @@ MainGui::MainGui()
         }
     }
 
+    for (juce::Component* overlay : std::initializer_list<juce::Component*>{&settingsDialog, &fileDialog, &tcEditDialog})
+        addChildComponent(*overlay);
+    settingsDialog.addComponentListener(this);
+    fileDialog.addComponentListener(this);
+
     setSize(defaultWidth, defaultHeight);
     // Nothing to show or act on until a project hands over its data model.
     setEnabled(false);
@@ -217,6 +218,8 @@ MainGui::MainGui()
 
 MainGui::~MainGui()
 {
+    settingsDialog.removeComponentListener(this);
+    fileDialog.removeComponentListener(this);
     if (projectNotifier)
         projectNotifier->removeListener(this);
     for (size_t table = 0; table < models.size(); ++table) {
@@ -309,6 +312,10 @@ void MainGui::changed(const core::ChangeContext& context)
             listChanged(static_cast<Table>(kind));
         break;
     }
+    case core::ChangeContext::SettingsKind:
+        if (dataModel)
+            settingsDialog.setSettings(&dataModel->getSettings());
+        break;
     case core::ChangeContext::PreviewKind:
         previewStateChanged();
         break;
@@ -317,8 +324,9 @@ void MainGui::changed(const core::ChangeContext& context)
             changeTable.grabKeyboardFocus();
         break;
     default:
-        // Settings and the video list belong to their overlays; a single
-        // event's change reaches the window again as its list's change.
+        // The video list belongs to the video settings, which the window
+        // does not have yet; a single event's change reaches the window
+        // again as its list's change.
         break;
     }
 }
@@ -360,6 +368,9 @@ void MainGui::takeNewDataModel(core::DataModel* model)
         updateListCounters(table);
     timelineView.setEvents(dataModel->getChangeList());
 
+    settingsDialog.setSettings(&dataModel->getSettings());
+    fileDialog.setup(dataModel, montaler ? montaler->getProjectName() : std::string());
+
     setEnabled(true);
     resized();
 
@@ -392,6 +403,10 @@ void MainGui::dropDataModel()
         values[InvalidCounter]->setColour(juce::Label::textColourId, palette::green);
     }
     timelineView.setEvents(core::EventList(core::EventList::ChangeKind));
+    settingsDialog.setSettings(nullptr);
+    settingsDialog.setVisible(false);
+    fileDialog.setup(nullptr, {});
+    tcEditDialog.setVisible(false);
     setEnabled(false);
 }
 
@@ -601,10 +616,21 @@ void MainGui::sortChanged(EventTableModel* model)
     dataModel->setProperty(keys.sortFlag, core::Variant(model->getSortFlag()));
 }
 
-void MainGui::editRequested(std::shared_ptr<core::EventBase>, EventTableModel*, const juce::MouseEvent&)
+void MainGui::editRequested(std::shared_ptr<core::EventBase> event, EventTableModel* model,
+                            const juce::MouseEvent& mouseEvent)
 {
-    // The event edit popup comes with its own class; until then the menu's
-    // "Edit" has no place to open.
+    // Beside the pointer, and inside the window however near its edge the
+    // row was clicked.
+    const juce::Point<int> at = mouseEvent.getEventRelativeTo(this).getPosition();
+    const int width = tcEditDialog.getWidth();
+    const int height = tcEditDialog.getHeight();
+    const int x = at.x + 10 + width > getWidth() ? getWidth() - width - 10 : at.x + 10;
+    const int y = at.y + 10 + height > getHeight() ? getHeight() - height - 10 : at.y + 10;
+    tcEditDialog.setTopLeftPosition(x, y);
+    tcEditDialog.setShowMotionSpeed(model != models[ChangeTable].get());
+    tcEditDialog.setEvent(std::move(event));
+    tcEditDialog.setVisible(true);
+    tcEditDialog.toFront(true);
 }
 
 // ---- Buttons and keys
@@ -632,9 +658,20 @@ void MainGui::buttonClicked(juce::Button* button)
         updateVideoDisplay(true);
     } else if (button == &previewButton) {
         previewToggled();
+    } else if (button == &settingsButton) {
+        settingsDialog.setVisible(true);
+        settingsDialog.toFront(true);
+    } else if (button == &loadOldButton || button == &loadNewButton || button == &loadChangeButton) {
+        if (!projectNotifier || !dataModel)
+            return;
+        if (button == &loadOldButton)
+            fileDialog.openForOld();
+        else if (button == &loadNewButton)
+            fileDialog.openForNew();
+        else
+            fileDialog.openForChange();
     }
-    // The load buttons, the settings and the video settings open overlays
-    // that are not part of the window yet.
+    // The video settings open an overlay that is not part of the window yet.
 }
 
 bool MainGui::keyPressed(const juce::KeyPress& key)
@@ -650,11 +687,17 @@ bool MainGui::keyPressed(const juce::KeyPress& key)
     return false;
 }
 
-void MainGui::componentVisibilityChanged(juce::Component&)
+void MainGui::componentVisibilityChanged(juce::Component& component)
 {
-    // Only the settings and the Add EDLs overlays are watched, and they are
-    // not part of the window yet. When they close, the VFX patterns of the
-    // settings are to be applied to the Old and New lists again.
+    // The VFX rows may have changed in the settings, and new events may have
+    // come in: both are marked anew when either overlay closes.
+    if ((&component != &settingsDialog && &component != &fileDialog) || component.isVisible() || !dataModel)
+        return;
+    try {
+        dataModel->applyVfxPatterns();
+    } catch (Result::Type) {
+        // A row with a character that no name can hold marks nothing.
+    }
 }
 
 void MainGui::generate()
@@ -696,9 +739,9 @@ void MainGui::save()
     if (!dialog)
         return;
     std::vector<std::string> chosen;
-    const bool picked = dialog->show(StringUtil::toUtf8(StringUtil::translate(u"Save Change EDL as...")),
-                                     saveFolder.getFullPathName().toStdString(), "edl",
-                                     StringUtil::toUtf8(StringUtil::translate(u"Edit Decision List")), false, chosen);
+    const bool picked = dialog->showForSaving(translatedUtf8(u"Save Change EDL as..."),
+                                              saveFolder.getFullPathName().toStdString(), "edl",
+                                              translatedUtf8(u"Edit Decision List"), chosen);
     if (!picked || chosen.empty() || !projectNotifier || !dataModel || dataModel->getChangeList().getSize() == 0)
         return;
     try {
@@ -844,6 +887,9 @@ void MainGui::resized()
     layoutCounterRow(OldTable, 22, h / 2 - 79);
     layoutCounterRow(NewTable, w / 2 + 19, h / 2 - 79);
     layoutCounterRow(ChangeTable, 22, h - 169);
+
+    settingsDialog.setBounds(getLocalBounds());
+    fileDialog.setBounds(getLocalBounds());
 }
 
 void MainGui::paint(juce::Graphics& g)

@@ -5,8 +5,11 @@
 #include "core/EventListIndex.h"
 #include "gui/EventTableModel.h"
 #include "gui/EventTimeLineView.h"
+#include "gui/FileDialog.h"
 #include "gui/FlashTextButton.h"
 #include "gui/LookAndFeel.h"
+#include "gui/SettingsDialog.h"
+#include "gui/TcEditDialog.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -106,6 +109,11 @@ public:
     juce::TextButton& getMontalaButton() { return montalaButton; }
     juce::Button& getClearButton(Table table) { return *clearButtons[table]; }
     juce::Button& getSaveButton() { return saveChangeButton; }
+    juce::Button& getLoadButton(Table table) { return *loadButtons[table]; }
+    juce::Button& getSettingsButton() { return settingsButton; }
+    SettingsDialog& getSettingsDialog() { return settingsDialog; }
+    FileDialog& getFileDialog() { return fileDialog; }
+    TcEditDialog& getEditDialog() { return tcEditDialog; }
 
 private:
     struct TableKeys {
@@ -189,6 +197,10 @@ private:
     // Captions and values of the counters: Total, Selected, Invalid per table.
     std::array<std::array<std::unique_ptr<juce::Label>, 3>, 3> counterCaptions;
     std::array<std::array<std::unique_ptr<juce::Label>, 3>, 3> counterValues;
+    // The overlays come last, so that they lie above everything else.
+    SettingsDialog settingsDialog;
+    FileDialog fileDialog;
+    TcEditDialog tcEditDialog;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR(MainGui)
 };

@@ -49,6 +49,20 @@ Kelmar::IFileDialogService::FileFilter FileBrowserDialog::makeFilter(const std::
 bool FileBrowserDialog::show(const std::string& title, const std::string& startPath, const std::string& extension,
                              const std::string& description, bool multiple, std::vector<std::string>& results)
 {
+    return run(title, startPath, extension, description, multiple ? Kelmar::IFileDialogService::kAllowMultiple : 0,
+               results);
+}
+
+bool FileBrowserDialog::showForSaving(const std::string& title, const std::string& startPath,
+                                      const std::string& extension, const std::string& description,
+                                      std::vector<std::string>& results)
+{
+    return run(title, startPath, extension, description, Kelmar::IFileDialogService::kSaveFile, results);
+}
+
+bool FileBrowserDialog::run(const std::string& title, const std::string& startPath, const std::string& extension,
+                            const std::string& description, Kelmar::int32 flags, std::vector<std::string>& results)
+{
     Kelmar::IFileDialogService::FileFilter filter;
     const int filterCount = extension.empty() ? 0 : 1;
     if (filterCount != 0)
@@ -60,7 +74,6 @@ bool FileBrowserDialog::show(const std::string& title, const std::string& startP
 
     const std::u16string wideTitle = Kelmar::String::utf8ToUtf16(title);
     check(start->setText(Kelmar::String::utf8ToUtf16(startPath).c_str(), 0));
-    const Kelmar::int32 flags = multiple ? Kelmar::IFileDialogService::kAllowMultiple : 0;
     const Kelmar::tresult answer = dialog->runFileDialog(wideTitle.c_str(), filterCount != 0 ? &filter : nullptr,
                                                          filterCount, start.get(), chosen.get(), flags);
     if (answer == Kelmar::kResultFalse)

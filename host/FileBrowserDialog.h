@@ -22,6 +22,9 @@ public:
     // `results` is left as it was.
     bool show(const std::string& title, const std::string& startPath, const std::string& extension,
               const std::string& description, bool multiple, std::vector<std::string>& results) override;
+    // The same, with the host's flag for a file to write.
+    bool showForSaving(const std::string& title, const std::string& startPath, const std::string& extension,
+                       const std::string& description, std::vector<std::string>& results) override;
 
     // The host's record of one filter: the extension and its description,
     // each cut to its field and terminated. A cut never splits a character.
@@ -34,6 +37,9 @@ public:
     static void remove();
 
 private:
+    bool run(const std::string& title, const std::string& startPath, const std::string& extension,
+             const std::string& description, Kelmar::int32 flags, std::vector<std::string>& results);
+
     Kelmar::IHostServices* services = nullptr;
 };
 

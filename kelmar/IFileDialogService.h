@@ -19,6 +19,7 @@ public:
 
     enum Flags : int32 {
         kAllowMultiple = 1 << 2,
+        kSaveFile = 1 << 3, // one file to write: a new name may be typed
     };
 
     // Fills `results` with IPath objects. kResultOk when the user chose, kResultFalse

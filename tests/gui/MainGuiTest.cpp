@@ -375,5 +375,42 @@ TEST_F(MainGuiTest, SaveWritesTheChangeListWhereTheUserChoseAndNothingWhenItIsEm
     std::filesystem::remove_all(folder);
 }
 
+TEST_F(MainGuiTest, LoadButtonsOpenTheAddEdlsOverlayForTheirListOnlyWithAModel)
+{
+    gui.buttonClicked(&gui.getLoadButton(MainGui::NewTable));
+    EXPECT_FALSE(gui.getFileDialog().isVisible()) << "no project, nothing to load into";
+
+    gui.setProject(&project);
+    for (MainGui::Table table : {MainGui::OldTable, MainGui::NewTable, MainGui::ChangeTable}) {
+        gui.buttonClicked(&gui.getLoadButton(table));
+        EXPECT_TRUE(gui.getFileDialog().isVisible());
+        EXPECT_EQ(gui.getFileDialog().getListKind(), static_cast<int>(table));
+        EXPECT_EQ(gui.getFileDialog().getBounds(), gui.getLocalBounds()) << "it covers the window";
+        gui.getFileDialog().setVisible(false);
+    }
+}
+
+TEST_F(MainGuiTest, EditOpensThePopupBesideThePointerAndInsideTheWindow)
+{
+    fillSwappedShots();
+    gui.setProject(&project);
+    generate();
+    TcEditDialog& popup = gui.getEditDialog();
+    const core::EventPtr event = model.getChangeList().getEvent(0);
+
+    gui.editRequested(event, gui.getTableModel(MainGui::ChangeTable), test::mouseOn(gui, {100.0f, 200.0f}));
+    EXPECT_TRUE(popup.isVisible());
+    EXPECT_EQ(popup.getPosition(), juce::Point<int>(110, 210));
+    EXPECT_FALSE(popup.isMotionSpeedShown()) << "a Change event has no speed of its own";
+    EXPECT_EQ(popup.getInput(TcEditDialog::DstIn).getTimecode(), event->getDstIn());
+
+    // Near the bottom right corner it opens up and to the left of the pointer.
+    gui.editRequested(model.getOldList().getEvent(0), gui.getTableModel(MainGui::OldTable),
+                      test::mouseOn(gui, {1290.0f, 740.0f}));
+    EXPECT_EQ(popup.getRight(), gui.getWidth() - 10);
+    EXPECT_EQ(popup.getBottom(), gui.getHeight() - 10);
+    EXPECT_TRUE(popup.isMotionSpeedShown());
+}
+
 } // namespace
 } // namespace montala::gui
