@@ -9,6 +9,8 @@ packages=(
   libcli11-dev nlohmann-json3-dev
   clang libclang-rt-14-dev ccache
   juce-modules-source xvfb xauth
+  # Drives the studio's window with real clicks and keys in its end-to-end test.
+  xdotool
   # The window's stand-in for Segoe UI (Latin, Cyrillic), and a CJK font that
   # JUCE can load (it reads .ttf and .otf files, not .ttc collections).
   fonts-dejavu-core fonts-droid-fallback

@@ -27,7 +27,7 @@ tresult SimFileDialogService::runFileDialog(const char16* title, const FileFilte
         call.startPath = path->value();
     call.flags = flags;
     log.push_back(std::move(call));
-    if (face) {
+    if (face && answers.empty()) {
         std::optional<std::vector<std::u16string>> chosen = face(log.back());
         if (!chosen)
             return kResultFalse;

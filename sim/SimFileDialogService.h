@@ -33,8 +33,9 @@ public:
     void queueCancel() { answers.push_back({Kelmar::kResultFalse, {}}); }
     // The host fails with this code.
     void queueFailure(Kelmar::tresult code) { answers.push_back({code, {}}); }
-    // A program with a user gives the dialog a face: it is asked instead of
-    // the queue and answers the files chosen, or nothing when the user
+    // A program with a user gives the dialog a face: it is asked when nothing
+    // is queued (a queued choice is a script's, made before the dialog
+    // opened) and answers the files chosen, or nothing when the user
     // cancelled. The call is kept all the same.
     using Face = std::function<std::optional<std::vector<std::u16string>>(const Call&)>;
     void setFace(Face newFace) { face = std::move(newFace); }

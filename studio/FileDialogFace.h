@@ -11,12 +11,18 @@ namespace montala::studio {
 
 // One call of the host's file dialog as a chooser is asked: the title, the
 // folder or file to start in, JUCE's wildcard ("*.edl;*.EDL", "*" without a
-// filter) and whether several files may be chosen.
+// filter), whether several files may be chosen, and whether one is to be
+// written (a new name may be typed; an existing file is replaced only when
+// the user agrees).
 struct FileDialogRequest {
     std::string title;
     std::string startPath;
     std::string wildcard;
     bool multiple = false;
+    bool save = false;
+    // The extension a typed name without one is given ("edl"); empty
+    // without a filter.
+    std::string extension;
 };
 
 FileDialogRequest describeFileDialog(const sim::SimFileDialogService::Call& call);
@@ -34,7 +40,7 @@ public:
     FileDialogFace(const FileDialogFace&) = delete;
     FileDialogFace& operator=(const FileDialogFace&) = delete;
 
-    // A modal JUCE file chooser for files to open.
+    // A modal JUCE file chooser, to open or to save as asked.
     static std::optional<std::vector<std::string>> askInWindow(const FileDialogRequest& request);
     static std::optional<std::vector<std::string>> cancelled(const FileDialogRequest&) { return std::nullopt; }
 

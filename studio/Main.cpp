@@ -4,6 +4,8 @@
 //   montala-studio --new --rate 25              a new empty project
 //   montala-studio SESSION.json --old O.edl --new N.edl --generate --conform --save OUT.json --quit
 //   montala-studio SESSION.json --old O.edl --new N.edl --generate --select 3-5 --snapshot W.png
+//   montala-studio SESSION.json --set heal=none --load-old O.edl --load-new N.edl --dst-offset -01:00:00:00 ...
+//   montala-studio SESSION.json --language de     the texts in German (the system's language without it)
 
 #include "gui/MainGui.h"
 #include "studio/AlertFace.h"
@@ -20,6 +22,7 @@
 
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include <X11/Xlib.h>
 
@@ -50,10 +53,30 @@ int ignoreXError(Display*, XErrorEvent*)
     return 0;
 }
 
+// Whether a window can be shown at all: an X server answers on $DISPLAY.
+bool displayAvailable()
+{
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    XCloseDisplay(display);
+    return true;
+}
+
 int run(const studio::StudioOptions& options, const char* argv0)
 {
+    // A snapshot needs no display, and steps that end the program can run
+    // without one too; anything that leaves the window open needs one.
+    const bool display = displayAvailable();
+    if (!display && options.snapshot.empty() && !(options.scripted() && options.quit)) {
+        std::cerr << "montala-studio: no display to open the window on (is DISPLAY set?). Without one, end the "
+                     "steps with --quit or --snapshot FILE.\n";
+        return 2;
+    }
+
     juce::ScopedJuceInitialiser_GUI juce;
-    studio::Studio montala(resourceFolder(argv0));
+    studio::Studio montala(resourceFolder(argv0),
+                           options.language.empty() ? studio::Studio::systemLanguage() : options.language);
 
     std::string error;
     if (!options.session.empty()) {
@@ -67,14 +90,17 @@ int run(const studio::StudioOptions& options, const char* argv0)
         montala.newProject(rate);
     }
 
-    // A snapshot needs no display, and a run of steps that ends by itself
-    // has nobody to answer a box: both keep to the console.
-    const bool headless = !options.snapshot.empty();
+    // A snapshot, and steps without a display, draw nothing on screen; a
+    // run of steps that ends by itself has nobody to answer a box: they
+    // keep to the console, and the host's file dialog answers what the
+    // steps queue for it, or cancels.
+    const bool headless = !options.snapshot.empty() || !display;
     const bool console = headless || options.quit;
     studio::AlertFace alerts(montala.simHost().alerts(), console ? studio::AlertFace::onConsole(std::cerr)
                                                                  : studio::AlertFace::askInWindow);
-    studio::FileDialogFace fileDialogs(montala.simHost().fileDialogs(), console ? studio::FileDialogFace::cancelled
-                                                                                : studio::FileDialogFace::askInWindow);
+    std::optional<studio::FileDialogFace> fileDialogs;
+    if (!console)
+        fileDialogs.emplace(montala.simHost().fileDialogs(), studio::FileDialogFace::askInWindow);
 
     auto view = std::make_unique<gui::MainGui>();
     studio::ViewWiring::wire(*view, montala);

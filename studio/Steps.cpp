@@ -2,8 +2,14 @@
 
 #include "core/DataModel.h"
 #include "gui/MainGui.h"
+#include "studio/SettingStep.h"
 #include "studio/Snapshot.h"
 #include "studio/Studio.h"
+
+#include "kelmar/String.h"
+#include "sim/SimFileDialogService.h"
+
+#include <algorithm>
 
 namespace montala::studio {
 
@@ -30,6 +36,56 @@ bool addEdls(Studio& studio, int listKind, const std::vector<std::string>& files
     return true;
 }
 
+// The files of one list through the Add EDLs overlay, as a user adds them:
+// the list's "+" button, one browse for all files (answered for the host's
+// file dialog before it opens), the offsets typed, "Ok".
+bool loadThroughOverlay(Studio& studio, gui::MainGui& window, const StudioOptions& options, int listKind,
+                        std::ostream& out, std::ostream& err)
+{
+    const std::vector<std::string>& files = options.overlayFiles[listKind];
+    if (files.empty())
+        return true;
+    const auto table = static_cast<gui::MainGui::Table>(listKind);
+    window.buttonClicked(&window.getLoadButton(table));
+    gui::FileDialog& overlay = window.getFileDialog();
+    if (!overlay.isVisible()) {
+        err << "the Add EDLs overlay did not open: no project is open\n";
+        return false;
+    }
+    std::vector<std::u16string> chosen;
+    for (const std::string& file : files)
+        chosen.push_back(Kelmar::String::utf8ToUtf16(file));
+    studio.simHost().fileDialogs().queueChoice(chosen);
+    overlay.browse();
+    if (overlay.getFileCount() == 0) {
+        // The messages of the overlay have said why.
+        err << "the Add EDLs overlay took none of the files\n";
+        overlay.buttonClicked(&overlay.getCancelButton());
+        return false;
+    }
+    for (const auto& [text, input] : {std::pair<const std::string&, gui::TcInput&>{options.srcOffset, overlay.getSrcOffset()},
+                                      std::pair<const std::string&, gui::TcInput&>{options.dstOffset, overlay.getDstOffset()}}) {
+        std::string timecode;
+        bool positive = true;
+        if (!text.empty() && parseOffset(text, timecode, positive))
+            input.setTimecode(core::Timecode(timecode), positive, true);
+    }
+    const std::string range = overlay.getRangeText(gui::FileDialog::DstIn).toStdString() + " - "
+                              + overlay.getRangeText(gui::FileDialog::DstOut).toStdString();
+    const size_t taken = overlay.getFileCount();
+    const bool lastLoad = std::none_of(std::begin(options.overlayFiles) + listKind + 1, std::end(options.overlayFiles),
+                                       [](const std::vector<std::string>& later) { return !later.empty(); });
+    if (options.show == "add-edls" && lastLoad) {
+        out << "Add EDLs overlay left open with " << taken << " files\n";
+        return true;
+    }
+    overlay.buttonClicked(&overlay.getOkButton());
+    static const char* const names[] = {"Old", "New", "Change"};
+    out << names[listKind] << " EDL: " << taken << (taken == 1 ? " file" : " files") << " through the overlay, DST "
+        << range << "\n";
+    return true;
+}
+
 } // namespace
 
 void ViewWiring::wire(gui::MainGui& window, Studio& studio)
@@ -52,6 +108,18 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
              std::ostream& err)
 {
     try {
+        for (const std::string& assignment : options.settings) {
+            std::string error;
+            if (!changeSetting(window, assignment, error)) {
+                err << error << "\n";
+                return 1;
+            }
+            out << "Set " << assignment << "\n";
+        }
+        for (int listKind : {core::EventList::OldKind, core::EventList::NewKind, core::EventList::ChangeKind})
+            if (!loadThroughOverlay(studio, window, options, listKind, out, err))
+                return 1;
+
         if (!addEdls(studio, core::EventList::OldKind, options.oldFiles, out, err)
             || !addEdls(studio, core::EventList::NewKind, options.newFiles, out, err))
             return 1;
@@ -101,6 +169,8 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
             }
             out << "Conformed: " << run.eventsApplied << " Change events on " << run.tracksTakingPart.size()
                 << " tracks\n";
+            if (const std::optional<FinishedRun> finished = studio.takeFinishedRun())
+                out << summaryText(*finished) << "\n";
         }
 
         if (!options.saveTo.empty()) {
@@ -110,6 +180,25 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
                 return 1;
             }
             out << "Saved " << options.saveTo << "\n";
+        }
+
+        if (options.show == "settings") {
+            window.buttonClicked(&window.getSettingsButton());
+        } else if (options.show == "edit") {
+            gui::EventTableModel* model = window.getTableModel(gui::MainGui::ChangeTable);
+            juce::TableListBox& table = window.getTable(gui::MainGui::ChangeTable);
+            if (!model || table.getNumSelectedRows() == 0) {
+                err << "--show edit: select a Change row with --select\n";
+                return 1;
+            }
+            const int row = table.getSelectedRow(0);
+            const juce::Rectangle<int> cell = table.getCellPosition(2, row, true);
+            const juce::Point<float> at = window.getLocalPoint(&table, cell.getCentre()).toFloat();
+            window.editRequested(model->getSelectedEvents().getEvent(0), model,
+                                 juce::MouseEvent(juce::Desktop::getInstance().getMainMouseSource(), at, {},
+                                                  juce::MouseInputSource::defaultPressure, 0.0f, 0.0f, 0.0f, 0.0f,
+                                                  &window, &window, juce::Time::getCurrentTime(), at,
+                                                  juce::Time::getCurrentTime(), 1, false));
         }
 
         if (!options.snapshot.empty()) {

@@ -4,6 +4,9 @@
 #include "core/FramerateNames.h"
 #include "host/Project.h"
 
+#include <chrono>
+#include <cstdlib>
+
 #include "kelmar/IProjectEditHook.h"
 #include "kelmar/IProjectNotification.h"
 #include "kelmar/String.h"
@@ -46,9 +49,10 @@ public:
     bool modified = false;
 };
 
-Studio::Studio(const std::string& resourceFolder) : sim(sim::SimHost::create())
+Studio::Studio(const std::string& resourceFolder, const std::string& language) : sim(sim::SimHost::create())
 {
     sim->setResourceFolder(resourceFolder);
+    sim->translation().setLanguage(language);
     // As the plug-in does on start-up; without the table the texts stay English.
     sim->translation().loadTable(nullptr, "translation.xml", "Montala");
     montala = Kelmar::owned(new host::Host(sim.get()));
@@ -187,6 +191,16 @@ void Studio::idle()
     if (idling)
         return;
     idling = true;
+    // What the window showed when the run was asked for, for its summary.
+    const bool runPending = isRunPending();
+    FinishedRun run;
+    if (runPending) {
+        if (host::Project* active = montala->getActiveProject()) {
+            run.rateName = core::rateName(active->getFramerate());
+            run.changeEvents = active->getDataModel().getChangeList().getSize();
+        }
+    }
+    const auto start = std::chrono::steady_clock::now();
     try {
         sim->runIdle();
     } catch (...) {
@@ -194,6 +208,41 @@ void Studio::idle()
         throw;
     }
     idling = false;
+    if (runPending && !isRunPending() && montala->lastRun().kind != host::RunSummary::Kind::None) {
+        run.summary = montala->lastRun();
+        run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        finished = std::move(run);
+    }
+}
+
+std::optional<FinishedRun> Studio::takeFinishedRun()
+{
+    std::optional<FinishedRun> taken = std::move(finished);
+    finished.reset();
+    return taken;
+}
+
+std::string Studio::languageOfLocale(const std::string& locale)
+{
+    // The host's keys are its own: Japanese is "jp", English "us".
+    static const std::pair<const char*, const char*> keys[] = {{"de", "de"}, {"fr", "fr"}, {"es", "es"},
+                                                               {"it", "it"}, {"pt", "pt"}, {"ja", "jp"},
+                                                               {"zh", "zh"}, {"ru", "ru"}};
+    const std::string language = locale.substr(0, locale.find_first_of("_.@"));
+    for (const auto& [code, key] : keys)
+        if (language == code)
+            return key;
+    return "us";
+}
+
+std::string Studio::systemLanguage()
+{
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value && *value)
+            return languageOfLocale(value);
+    }
+    return "us";
 }
 
 bool Studio::parseRate(const std::string& name, core::Framerate& rate)

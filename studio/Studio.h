@@ -9,8 +9,10 @@
 #include "kelmar/IPtr.h"
 #include "sim/SimHost.h"
 #include "sim/SimProject.h"
+#include "studio/RunSummaryText.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,8 +33,9 @@ namespace montala::studio {
 class Studio {
 public:
     // `resourceFolder` holds translation.xml; a folder without it leaves the
-    // texts in English.
-    explicit Studio(const std::string& resourceFolder);
+    // texts in English. `language` is the host's application language
+    // ("us", "de", ...), which Montala's texts follow.
+    explicit Studio(const std::string& resourceFolder, const std::string& language = "us");
     ~Studio();
     Studio(const Studio&) = delete;
     Studio& operator=(const Studio&) = delete;
@@ -69,6 +72,9 @@ public:
     // One idle turn of the host: every idle handler, Montala's included.
     // Nothing while an idle turn is already under way further up the stack.
     void idle();
+    // The run that the last idle turns carried out, once: nothing when no
+    // run ended since it was last taken.
+    std::optional<FinishedRun> takeFinishedRun();
     bool isRunPending() const { return montala && montala->isRunPending(); }
     bool isBusy() const { return montala && montala->isBusy(); }
 
@@ -80,6 +86,11 @@ public:
 
     // The rate names a user may give ("25", "29.97df", ...).
     static bool parseRate(const std::string& name, core::Framerate& rate);
+    // The host's language key for a locale name such as "de_DE.UTF-8"
+    // ("ja_JP" is "jp"); English ("us") for one the table does not have.
+    static std::string languageOfLocale(const std::string& locale);
+    // The language of the system, from LC_ALL, LC_MESSAGES or LANG.
+    static std::string systemLanguage();
 
 private:
     class EditWatch;
@@ -92,6 +103,7 @@ private:
     Kelmar::IPtr<sim::SimProject> current;
     std::string path;
     bool idling = false;
+    std::optional<FinishedRun> finished;
 };
 
 } // namespace montala::studio

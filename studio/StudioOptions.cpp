@@ -1,6 +1,7 @@
 #include "studio/StudioOptions.h"
 
 #include "core/FramerateNames.h"
+#include "core/Timecode.h"
 
 #include <CLI/CLI.hpp>
 
@@ -29,8 +30,17 @@ std::string rateList()
 
 bool StudioOptions::scripted() const
 {
-    return !oldFiles.empty() || !newFiles.empty() || generate || !selectRows.empty() || conform || !saveTo.empty()
+    return !settings.empty() || !overlayFiles[0].empty() || !overlayFiles[1].empty() || !overlayFiles[2].empty()
+           || !oldFiles.empty() || !newFiles.empty() || generate || !selectRows.empty() || conform || !saveTo.empty()
            || !snapshot.empty() || quit;
+}
+
+bool parseOffset(const std::string& text, std::string& timecode, bool& positive)
+{
+    positive = text.empty() || (text[0] != '-');
+    timecode = !text.empty() && (text[0] == '-' || text[0] == '+') ? text.substr(1) : text;
+    int fields[4];
+    return core::Timecode::parseText(timecode, fields);
 }
 
 bool parseRows(const std::string& text, std::vector<int>& rows)
@@ -77,6 +87,21 @@ std::optional<StudioOptions> parseStudioOptions(int argc, const char* const* arg
     app.add_option("--new", options.newFiles, "New EDL to add; repeatable. Alone: start a new project")
         ->expected(0, 1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--language", options.language,
+                   "Language of the texts: us, de, fr, es, it, pt, jp, zh, ru; without it the system's");
+    app.add_option("--set", options.settings,
+                   "Change a setting in the settings overlay, NAME=VALUE (heal=normal, insert-markers=off, "
+                   "preserve-before=-00:00:02:00; see the README); repeatable");
+    app.add_option("--load-old", options.overlayFiles[0], "Old EDL to load through the Add EDLs overlay; repeatable");
+    app.add_option("--load-new", options.overlayFiles[1], "New EDL to load through the Add EDLs overlay; repeatable");
+    app.add_option("--load-change", options.overlayFiles[2],
+                   "Change EDL to load through the Add EDLs overlay; repeatable");
+    app.add_option("--src-offset", options.srcOffset, "SRC offset of the overlay's loads, -HH:MM:SS:FF for back");
+    app.add_option("--dst-offset", options.dstOffset, "DST offset of the overlay's loads, -HH:MM:SS:FF for back");
+    app.add_option("--show", options.show,
+                   "Leave an overlay open for the snapshot: settings, edit (the first selected row), or add-edls "
+                   "(the last --load-* stops before Ok)")
+        ->check(CLI::IsMember({"settings", "edit", "add-edls"}));
     app.add_flag("--generate", options.generate, "Generate the Change EDL");
     app.add_option("--select", rows, "Change table rows to select, from 1: 3,5-7");
     app.add_flag("--conform", options.conform, "Start the conform and wait for its end");
@@ -94,6 +119,21 @@ std::optional<StudioOptions> parseStudioOptions(int argc, const char* const* arg
     options.newFiles.erase(std::remove(options.newFiles.begin(), options.newFiles.end(), std::string()),
                            options.newFiles.end());
     status = 2;
+    static const char* const languages[] = {"us", "de", "fr", "es", "it", "pt", "jp", "zh", "ru"};
+    if (!options.language.empty()
+        && std::find(std::begin(languages), std::end(languages), options.language) == std::end(languages)) {
+        message = "--language " + options.language + ": not one of us, de, fr, es, it, pt, jp, zh, ru";
+        return std::nullopt;
+    }
+    for (const auto& [name, offset] : {std::pair<const char*, std::string&>{"--src-offset", options.srcOffset},
+                                       std::pair<const char*, std::string&>{"--dst-offset", options.dstOffset}}) {
+        std::string timecode;
+        bool positive = true;
+        if (!offset.empty() && !parseOffset(offset, timecode, positive)) {
+            message = std::string(name) + " " + offset + ": not a timecode such as -00:00:10:00";
+            return std::nullopt;
+        }
+    }
     if (!rows.empty() && !parseRows(rows, options.selectRows)) {
         message = "--select " + rows + ": not rows counted from 1, such as 3,5-7";
         return std::nullopt;

@@ -8,11 +8,25 @@ namespace montala::studio {
 
 // How montala-studio was started. Without a session file the program starts
 // on a new empty project at `rate`. The steps after start-up run in this
-// order, as a user would take them: add the Old and New EDLs, generate,
-// select Change rows, start the conform, save, take the snapshot, quit.
+// order, as a user would take them: change settings in the settings overlay,
+// load EDLs through the Add EDLs overlay, add the Old and New EDLs,
+// generate, select Change rows, start the conform, save, take the snapshot,
+// quit.
 struct StudioOptions {
     std::string session;
     std::string rate; // for a new project
+    // The language of the texts ("de"); empty: the system's.
+    std::string language;
+    // "heal=gaps-with-inserts", "insert-markers=off": set in the overlay.
+    std::vector<std::string> settings;
+    // Files for the Add EDLs overlay, by list (Old, New, Change), each list's
+    // files in one browse, moved by the offsets ("-00:00:10:00").
+    std::vector<std::string> overlayFiles[3];
+    std::string srcOffset;
+    std::string dstOffset;
+    // An overlay left open for the snapshot: "settings", "edit" (the first
+    // selected Change row), or "add-edls" (the last overlay load, before "Ok").
+    std::string show;
     std::vector<std::string> oldFiles;
     std::vector<std::string> newFiles;
     bool generate = false;
@@ -33,6 +47,9 @@ struct StudioOptions {
 // print (the help, or what is wrong, naming the argument).
 std::optional<StudioOptions> parseStudioOptions(int argc, const char* const* argv, int& status,
                                                 std::string& message);
+
+// "-00:00:10:00" -> 10 seconds back. False for text that is no timecode.
+bool parseOffset(const std::string& text, std::string& timecode, bool& positive);
 
 // "3,5-7" -> {3, 5, 6, 7}. False for anything else (a row below 1, an empty
 // or reversed range, text).

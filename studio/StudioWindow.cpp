@@ -1,7 +1,9 @@
 #include "studio/StudioWindow.h"
 
+#include "core/DataModel.h"
 #include "gui/MainGui.h"
 #include "gui/Palette.h"
+#include "studio/RunSummaryText.h"
 #include "studio/Steps.h"
 #include "studio/Studio.h"
 
@@ -38,9 +40,45 @@ UnsavedChoice askInWindow(const std::string& name)
 std::string pickInWindow(bool forSaving)
 {
     juce::FileChooser chooser(forSaving ? "Save Session" : "Open Session",
-                              juce::File::getCurrentWorkingDirectory(), "*.json");
+                              juce::File::getCurrentWorkingDirectory(), "*.json", false);
     const bool chosen = forSaving ? chooser.browseForFileToSave(true) : chooser.browseForFileToOpen();
     return chosen ? chooser.getResult().getFullPathName().toStdString() : std::string();
+}
+
+void showInWindow(const std::string& title, const std::string& message)
+{
+    juce::AlertWindow::showMessageBox(juce::MessageBoxIconType::InfoIcon, text(title), text(message));
+}
+
+// The keys of the menu's entries, with the command key of the platform.
+juce::KeyPress keyOf(MenuItem item)
+{
+    const int command = juce::ModifierKeys::commandModifier;
+    const int shift = juce::ModifierKeys::shiftModifier;
+    switch (item) {
+    case OpenItem:
+        return juce::KeyPress('o', command, 0);
+    case SaveItem:
+        return juce::KeyPress('s', command, 0);
+    case SaveAsItem:
+        return juce::KeyPress('s', command | shift, 0);
+    case QuitItem:
+        return juce::KeyPress('q', command, 0);
+    case UndoItem:
+        return juce::KeyPress('z', command, 0);
+    case RedoItem:
+        break;
+    }
+    return juce::KeyPress('z', command | shift, 0);
+}
+
+void addEntry(juce::PopupMenu& menu, MenuItem item, const juce::String& name, bool enabled)
+{
+    juce::PopupMenu::Item entry(name);
+    entry.itemID = item;
+    entry.isEnabled = enabled;
+    entry.shortcutKeyDescription = keyOf(item).getTextDescriptionWithIcons();
+    menu.addItem(std::move(entry));
 }
 
 } // namespace
@@ -50,26 +88,36 @@ juce::PopupMenu buildMenu(Studio& studio, int index)
     const bool idle = !studio.isBusy();
     juce::PopupMenu menu;
     if (index == 0) {
-        menu.addItem(OpenItem, "Open Session...", idle);
-        menu.addItem(SaveItem, "Save Session", idle && studio.project() != nullptr);
-        menu.addItem(SaveAsItem, "Save Session As...", idle && studio.project() != nullptr);
+        addEntry(menu, OpenItem, "Open Session...", idle);
+        addEntry(menu, SaveItem, "Save Session", idle && studio.project() != nullptr);
+        addEntry(menu, SaveAsItem, "Save Session As...", idle && studio.project() != nullptr);
         menu.addSeparator();
-        menu.addItem(QuitItem, "Quit", idle);
+        addEntry(menu, QuitItem, "Quit", idle);
     } else if (index == 1) {
         const std::string undoTitle = studio.undoTitle();
         const std::string redoTitle = studio.redoTitle();
-        menu.addItem(UndoItem, undoTitle.empty() ? juce::String("Undo") : text("Undo " + undoTitle),
-                     idle && !undoTitle.empty());
-        menu.addItem(RedoItem, redoTitle.empty() ? juce::String("Redo") : text("Redo " + redoTitle),
-                     idle && !redoTitle.empty());
+        addEntry(menu, UndoItem, undoTitle.empty() ? juce::String("Undo") : text("Undo " + undoTitle),
+                 idle && !undoTitle.empty());
+        addEntry(menu, RedoItem, redoTitle.empty() ? juce::String("Redo") : text("Redo " + redoTitle),
+                 idle && !redoTitle.empty());
     }
     return menu;
+}
+
+std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key)
+{
+    for (MenuItem item : {OpenItem, SaveItem, SaveAsItem, QuitItem, UndoItem, RedoItem})
+        if (key == keyOf(item))
+            return item;
+    if (key == juce::KeyPress('y', juce::ModifierKeys::commandModifier, 0))
+        return RedoItem;
+    return std::nullopt;
 }
 
 StudioWindow::StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit)
     : juce::DocumentWindow("Montala", gui::palette::window, juce::DocumentWindow::allButtons, true),
       studio(studio), montalaView(std::move(view)), onQuit(std::move(onQuit)), askUnsaved(askInWindow),
-      pickFile(pickInWindow)
+      pickFile(pickInWindow), showSummary(showInWindow)
 {
     setUsingNativeTitleBar(true);
     setMenuBar(this);
@@ -129,6 +177,15 @@ void StudioWindow::menuItemSelected(int itemId, int)
 void StudioWindow::closeButtonPressed()
 {
     quit();
+}
+
+bool StudioWindow::keyPressed(const juce::KeyPress& key)
+{
+    const std::optional<MenuItem> item = menuItemForKey(key);
+    if (!item)
+        return juce::DocumentWindow::keyPressed(key);
+    menuItemSelected(*item, 0);
+    return true;
 }
 
 bool StudioWindow::open()
@@ -219,8 +276,38 @@ void StudioWindow::timerCallback()
 {
     if (studio.isBusy())
         return;
+    idle();
+}
+
+void StudioWindow::idle()
+{
     studio.idle();
     refresh();
+    reportFinishedRun();
+}
+
+void StudioWindow::reportFinishedRun()
+{
+    const core::DataModel* model = studio.model();
+    if (model && !model->isPreviewActive())
+        previewReported = false;
+    const std::optional<FinishedRun> run = studio.takeFinishedRun();
+    if (!run)
+        return;
+    if (run->summary.kind == host::RunSummary::Kind::Preview) {
+        if (previewReported && run->summary.result == util::Result::Ok)
+            return;
+        previewReported = true;
+    }
+    // Shown after this turn of the timer, so that the box's own message loop
+    // does not run inside the timer's callback.
+    juce::Component::SafePointer<StudioWindow> window(this);
+    const std::string title = summaryTitle(*run);
+    const std::string message = summaryText(*run);
+    juce::MessageManager::callAsync([window, title, message] {
+        if (window && window->showSummary)
+            window->showSummary(title, message);
+    });
 }
 
 void StudioWindow::refresh()

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace montala::gui {
@@ -27,8 +28,13 @@ enum MenuItem {
 // The File and Edit menus as they stand for the studio now: Undo and Redo
 // carry the titles of the host's groups ("Undo Generate Change EDL") and are
 // disabled with nothing to take back or do again; nothing is enabled while
-// a run holds the host.
+// a run holds the host. Each entry shows its key.
 juce::PopupMenu buildMenu(Studio& studio, int index);
+
+// The menu entry a key stands for: Ctrl+O open, Ctrl+S save, Ctrl+Shift+S
+// save as, Ctrl+Z undo, Ctrl+Shift+Z or Ctrl+Y redo, Ctrl+Q quit (Cmd on a
+// Mac). Nothing for any other key.
+std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key);
 
 // What a user is asked before unsaved changes would be lost, and what they
 // chose. Asked only when there is something to lose.
@@ -44,6 +50,9 @@ public:
     using AskUnsaved = std::function<UnsavedChoice(const std::string& name)>;
     // How a session file is picked; empty when the user cancelled.
     using PickFile = std::function<std::string(bool forSaving)>;
+    // How the summary of a finished run is shown; a message box the user
+    // dismisses unless replaced.
+    using ShowSummary = std::function<void(const std::string& title, const std::string& text)>;
 
     // `view` is the wired Montala window; `onQuit` ends the program.
     StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit);
@@ -51,6 +60,7 @@ public:
 
     void setAskUnsaved(AskUnsaved ask) { askUnsaved = std::move(ask); }
     void setPickFile(PickFile pick) { pickFile = std::move(pick); }
+    void setShowSummary(ShowSummary show) { showSummary = std::move(show); }
 
     gui::MainGui& view() { return *montalaView; }
 
@@ -59,6 +69,10 @@ public:
     void menuItemSelected(int itemId, int menuIndex) override;
 
     void closeButtonPressed() override;
+    // The menu's keys, when the window's content has not taken them.
+    bool keyPressed(const juce::KeyPress& key) override;
+    // One turn of the host's idle calls, and the summary of a run that ended.
+    void idle();
 
     // The menu's entries, also for the keys and the tests.
     bool open();
@@ -75,6 +89,7 @@ public:
 
 private:
     void timerCallback() override;
+    void reportFinishedRun();
     // Saves or discards what would be lost; false when the user keeps it.
     bool settleUnsaved();
     void refresh();
@@ -85,6 +100,11 @@ private:
     std::function<void()> onQuit;
     AskUnsaved askUnsaved;
     PickFile pickFile;
+    ShowSummary showSummary;
+    // A preview is reported when it starts, not on every selection that
+    // moves it: set after the first preview's summary, cleared when the
+    // preview ends.
+    bool previewReported = false;
     // What the menu showed when it was last built; rebuilt only on a change.
     std::string menuState;
 };

@@ -196,7 +196,7 @@ std::vector<SourceText> textsPassedToTranslate()
     static const std::regex anyCall(R"(\btranslated?\s*\()");
     static const std::regex letter("[A-Za-z]");
     std::vector<SourceText> texts;
-    for (const char* layer : {"util", "core", "host", "gui", "app"}) {
+    for (const char* layer : {"util", "core", "host", "gui", "app", "studio"}) {
         const fs::path folder = fs::path(MONTALA_SOURCE_DIR) / layer;
         if (!fs::exists(folder))
             continue;

@@ -88,9 +88,18 @@ TEST(FileDialogFace, OffersBothSpellingsOfTheExtensionAndHandsBackTheChoice)
     EXPECT_FALSE(asked[1].multiple);
     EXPECT_EQ(list->getCount(), 3) << "one more file: the dialog lets a user pick one";
 
+    // Asked to save: the chooser takes a new name, which gets the filter's extension.
+    ASSERT_EQ(host->fileDialogs().runFileDialog(u"Save Change EDL as...", &filter, 1, start.get(), list,
+                                                Kelmar::IFileDialogService::kSaveFile),
+              Kelmar::kResultOk);
+    EXPECT_TRUE(asked[2].save);
+    EXPECT_FALSE(asked[2].multiple);
+    EXPECT_EQ(asked[2].extension, "edl");
+    EXPECT_FALSE(asked[1].save);
+
     answer.reset();
     EXPECT_EQ(host->fileDialogs().runFileDialog(u"Open", nullptr, 0, start.get(), list, 0), Kelmar::kResultFalse);
-    EXPECT_EQ(list->getCount(), 3);
+    EXPECT_EQ(list->getCount(), 4);
     results.reset();
     start.reset();
     host->shutdown();

@@ -118,5 +118,41 @@ TEST_F(SnapshotTest, StepsConformAndSaveTheSessionAndStopAtTheFirstFailure)
     EXPECT_NE(err.str().find("1000"), std::string::npos) << err.str();
 }
 
+TEST_F(SnapshotTest, StepsLoadThroughTheOverlayAndSetSettingsThatOutliveTheUndo)
+{
+    StudioOptions options;
+    options.settings = {"heal=none", "insert-markers=off", "preserve-before=-00:00:02:00"};
+    options.overlayFiles[core::EventList::OldKind] = {samples + "/edl/short-film-25/old.edl"};
+    options.overlayFiles[core::EventList::NewKind] = {samples + "/edl/short-film-25/new.edl",
+                                                      samples + "/edl/short-film-25/old.edl"};
+    options.dstOffset = "-00:00:10:00";
+    ASSERT_EQ(runSteps(studio, window, options, out, err), 0) << err.str();
+    EXPECT_NE(out.str().find("New EDL: 2 files through the overlay, DST 00:59:50:00"), std::string::npos) << out.str();
+
+    core::DataModel& model = *studio.model();
+    EXPECT_EQ(model.getOldList().getSize(), 82u);
+    EXPECT_EQ(model.getOldList().getEvent(0)->getDstIn().toString(), "00:59:50:00");
+    EXPECT_EQ(model.getNewList().getSize(), 83u + 82u);
+    EXPECT_EQ(model.getSettings().getHealProcessing(), core::HealProcessingMode::None);
+    EXPECT_FALSE(model.getSettings().getCreateInsertMarkers());
+    EXPECT_EQ(model.getSettings().getPreserveBefore(), -2.0);
+
+    // Both files of the New list came in one step, and one undo takes both;
+    // the settings of the moment stay.
+    EXPECT_EQ(studio.undoTitle(), "Load New EDL");
+    ASSERT_TRUE(studio.undo());
+    EXPECT_EQ(studio.model()->getNewList().getSize(), 0u);
+    EXPECT_EQ(studio.model()->getOldList().getSize(), 82u);
+    EXPECT_EQ(studio.model()->getSettings().getHealProcessing(), core::HealProcessingMode::None);
+    EXPECT_FALSE(window.getSettingsDialog().getToggle(gui::SettingsDialog::InsertMarkers).getToggleState());
+
+    StudioOptions wrong;
+    wrong.settings = {"heal=sometimes"};
+    EXPECT_EQ(runSteps(studio, window, wrong, out, err), 1);
+    EXPECT_NE(err.str().find("heal takes none | normal | gaps-without-inserts | gaps-with-inserts"), std::string::npos)
+        << err.str();
+    EXPECT_FALSE(window.getSettingsDialog().isVisible()) << "closed again after a refused value";
+}
+
 } // namespace
 } // namespace montala::studio

@@ -36,6 +36,20 @@ TEST(StudioOptions, BareNewStartsAProjectAndNewWithAFileAddsAnEdl)
     EXPECT_TRUE(steps->generate && steps->conform && steps->quit);
     EXPECT_EQ(steps->saveTo, "out.json");
     EXPECT_TRUE(steps->scripted());
+
+    auto overlay = parse({"film.json", "--set", "heal=none", "--load-new", "a.edl", "--load-new", "b.edl",
+                          "--dst-offset", "-00:00:10:00", "--language", "de"},
+                         status, message);
+    ASSERT_TRUE(overlay) << message;
+    EXPECT_EQ(overlay->overlayFiles[1], (std::vector<std::string>{"a.edl", "b.edl"}));
+    EXPECT_EQ(overlay->settings, std::vector<std::string>{"heal=none"});
+    EXPECT_EQ(overlay->language, "de");
+    EXPECT_TRUE(overlay->scripted());
+    std::string timecode;
+    bool positive = true;
+    ASSERT_TRUE(parseOffset(overlay->dstOffset, timecode, positive));
+    EXPECT_EQ(timecode, "00:00:10:00");
+    EXPECT_FALSE(positive);
 }
 
 TEST(StudioOptions, RefusesWhatCannotStartWithStatusTwoAndNamesTheArgument)
@@ -54,6 +68,12 @@ TEST(StudioOptions, RefusesWhatCannotStartWithStatusTwoAndNamesTheArgument)
 
     EXPECT_FALSE(parse({"film.json", "--select", "0-2"}, status, message));
     EXPECT_NE(message.find("0-2"), std::string::npos) << message;
+
+    EXPECT_FALSE(parse({"film.json", "--dst-offset", "-10:00"}, status, message));
+    EXPECT_NE(message.find("-10:00"), std::string::npos) << message;
+
+    EXPECT_FALSE(parse({"film.json", "--language", "en"}, status, message));
+    EXPECT_NE(message.find("us, de"), std::string::npos) << message;
 
     EXPECT_FALSE(parse({"film.json", "--bogus"}, status, message));
     EXPECT_EQ(status, 2);

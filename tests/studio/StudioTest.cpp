@@ -137,5 +137,70 @@ TEST_F(StudioTest, NewProjectRunsAtTheChosenRateWithoutAPath)
     EXPECT_THROW(studio.newProject(core::Framerate()), util::Result::Type);
 }
 
+TEST_F(StudioTest, MenusShowTheirKeysAndTheKeysReachTheEntries)
+{
+    Studio studio(MONTALA_SOURCE_DIR "/resources");
+    const auto shortcut = [&](int index, int item) {
+        const juce::PopupMenu menu = buildMenu(studio, index);
+        for (juce::PopupMenu::MenuItemIterator it(menu); it.next();)
+            if (it.getItem().itemID == item)
+                return it.getItem().shortcutKeyDescription;
+        return juce::String();
+    };
+    const int command = juce::ModifierKeys::commandModifier;
+    const int shift = juce::ModifierKeys::shiftModifier;
+    const struct {
+        int menu;
+        MenuItem item;
+        juce::KeyPress key;
+    } entries[] = {
+        {0, OpenItem, juce::KeyPress('o', command, 0)},    {0, SaveItem, juce::KeyPress('s', command, 0)},
+        {0, SaveAsItem, juce::KeyPress('s', command | shift, 0)}, {0, QuitItem, juce::KeyPress('q', command, 0)},
+        {1, UndoItem, juce::KeyPress('z', command, 0)},    {1, RedoItem, juce::KeyPress('z', command | shift, 0)},
+    };
+    for (const auto& entry : entries) {
+        SCOPED_TRACE(entry.item);
+        EXPECT_EQ(shortcut(entry.menu, entry.item), entry.key.getTextDescriptionWithIcons());
+        EXPECT_EQ(menuItemForKey(entry.key), entry.item);
+    }
+    EXPECT_EQ(menuItemForKey(juce::KeyPress('y', command, 0)), RedoItem);
+    EXPECT_EQ(menuItemForKey(juce::KeyPress('z', 0, 0)), std::nullopt) << "a plain key is typed, not a command";
+}
+
+TEST_F(StudioTest, StartsInTheSystemsLanguageAndTellsTheRunInIt)
+{
+    EXPECT_EQ(Studio::languageOfLocale("de_DE.UTF-8"), "de");
+    EXPECT_EQ(Studio::languageOfLocale("ja_JP.UTF-8"), "jp");
+    EXPECT_EQ(Studio::languageOfLocale("pt_BR"), "pt");
+    EXPECT_EQ(Studio::languageOfLocale("en_GB.UTF-8"), "us");
+    EXPECT_EQ(Studio::languageOfLocale("C.UTF-8"), "us");
+    EXPECT_EQ(Studio::languageOfLocale("nl_NL"), "us") << "a language the table lacks is shown in English";
+
+    Studio studio(MONTALA_SOURCE_DIR "/resources", "de");
+    generateSample(studio);
+    ASSERT_EQ(studio.startConform(), util::Result::Ok);
+    for (int turn = 0; turn < 100 && studio.isRunPending(); ++turn)
+        studio.idle();
+    const std::optional<FinishedRun> run = studio.takeFinishedRun();
+    ASSERT_TRUE(run);
+    EXPECT_FALSE(studio.takeFinishedRun()) << "a run is told once";
+    EXPECT_EQ(run->rateName, "25");
+    EXPECT_EQ(run->changeEvents, studio.model()->getChangeList().getSize());
+
+    const std::string text = summaryText(*run);
+    EXPECT_EQ(summaryTitle(*run), "Montala anwenden");
+    EXPECT_NE(text.find("Projektrate: 25\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("Angewendete Ereignisse: " + std::to_string(run->summary.eventsApplied) + "\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Beteiligte Spuren (" + std::to_string(run->summary.tracksTakingPart.size()) + "): "
+                        + run->summary.tracksTakingPart.front() + ";"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Geschriebene Marker: " + std::to_string(run->summary.markerCount())), std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Dauer: "), std::string::npos) << text;
+}
+
 } // namespace
 } // namespace montala::studio
