@@ -12,8 +12,13 @@
 //
 // The New cut is the Old one after a few picture edits (scenes moved, shots
 // trimmed, deleted, inserted from a roll the Old cut never used, extended
-// into their handles, used twice). Both record timelines start at
-// 01:00:00:00 and run without gaps, as the editors' EDLs do.
+// into their handles, used twice; with effects also speed changes, freezes
+// and dissolves). Both record timelines start at 01:00:00:00 and run without
+// gaps, as the editors' EDLs do; a New cut in several reels starts each on
+// the next hour:
+//
+//   New reel 1:  01:00:00:00 [ shots 1..k ]
+//   New reel 2:  02:00:00:00 [ shots k+1..n ]     nothing in between
 //
 // The session lies on the Old cut's timeline (project start 01:00:00:00, so
 // a host-relative time of 0 is the first Old frame). Every time written is
@@ -39,8 +44,14 @@ public:
         // The source the shot may be extended into, [lowest, highest).
         std::int64_t lowest = 0;
         std::int64_t highest = 0;
+        // Frames on the record side: the source's at normal speed, half of
+        // them at double speed, twice at half speed, over 100 for a freeze.
+        std::int64_t record = 0;
+        // Frames of the dissolve from the shot before; 0 for a cut.
+        std::int64_t dissolve = 0;
         int id = 0;
-        std::int64_t length() const { return srcOut - srcIn; }
+        std::int64_t length() const { return record; }
+        bool normal() const { return record == srcOut - srcIn; }
     };
 
     // What is made: the size of the reel and of the session.
@@ -53,9 +64,18 @@ public:
         int edits = 4;
         bool shuffled = false;
         // Plain sessions (one event per shot and track, on frame lines) for
-        // the benchmarks; otherwise layers, parts, joined events, automation
-        // and a locked track with edges between frames.
+        // the benchmarks; otherwise layers, parts, joined events, automation,
+        // markers and a locked track with edges between frames.
         bool plain = false;
+        // The rate is fps x 1000/1001 (23.976, 29.97 non-drop).
+        bool pullDown = false;
+        // Speed changes, freezes and dissolves, in both cuts.
+        bool effects = false;
+        // The New cut in this many reels.
+        int newReels = 1;
+        // Automation steps (two points at one time) on the Old cut's shot
+        // edges, on a ramp and on a stepped mute.
+        bool edgeSteps = false;
     };
 
     static constexpr std::int64_t handle = 100;
@@ -75,11 +95,46 @@ public:
     const std::vector<Shot>& oldCut() const { return oldShots; }
     const std::vector<Shot>& newCut() const { return newShots; }
     std::int64_t oldLength() const { return totalLength(oldShots); }
-    std::int64_t newLength() const { return totalLength(newShots); }
 
-    // The cut as CMX 3600 text, split into files of at most 999 events.
-    std::vector<std::string> oldEdls() const { return edls(oldShots, "RANDOM OLD"); }
-    std::vector<std::string> newEdls() const { return edls(newShots, "RANDOM NEW"); }
+    // The New reels: their shots, and where each begins, in frames after
+    // 01:00:00:00.
+    struct Reel {
+        std::vector<Shot> shots;
+        std::int64_t start = 0;
+        std::int64_t end() const { return start + totalLength(shots); }
+    };
+    std::vector<Reel> newReels() const
+    {
+        std::vector<Reel> reels;
+        const auto count = static_cast<size_t>(std::max(1, shape.newReels));
+        for (size_t index = 0; index < count; ++index) {
+            Reel reel;
+            reel.start = static_cast<std::int64_t>(index) * 3600 * shape.fps;
+            reel.shots.assign(newShots.begin() + static_cast<std::ptrdiff_t>(newShots.size() * index / count),
+                              newShots.begin() + static_cast<std::ptrdiff_t>(newShots.size() * (index + 1) / count));
+            reels.push_back(reel);
+        }
+        return reels;
+    }
+
+    // The cut as CMX 3600 text, split into files of at most 999 events; one
+    // reel after the other.
+    std::vector<std::string> oldEdls() const { return edls(oldShots, "RANDOM OLD", 0); }
+    std::vector<std::string> newEdls() const
+    {
+        std::vector<std::string> files;
+        for (const Reel& reel : newReels()) {
+            const std::vector<std::string> texts = edls(reel.shots, "RANDOM NEW", reel.start);
+            files.insert(files.end(), texts.begin(), texts.end());
+        }
+        return files;
+    }
+
+    // Seconds of a count of frames at the rate.
+    double seconds(std::int64_t frames) const
+    {
+        return static_cast<double>(frames) * (shape.pullDown ? 1001.0 : 1000.0) / (shape.fps * 1000.0);
+    }
 
     // The session on the Old cut. The last audio track is locked in a
     // random session; `lockedTrack` names it.
@@ -88,8 +143,9 @@ public:
         const double cutEnd = seconds(oldLength());
         std::ostringstream json;
         json << R"({"format": "montala-session", "version": 1, "name": "Random re-cut",)"
-             << R"( "frameRate": {"fps": )" << shape.fps << R"(}, "start": "01:00:00:00", "end": )"
-             << number(seconds(std::max(oldLength(), newLength())) + 60.0) << ",\n"
+             << R"( "frameRate": {"fps": )" << shape.fps << (shape.pullDown ? R"(, "pullDown": true)" : "")
+             << R"(}, "start": "01:00:00:00", "end": )"
+             << number(seconds(std::max(oldLength(), newReels().back().end())) + 60.0) << ",\n"
              << R"( "mediaPool": [{"id": 1, "kind": "video", "name": "old.mov", "path": "/media/old.mov", "length": )"
              << number(cutEnd + 60.0) << "}],\n"
              << R"( "tracks": [{"kind": "video", "name": "PICTURE", "events": [{"kind": "video", "start": 0, "end": )"
@@ -107,6 +163,8 @@ public:
             else
                 effectsTrack(json, track);
         }
+        if (!shape.plain)
+            markerTrack(json);
         json << "\n ]}\n";
         return json.str();
     }
@@ -136,8 +194,6 @@ private:
     }
     bool chance(int percent) { return pick(0, 99) < percent; }
 
-    double seconds(std::int64_t frames) const { return static_cast<double>(frames) / shape.fps; }
-
     static std::int64_t totalLength(const std::vector<Shot>& shots)
     {
         std::int64_t total = 0;
@@ -154,6 +210,7 @@ private:
         shot.lowest = nextFree;
         shot.srcIn = nextFree + handle;
         shot.srcOut = shot.srcIn + length;
+        shot.record = length;
         shot.highest = shot.srcOut + handle;
         shot.id = nextId++;
         nextFree = shot.highest + pick(0, 50);
@@ -174,9 +231,40 @@ private:
         for (int index = 0; index < shape.shots; ++index) {
             const size_t roll = static_cast<size_t>(pick(0, rolls - 1));
             oldShots.push_back(freshShot(rollNames[roll], nextFree[roll], pick(30, 150)));
+            if (shape.effects) {
+                Shot& shot = oldShots.back();
+                if (chance(10))
+                    changeSpeed(shot);
+                else if (chance(5))
+                    freeze(shot);
+                if (index > 0 && chance(15))
+                    dissolve(shot);
+            }
         }
         newShots = oldShots;
     }
+
+    // Double or half speed, over the same source.
+    void changeSpeed(Shot& shot)
+    {
+        if (chance(50)) {
+            shot.record = (shot.srcOut - shot.srcIn) / 2;
+            shot.srcOut = shot.srcIn + 2 * shot.record;
+        } else {
+            shot.record = 2 * (shot.srcOut - shot.srcIn);
+        }
+        shot.dissolve = std::min(shot.dissolve, shot.record - 1);
+    }
+
+    // One source frame held for more than 100 frames: a motion speed under
+    // 0.01.
+    void freeze(Shot& shot)
+    {
+        shot.srcOut = shot.srcIn + 1;
+        shot.record = pick(101, 180);
+    }
+
+    void dissolve(Shot& shot) { shot.dissolve = chance(25) ? 0 : pick(4, std::min<std::int64_t>(30, shot.record - 1)); }
 
     // Every shot somewhere else, so that no two neighbours stay neighbours
     // and each is one Change event.
@@ -195,7 +283,7 @@ private:
     {
         const auto size = static_cast<std::int64_t>(newShots.size());
         const auto at = [&](std::int64_t index) { return newShots.begin() + index; };
-        switch (pick(0, 5)) {
+        switch (pick(0, shape.effects ? 8 : 5)) {
         case 0: { // a scene moved
             const std::int64_t first = pick(0, size - 1);
             const std::int64_t last = std::min(size, first + pick(1, 4));
@@ -208,9 +296,10 @@ private:
         case 1: { // a trim at the head, the tail or both
             Shot& shot = newShots[static_cast<size_t>(pick(0, size - 1))];
             const std::int64_t spare = shot.length() - 10;
-            if (spare > 2) {
+            if (spare > 2 && shot.normal()) {
                 shot.srcIn += pick(0, spare / 2);
                 shot.srcOut -= pick(chance(50) ? 1 : 0, spare / 2);
+                fitRecord(shot);
             }
             break;
         }
@@ -225,36 +314,77 @@ private:
         }
         case 4: { // extended into its handles
             Shot& shot = newShots[static_cast<size_t>(pick(0, size - 1))];
+            if (!shot.normal())
+                break;
             if (chance(50))
                 shot.srcIn = std::max(shot.lowest, shot.srcIn - pick(1, 40));
             else
                 shot.srcOut = std::min(shot.highest, shot.srcOut + pick(1, 40));
+            fitRecord(shot);
             break;
         }
         case 5: { // a shot used a second time, in part
             Shot again = newShots[static_cast<size_t>(pick(0, size - 1))];
-            if (again.length() > 20)
+            if (again.length() > 20 && again.normal()) {
                 again.srcOut = again.srcIn + pick(10, again.length());
+                fitRecord(again);
+            }
             newShots.insert(at(pick(0, size)), again);
             break;
         }
+        case 6: { // another speed
+            Shot& shot = newShots[static_cast<size_t>(pick(0, size - 1))];
+            if (shot.normal() && shot.length() >= 20)
+                changeSpeed(shot);
+            break;
         }
+        case 7: // a freeze, or one of another length
+            freeze(newShots[static_cast<size_t>(pick(0, size - 1))]);
+            break;
+        case 8: // a dissolve put in, taken out or of another length
+            dissolve(newShots[static_cast<size_t>(pick(0, size - 1))]);
+            break;
+        }
+        if (!newShots.empty())
+            newShots.front().dissolve = 0; // nothing to dissolve from
     }
 
-    std::vector<std::string> edls(const std::vector<Shot>& shots, const std::string& title) const
+    // A normal shot's record after its source changed.
+    static void fitRecord(Shot& shot)
+    {
+        shot.record = shot.srcOut - shot.srcIn;
+        shot.dissolve = std::min(shot.dissolve, shot.record - 1);
+    }
+
+    // A dissolve is two lines of one number: the outgoing shot's source out,
+    // held for no time, then the incoming shot with the transition's length.
+    std::vector<std::string> edls(const std::vector<Shot>& shots, const std::string& title, std::int64_t start) const
     {
         std::vector<std::string> files;
-        std::int64_t record = recordStart * shape.fps;
+        std::int64_t record = recordStart * shape.fps + start;
         for (size_t first = 0; first < shots.size(); first += 999) {
             std::ostringstream text;
             text << "TITLE: " << title << " " << (first / 999 + 1) << "\nFCM: NON-DROP FRAME\n\n";
             for (size_t index = first; index < std::min(shots.size(), first + 999); ++index) {
                 const Shot& shot = shots[index];
+                const int number = static_cast<int>(index - first + 1);
                 char line[256];
-                std::snprintf(line, sizeof line, "%03d  %-8s V     C        %s %s %s %s\n",
-                              static_cast<int>(index - first + 1), shot.roll.c_str(), timecode(shot.srcIn).c_str(),
-                              timecode(shot.srcOut).c_str(), timecode(record).c_str(),
-                              timecode(record + shot.length()).c_str());
+                if (shot.dissolve > 0 && index > first) {
+                    const Shot& outgoing = shots[index - 1];
+                    std::snprintf(line, sizeof line, "%03d  %-8s V     C        %s %s %s %s\n", number,
+                                  outgoing.roll.c_str(), timecode(outgoing.srcOut).c_str(),
+                                  timecode(outgoing.srcOut).c_str(), timecode(record).c_str(),
+                                  timecode(record).c_str());
+                    text << line;
+                    std::snprintf(line, sizeof line, "%03d  %-8s V     D    %03d %s %s %s %s\n", number,
+                                  shot.roll.c_str(), static_cast<int>(shot.dissolve), timecode(shot.srcIn).c_str(),
+                                  timecode(shot.srcOut).c_str(), timecode(record).c_str(),
+                                  timecode(record + shot.length()).c_str());
+                } else {
+                    std::snprintf(line, sizeof line, "%03d  %-8s V     C        %s %s %s %s\n", number,
+                                  shot.roll.c_str(), timecode(shot.srcIn).c_str(), timecode(shot.srcOut).c_str(),
+                                  timecode(record).c_str(), timecode(record + shot.length()).c_str());
+                }
                 text << line;
                 text << "* FROM CLIP NAME: " << shot.roll << "_S" << shot.id << ".mov\n";
                 record += shot.length();
@@ -358,19 +488,79 @@ private:
         json << "]}";
     }
 
+    // A Volume ramp through random points; with edge steps it jumps on a
+    // third of the Old cut's shot edges, and a stepped Mute turns on and off
+    // on others.
     void automation(std::ostringstream& json)
     {
-        json << R"(, "automation": [{"name": "Volume", "curveType": 1, "points": [)";
         const std::int64_t length = oldLength();
+        std::vector<std::int64_t> edges;
+        if (shape.edgeSteps)
+            for (std::int64_t record = 0; const Shot& shot : oldShots)
+                if ((record += shot.length()) < length)
+                    edges.push_back(record);
+        // Points in time order: a frame, a value; a step is two at one frame.
+        std::vector<std::pair<std::int64_t, int>> volume;
         std::int64_t frame = pick(0, shape.fps);
-        bool first = true;
+        size_t edge = 0;
         while (frame < length) {
-            json << (first ? "" : ", ") << R"({"time": )" << number(seconds(frame)) << R"(, "value": )"
-                 << number(static_cast<double>(pick(0, 100)) / 100.0) << "}";
-            first = false;
+            for (; edge < edges.size() && edges[edge] <= frame; ++edge)
+                if (edges[edge] != frame && chance(33) && !volume.empty()) {
+                    volume.emplace_back(edges[edge], volume.back().second);
+                    volume.emplace_back(edges[edge], static_cast<int>(pick(0, 100)));
+                }
+            if (edge == 0 || edges[edge - 1] != frame)
+                volume.emplace_back(frame, static_cast<int>(pick(0, 100)));
             frame += pick(shape.fps / 2, shape.fps * 6);
         }
-        json << "]}]";
+        json << R"(, "automation": [)" << lane("Volume", 1, volume);
+        if (shape.edgeSteps) {
+            std::vector<std::pair<std::int64_t, int>> mute{{0, 0}};
+            for (const std::int64_t at : edges)
+                if (chance(25)) {
+                    mute.emplace_back(at, mute.back().second);
+                    mute.emplace_back(at, 100 - mute.back().second);
+                }
+            json << ", " << lane("Mute", 0, mute);
+        }
+        json << "]";
+    }
+
+    std::string lane(const char* name, int curveType, const std::vector<std::pair<std::int64_t, int>>& points) const
+    {
+        std::string text = std::string(R"({"name": ")") + name + R"(", "curveType": )" + std::to_string(curveType) +
+                           R"(, "points": [)";
+        for (size_t index = 0; index < points.size(); ++index)
+            text += (index ? ", " : "") + std::string(R"({"time": )") + number(seconds(points[index].first)) +
+                    R"(, "value": )" + number(points[index].second / 100.0) + "}";
+        return text + "]}";
+    }
+
+    // The editor's notes: points on frame lines, some of them on cuts, and
+    // a few ranges.
+    void markerTrack(std::ostringstream& json)
+    {
+        json << ",\n  " << R"({"kind": "marker", "name": "NOTES", "events": [)";
+        const std::int64_t length = oldLength();
+        std::vector<std::string> markers;
+        std::int64_t record = 0;
+        for (const Shot& shot : oldShots) {
+            if (chance(20))
+                markers.push_back(R"({"kind": "point", "name": "cut )" + std::to_string(shot.id) + R"(", "start": )" +
+                                  number(seconds(record)) + "}");
+            if (chance(20))
+                markers.push_back(R"({"kind": "point", "name": "note )" + std::to_string(shot.id) +
+                                  R"(", "start": )" + number(seconds(record + pick(0, shot.length() - 1))) + "}");
+            record += shot.length();
+        }
+        for (int index = 0; index < 3; ++index) {
+            const std::int64_t from = pick(0, length - 1);
+            markers.push_back(R"({"kind": "range", "name": "scene )" + std::to_string(index) + R"(", "start": )" +
+                              number(seconds(from)) + R"(, "end": )" +
+                              number(seconds(std::min(length, from + pick(10, 200)))) + "}");
+        }
+        join(json, markers);
+        json << "]}";
     }
 
     void plainTrack(std::ostringstream& json, int track)
