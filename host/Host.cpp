@@ -520,6 +520,7 @@ Result::Type Host::runPreview()
             std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit, previewSnapshot);
             project.createVideoTrack(edit);
             project.createFolderAndMarkerTracks(edit);
+            project.numberMemos();
             const Result::Type previewed =
                 core::MontalerBase::preview(previewList, previewFirst, previewLast, previewDestination);
             // The new picture goes into the work area here once there is a
@@ -919,6 +920,9 @@ int64_t Host::countSteps(int64_t eventCount, const core::Settings& settings, int
     for (const Track& track : activeProject->getTracks())
         if (!selectedOnly || track.isSelected())
             ++tracks;
+    // A run makes the Memos track when there is none, and carries it along.
+    if (!selectedOnly && !activeProject->hasMarkerTrack(TrackType::Memos))
+        ++tracks;
     const int64_t detectors = core::MontalerBase::countSteps(eventCount, settings, tracks);
     // An apply advances once more per track than it has events: the cut
     // pieces, then the moving home.

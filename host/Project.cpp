@@ -343,6 +343,12 @@ Track& Project::markerTrack(TrackType type)
     return markerTracks[static_cast<size_t>(index)];
 }
 
+bool Project::hasMarkerTrack(TrackType type)
+{
+    std::vector<Track> candidates = getTracks("marker");
+    return findByType(candidates, static_cast<int>(type)) != nullptr;
+}
+
 // ---- Montala's own tracks
 
 Track* Project::findByType(std::vector<Track>& candidates, int type)
@@ -473,6 +479,19 @@ bool Project::isMontalaTrack(Track& track)
     return false;
 }
 
+bool Project::holdsRunOutput(Track& track)
+{
+    // The memos are the user's: they go with the picture like any marker.
+    return isMontalaTrack(track) && !(track.isMarkerTrack() && track.getType() == static_cast<int>(TrackType::Memos));
+}
+
+void Project::numberMemos()
+{
+    Track& memos = markerTrack(TrackType::Memos);
+    if (memos.isValid() && hasConformOffset())
+        memos.assignEventIds(0.0, getConformOffset() - getProjectStart());
+}
+
 bool Project::takesPart(const Track& track) const
 {
     if (dataModel.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks && !track.isSelected())
@@ -494,7 +513,7 @@ core::CutPtr Project::createCut(const core::EventPtr& event)
     std::vector<core::CutEventPtr> pieces;
     for (Track& track : getTracks()) {
         // Montala's own tracks hold what a run writes, not old material.
-        if (!takesPart(track) || isMontalaTrack(track))
+        if (!takesPart(track) || holdsRunOutput(track))
             continue;
         pieces.push_back(std::make_shared<CutEvent>(track, srcStart, srcEnd, dstStart, dstEnd));
     }
@@ -628,7 +647,8 @@ void Project::complete(Kelmar::IProjectEdit& edit)
     for (Track& track : getTracks()) {
         if (track.isLocked())
             continue;
-        if (selectedOnly && !track.isSelected() && !(track.isMarkerTrack() && isMontalaTrack(track)))
+        // What the run wrote on its marker tracks comes home in any case.
+        if (selectedOnly && !track.isSelected() && !(track.isMarkerTrack() && holdsRunOutput(track)))
             continue;
         targets.push_back(track);
     }

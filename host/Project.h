@@ -109,6 +109,7 @@ public:
     bool containsTrack(const Track& track);
     // The Montala track of a marker type (1 to 7); invalid until found or made.
     Track& markerTrack(TrackType type);
+    bool hasMarkerTrack(TrackType type);
     Track& getFolderTrack() { return folderTrack; }
     const std::vector<Track>& getLockedTracks() const { return lockedTracks; }
 
@@ -143,6 +144,11 @@ public:
     void clearLockedTracks() { lockedTracks.clear(); }
     // The folder, marker and new video tracks Montala made for itself.
     bool isMontalaTrack(Track& track);
+    // Montala's tracks but Memos: a run rewrites them, it does not carry them.
+    bool holdsRunOutput(Track& track);
+    // Gives every memo on the old timeline an id before a preview copies it
+    // into the work area, so that each copy pairs with its memo.
+    void numberMemos();
     // Holds automation through the stretches of the new timeline that no old
     // material fills.
     void fillVirginTerritories(Kelmar::IProjectEdit& edit, core::CutList& cuts);

@@ -65,8 +65,9 @@ TEST_F(ApplyCutTest, OneCutCarriesTheOldSoundToItsNewPlaceAndMarksIt)
     Kelmar::IProjectEdit& run = beginEdit();
     project->createFolderAndMarkerTracks(run);
     core::CutPtr cut = project->createCut(event(1, "01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00"));
-    // DX, Notes and Picture; not FX, nor Montala's own tracks.
-    EXPECT_EQ(cut->getPieces().size(), 3u);
+    // DX, Notes, Picture and the user's Memos; not FX, nor the tracks the
+    // run writes.
+    EXPECT_EQ(cut->getPieces().size(), 4u);
     project->applyCut(run, *cut);
     project->complete(run);
     endEdit();

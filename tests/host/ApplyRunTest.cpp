@@ -95,6 +95,23 @@ TEST_F(ApplyRunTest, LockedAndUnselectedTracksKeepTheirOldArrangementAndAreRepor
     EXPECT_FALSE(montala->isRunPending());
 }
 
+TEST_F(ApplyRunTest, TheUsersMemosMoveWithThePictureAndComeBackWithUndo)
+{
+    startOn(sessionWithMemo());
+    swapHalves();
+    EXPECT_EQ(conform(), Result::Ok);
+    // Old 01:00:13:00 lies at new 01:00:03:00.
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{3.0}));
+    ASSERT_TRUE(undo());
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0}));
+
+    // A run on other tracks leaves an unselected Memos track as it is.
+    model().getSettings().setApplyTo(core::ApplyTo::SelectedTracks);
+    sim::SimUser(*host).setSelected(simTrack("DX"), true);
+    EXPECT_EQ(conform(), Result::Ok);
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0}));
+}
+
 TEST_F(ApplyRunTest, UndoGivesBackTheSessionByteForByteAndRedoTheAppliedOne)
 {
     startOn(smallSession());

@@ -14,6 +14,7 @@
 #include "sim/SimFailures.h"
 #include "sim/SimProgressService.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,29 @@ protected:
     {
         for (int turn = 0; turn < 10 && montala->isRunPending(); ++turn)
             host->runIdle();
+    }
+
+    // The small session with Montala's Memos track, on which the user wrote
+    // "louder" at 01:00:13:00 of the old cut.
+    static std::string sessionWithMemo()
+    {
+        std::string text = smallSession();
+        const std::string notes = R"({"kind": "marker", "name": "Notes")";
+        text.replace(text.find(notes), 0, R"({"kind": "marker", "name": "Memos", "attributes": {"Montala:MarkerType": 7},
+      "events": [{"kind": "point", "name": "louder", "start": "01:00:13:00"}]},
+    )");
+        return text;
+    }
+
+    // Where the markers called `name` on a track start, host times in order.
+    std::vector<double> markerStarts(const std::string& trackName, const std::string& name)
+    {
+        std::vector<double> starts;
+        for (const TrackEvent& marker : track(trackName).getEvents())
+            if (marker.getName() == name)
+                starts.push_back(marker.getStart());
+        std::sort(starts.begin(), starts.end());
+        return starts;
     }
 
     std::vector<uint8_t> storedModel()

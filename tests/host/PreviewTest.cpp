@@ -39,17 +39,6 @@ protected:
 
     bool locked(const std::string& name) { return track(name).isLocked(); }
 
-
-    std::vector<double> markerStarts(const std::string& trackName, const std::string& name)
-    {
-        std::vector<double> starts;
-        for (const TrackEvent& marker : track(trackName).getEvents())
-            if (marker.getName() == name)
-                starts.push_back(marker.getStart());
-        std::sort(starts.begin(), starts.end());
-        return starts;
-    }
-
     size_t eventsInWorkArea()
     {
         size_t count = 0;
@@ -98,21 +87,35 @@ TEST_F(PreviewTest, TheNewArrangementIsShownWithTheTracksLockedButMemosOpen)
     EXPECT_DOUBLE_EQ(hostProject->cycleRight, 20.0);
 }
 
-TEST_F(PreviewTest, MemosWrittenInThePreviewAreMirroredToTheOldTimeline)
+TEST_F(PreviewTest, MemosAreShownInThePreviewMirroredToTheOldTimelineAndKeptByTheRun)
 {
-    startOn(smallSession());
+    startOn(sessionWithMemo());
     swapHalves();
     montala->setPreviewActive(true);
     ASSERT_EQ(previewAll(true), Result::Ok);
-
-    // Three seconds into the new cut lies 01:00:13:00 of the old one.
-    sim::SimUser user(*host);
-    ASSERT_TRUE(user.addMarker(simTrack("Memos"), u"louder", 86403.0, 86403.0));
+    // The memo at old 01:00:13:00 shows three seconds into the new cut.
     EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0, 86403.0}));
 
-    // The mirror stays when the preview ends and its work area goes.
+    // Five seconds into the new cut's second half lies 01:00:05:00 of the
+    // old one. Writing there leaves the memo the user had alone.
+    sim::SimUser user(*host);
+    ASSERT_TRUE(user.addMarker(simTrack("Memos"), u"cut here", 86415.0, 86415.0));
+    EXPECT_EQ(markerStarts("Memos", "cut here"), (std::vector<double>{5.0, 86415.0}));
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0, 86403.0}));
+    // The memo shown in the preview is the old one's twin: moving it moves both.
+    for (const auto& marker : simTrack("Memos").children())
+        if (marker->get().start > 86400.0 && marker->get().name == u"louder")
+            ASSERT_TRUE(user.moveEvent(*marker, 86404.0));
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{14.0, 86404.0}));
+
+    // Both stay when the preview ends and its work area goes, and the run
+    // carries both to the new cut.
     montala->setPreviewActive(false);
-    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0}));
+    EXPECT_EQ(markerStarts("Memos", "cut here"), (std::vector<double>{5.0}));
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{14.0}));
+    EXPECT_EQ(conform(), Result::Ok);
+    EXPECT_EQ(markerStarts("Memos", "cut here"), (std::vector<double>{15.0}));
+    EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{4.0}));
 }
 
 TEST_F(PreviewTest, EndingThePreviewPutsTheTransportBackAndClearsTheWorkArea)
