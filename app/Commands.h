@@ -21,5 +21,6 @@ void registerGenerateCommand(CLI::App& program, CommandIo& io);
 void registerSessionCommand(CLI::App& program, CommandIo& io);
 void registerConformCommand(CLI::App& program, CommandIo& io);
 void registerVerifyCommand(CLI::App& program, CommandIo& io);
+void registerReportCommand(CLI::App& program, CommandIo& io);
 
 } // namespace montala::app

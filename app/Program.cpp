@@ -18,6 +18,7 @@ int runProgram(int argc, const char* const* argv, CommandIo& io)
     registerSessionCommand(program, io);
     registerConformCommand(program, io);
     registerVerifyCommand(program, io);
+    registerReportCommand(program, io);
 
     if (argc < 2) {
         io.out << program.help();

@@ -14,6 +14,8 @@ packages=(
   # The window's stand-in for Segoe UI (Latin, Cyrillic), and a CJK font that
   # JUCE can load (it reads .ttf and .otf files, not .ttc collections).
   fonts-dejavu-core fonts-droid-fallback
+  # A real browser for the test that opens the HTML change report headless.
+  chromium
 )
 
 missing=()

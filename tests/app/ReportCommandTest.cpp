@@ -1,0 +1,66 @@
+// montala report on the sample reel: each form readable by what it is for,
+// and an output path that would destroy an input refused.
+
+#include "CommandRunner.h"
+#include "support/TempFolderTest.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+namespace montala::test {
+namespace {
+
+class ReportCommandTest : public TempFolderTest {
+protected:
+    ReportCommandTest() : TempFolderTest("montala-report") {}
+
+    static CommandRun report(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), {"report", "--old", shortFilm::oldEdl, "--new", shortFilm::newEdl});
+        return runMontala(arguments);
+    }
+};
+
+TEST_F(ReportCommandTest, WritesEachFormOfTheSampleReelsReport)
+{
+    const CommandRun text = report({});
+    ASSERT_EQ(text.status, 0) << text.err;
+    EXPECT_TRUE(contains(text.out, "81 New shots: 11 unchanged, 64 moved, 1 trimmed,"));
+    EXPECT_TRUE(contains(text.out, "01:01:22:09-01:01:25:02     68 frames  New 019: new material: not in the Old cut"));
+    EXPECT_TRUE(contains(text.out, "trimmed                   012  012  B002      -00:00:00:12  -12     118     98      2       "
+                                   "12 off the head, 8 off the tail"));
+
+    const CommandRun csv = report({"--format", "csv"});
+    ASSERT_EQ(csv.status, 0) << csv.err;
+    EXPECT_EQ(std::count(csv.out.begin(), csv.out.end(), '\n'), 1 + 82);
+    EXPECT_TRUE(contains(csv.out, "\nVFX version changed,SH010V01 to SH010V02,044,054,SH010V02,VFX_SH010_v002.mov,"));
+
+    const CommandRun json = report({"--format", "json", "--vfx", "SH***V:"});
+    ASSERT_EQ(json.status, 0) << json.err;
+    const nlohmann::json document = nlohmann::json::parse(json.out);
+    EXPECT_EQ(document["counts"]["vfx-version"], 1);
+    EXPECT_EQ(document["needsSound"].size(), 4u);
+    EXPECT_EQ(document["frames"]["needsSound"], 68 + 50 + 96 + 50);
+    EXPECT_TRUE(document["suggestions"].empty());
+
+    const std::string page = pathOf("report.html");
+    const CommandRun html = report({"--format", "html", "-o", page});
+    ASSERT_EQ(html.status, 0) << html.err;
+    EXPECT_TRUE(contains(html.out, "Wrote " + page));
+    EXPECT_TRUE(contains(readFile(page), "<svg"));
+}
+
+TEST_F(ReportCommandTest, RefusesToWriteOverAnEdlItRead)
+{
+    const std::string copy = pathOf("new.edl");
+    std::filesystem::copy_file(shortFilm::newEdl, copy);
+    const CommandRun run = runMontala({"report", "--old", shortFilm::oldEdl, "--new", copy, "-o", copy});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(contains(run.err, "names an EDL that was read; nothing written"));
+    EXPECT_EQ(readFile(copy), readFile(shortFilm::newEdl));
+    EXPECT_EQ(runMontala({"report", "--old", shortFilm::oldEdl, "--new", copy, "--format", "pdf"}).status, 2);
+}
+
+} // namespace
+} // namespace montala::test
