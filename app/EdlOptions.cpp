@@ -1,5 +1,6 @@
 #include "app/EdlOptions.h"
 
+#include "core/FramerateNames.h"
 #include "util/Result.h"
 
 #include <exception>
@@ -97,6 +98,29 @@ void addLoadFlags(CLI::App& command, core::EdlLoadOptions& load)
         "--accept-audio", [&load] { load.acceptAudio = true; }, "Accept audio-only events (channel A)");
     command.add_flag_callback(
         "--no-broll-renaming", [&load] { load.renameBRolls = false; }, "Keep roll names that end in B as they are");
+}
+
+void addCutOptions(CLI::App& command, CutOptions& options)
+{
+    command.add_option("--old", options.oldFiles, "Old EDL file (the cut the sound was done on); repeatable")
+        ->required();
+    command.add_option("--new", options.newFiles, "New EDL file (the re-cut picture); repeatable")->required();
+    command.add_option("--rate", options.rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
+    addMatchOption(command, options.match, "Match events by roll name or clip name");
+    addHealOption(command, options.heal);
+    addVfxOption(command, options.vfx);
+    addLoadFlags(command, options.load);
+}
+
+void applyCutSettings(const CutOptions& options, const std::vector<core::VfxPatternEntry>& patterns,
+                      core::Settings& settings)
+{
+    settings.setMatchName(matchNameOf(options.match));
+    if (!options.heal.empty())
+        settings.setHealProcessing(healModeOf(options.heal));
+    settings.setBRollRenaming(options.load.renameBRolls);
+    for (size_t index = 0; index < patterns.size(); ++index)
+        settings.setVfxPattern(patterns[index], index);
 }
 
 void runCommand(CommandIo& io, const char* commandName, int failureStatus, const std::function<int()>& body)

@@ -36,6 +36,22 @@ std::optional<std::vector<core::VfxPatternEntry>> parseVfxPatterns(const std::ve
 // --accept-audio and --no-broll-renaming, straight into the load options.
 void addLoadFlags(CLI::App& command, core::EdlLoadOptions& load);
 
+// What every command that generates from the cuts takes: --old, --new,
+// --rate, --match, --heal, --vfx and the load flags.
+struct CutOptions {
+    std::vector<std::string> oldFiles;
+    std::vector<std::string> newFiles;
+    std::string rate;
+    std::string match = "roll";
+    std::string heal;
+    std::vector<std::string> vfx;
+    core::EdlLoadOptions load;
+};
+void addCutOptions(CLI::App& command, CutOptions& options);
+// The match rule, heal mode, B-roll renaming and VFX rows into the settings.
+void applyCutSettings(const CutOptions& options, const std::vector<core::VfxPatternEntry>& patterns,
+                      core::Settings& settings);
+
 // Runs a command's body and sets io.exitStatus to what it answers. A failure
 // it throws (a Result code or a standard exception) ends the command, never
 // the program: it is named under commandName and the status is

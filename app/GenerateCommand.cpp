@@ -24,15 +24,8 @@ using util::StringUtil;
 
 namespace {
 
-struct GenerateOptions {
-    std::vector<std::string> oldFiles;
-    std::vector<std::string> newFiles;
+struct GenerateOptions : CutOptions {
     std::string output;
-    std::string rate;
-    std::string match = "roll";
-    std::string heal;
-    std::vector<std::string> vfx;
-    core::EdlLoadOptions load;
     bool json = false;
 };
 
@@ -87,12 +80,7 @@ public:
 
         core::DataModel model;
         core::Settings& settings = model.getSettings();
-        settings.setMatchName(matchNameOf(options.match));
-        if (!options.heal.empty())
-            settings.setHealProcessing(healModeOf(options.heal));
-        settings.setBRollRenaming(options.load.renameBRolls);
-        for (size_t index = 0; index < patterns.size(); ++index)
-            settings.setVfxPattern(patterns[index], index);
+        applyCutSettings(options, patterns, settings);
 
         // The Old files come first in the loader, then the New ones.
         std::vector<core::EdlFileReport> reports;
@@ -216,15 +204,8 @@ void registerGenerateCommand(CLI::App& program, CommandIo& io)
     auto options = std::make_shared<GenerateOptions>();
     auto* command = program.add_subcommand(
         "generate", "Compare Old and New EDLs and work out the Change EDL: where each stretch of the old cut now lies.");
-    command->add_option("--old", options->oldFiles, "Old EDL file (the cut the sound was done on); repeatable")
-        ->required();
-    command->add_option("--new", options->newFiles, "New EDL file (the re-cut picture); repeatable")->required();
+    addCutOptions(*command, *options);
     command->add_option("-o,--output", options->output, "Write the Change EDL to this CMX file");
-    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
-    addMatchOption(*command, options->match, "Match events by roll name or clip name");
-    addHealOption(*command, options->heal);
-    addVfxOption(*command, options->vfx);
-    addLoadFlags(*command, options->load);
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
     command->callback(
         [options, &io] { runCommand(io, commandName, 1, [&] { return GenerateRun(*options, io).run(); }); });

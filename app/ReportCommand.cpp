@@ -22,15 +22,8 @@ using util::Result;
 
 namespace {
 
-struct ReportOptions {
-    std::vector<std::string> oldFiles;
-    std::vector<std::string> newFiles;
+struct ReportOptions : CutOptions {
     std::string output;
-    std::string rate;
-    std::string match = "roll";
-    std::string heal;
-    std::vector<std::string> vfx;
-    core::EdlLoadOptions load;
     std::string format = "text";
 };
 
@@ -63,13 +56,7 @@ int runReport(const ReportOptions& options, CommandIo& io)
     core::ScopedFramerateProvider providerScope(&provider);
 
     core::DataModel model;
-    core::Settings& settings = model.getSettings();
-    settings.setMatchName(matchNameOf(options.match));
-    if (!options.heal.empty())
-        settings.setHealProcessing(healModeOf(options.heal));
-    settings.setBRollRenaming(options.load.renameBRolls);
-    for (size_t index = 0; index < patterns->size(); ++index)
-        settings.setVfxPattern((*patterns)[index], index);
+    applyCutSettings(options, *patterns, model.getSettings());
 
     // Load notes go to the error stream: the report itself may be what is
     // printed.
@@ -129,15 +116,8 @@ void registerReportCommand(CLI::App& program, CommandIo& io)
     auto options = std::make_shared<ReportOptions>();
     auto* command = program.add_subcommand(
         "report", "Tell shot by shot what changed between the cuts, and what needs sound.");
-    command->add_option("--old", options->oldFiles, "Old EDL file (the cut the sound was done on); repeatable")
-        ->required();
-    command->add_option("--new", options->newFiles, "New EDL file (the re-cut picture); repeatable")->required();
+    addCutOptions(*command, *options);
     command->add_option("-o,--output", options->output, "Write the report to this file");
-    command->add_option("--rate", options->rate, "Project frame rate")->check(CLI::IsMember(core::rateNames()));
-    addMatchOption(*command, options->match, "Match events by roll name or clip name");
-    addHealOption(*command, options->heal);
-    addVfxOption(*command, options->vfx);
-    addLoadFlags(*command, options->load);
     command->add_option("--format", options->format, "text, csv, json or html")
         ->check(CLI::IsMember({"text", "csv", "json", "html"}));
     command->callback([options, &io] { runCommand(io, commandName, 1, [&] { return runReport(*options, io); }); });
