@@ -142,6 +142,7 @@ void FileDialog::open(int kind)
     static const char16_t* const headings[] = {u"Add EDL to Old List", u"Add EDL to New List",
                                                u"Add EDL to Change EDL List"};
     heading.setText(translated(headings[kind]), juce::dontSendNotification);
+    resized();
     setVisible(true);
 }
 
@@ -338,10 +339,12 @@ void FileDialog::resized()
     fileList.setBounds(x + 15, y + 52, panelWidth - 80, 200);
     browseButton.setBounds(x + panelWidth - 55, y + 52, 40, 24);
 
-    // Two columns of ranges: SRC on the left, DST on the right.
+    // Two columns of ranges: SRC on the left, DST on the right; without the
+    // SRC side (an Old or New EDL) the DST column takes the left.
     const int rowsY = y + 268;
+    const bool withSource = listKind == EventList::ChangeKind;
     for (int column = 0; column < 2; ++column) {
-        const int columnX = x + 15 + column * (panelWidth / 2);
+        const int columnX = x + 15 + (withSource ? column : 0) * (panelWidth / 2);
         for (int row = 0; row < 2; ++row) {
             const int which = column * 2 + row;
             rangeCaptions[which]->setBounds(columnX, rowsY + row * 28, 110, 24);

@@ -8,6 +8,7 @@
 #include "studio/Studio.h"
 
 #include <filesystem>
+#include <iostream>
 
 namespace montala::studio {
 
@@ -37,16 +38,22 @@ UnsavedChoice askInWindow(const std::string& name)
     return answer == 1 ? UnsavedChoice::Save : answer == 2 ? UnsavedChoice::Discard : UnsavedChoice::Cancel;
 }
 
-std::string pickInWindow(bool forSaving)
+// Starts in the folder of the session open now, where its EDLs and earlier
+// versions usually lie.
+std::string pickInWindow(bool forSaving, const std::string& sessionPath)
 {
-    juce::FileChooser chooser(forSaving ? "Save Session" : "Open Session",
-                              juce::File::getCurrentWorkingDirectory(), "*.json", false);
+    const juce::File start = sessionPath.empty() ? juce::File::getCurrentWorkingDirectory()
+                                                 : juce::File(text(sessionPath)).getParentDirectory();
+    juce::FileChooser chooser(forSaving ? "Save Session" : "Open Session", start, "*.json", false);
     const bool chosen = forSaving ? chooser.browseForFileToSave(true) : chooser.browseForFileToOpen();
     return chosen ? chooser.getResult().getFullPathName().toStdString() : std::string();
 }
 
+// The summary in a box the user dismisses, and on the console too, where a
+// run's facts can be kept or compared with what `montala conform` printed.
 void showInWindow(const std::string& title, const std::string& message)
 {
+    std::cout << title << "\n" << message << "\n" << std::flush;
     juce::AlertWindow::showMessageBox(juce::MessageBoxIconType::InfoIcon, text(title), text(message));
 }
 
@@ -117,7 +124,8 @@ std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key)
 StudioWindow::StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit)
     : juce::DocumentWindow("Montala", gui::palette::window, juce::DocumentWindow::allButtons, true),
       studio(studio), montalaView(std::move(view)), onQuit(std::move(onQuit)), askUnsaved(askInWindow),
-      pickFile(pickInWindow), showSummary(showInWindow)
+      pickFile([&studio](bool forSaving) { return pickInWindow(forSaving, studio.sessionPath()); }),
+      showSummary(showInWindow)
 {
     setUsingNativeTitleBar(true);
     setMenuBar(this);
