@@ -170,8 +170,9 @@ void SettingsDialog::setSettings(Settings* newSettings)
     showSeconds(preserveAfter, settings->getPreserveAfter());
 
     // The range's inputs mean something only while the range is restricted.
-    preserveBefore.setEnabled(settings->getRestrictRange());
-    preserveAfter.setEnabled(settings->getRestrictRange());
+    for (juce::Component* part : std::initializer_list<juce::Component*>{&preserveBefore, &preserveAfter,
+                                                                         &beforeCaption, &afterCaption})
+        part->setEnabled(settings->getRestrictRange());
     setEnabled(true);
 }
 

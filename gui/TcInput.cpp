@@ -231,6 +231,9 @@ void TcInput::resized()
 
 void TcInput::enablementChanged()
 {
+    // Drawn at half strength while disabled, as disabled labels are, so that
+    // a value that does not count now does not read as one that does.
+    setAlpha(isEnabled() ? 1.0f : 0.5f);
     m_disableOverlay.setVisible(!isEnabled());
     if (!isEnabled())
         m_disableOverlay.toFront(false);
