@@ -2,8 +2,10 @@
 
 // The reel that the apply and verify benchmarks share: a shuffled random
 // re-cut whose every shot moved (so each is one Change event), over a
-// session of plain tracks with one event per shot and track, written once
-// per size into a folder of this process's own.
+// session of plain tracks with one event per shot and track, or of the
+// tracks a mix has (layers, parts, joined takes), either with volume
+// automation on every fourth track; written once per size into a folder of
+// this process's own.
 
 #include "run/RandomSession.h"
 
@@ -19,22 +21,37 @@ namespace montala::bench {
 
 namespace fs = std::filesystem;
 
-inline fs::path reelFolder(const std::string& prefix, int shots, int tracks)
+// What the session holds besides the events of its tracks.
+enum class Session { Plain, Automated, Mixed };
+
+inline const char* sessionName(Session session)
 {
-    return fs::temp_directory_path() /
-           (prefix + std::to_string(::getpid()) + "-" + std::to_string(shots) + "x" + std::to_string(tracks));
+    switch (session) {
+    case Session::Plain: return "plain";
+    case Session::Automated: return "automated";
+    case Session::Mixed: return "mixed";
+    }
+    return "?";
+}
+
+inline fs::path reelFolder(const std::string& prefix, int shots, int tracks, Session session = Session::Plain)
+{
+    return fs::temp_directory_path() / (prefix + std::to_string(::getpid()) + "-" + std::to_string(shots) + "x" +
+                                         std::to_string(tracks) + "-" + sessionName(session));
 }
 
 // Writes the Old session and both cuts into folder; the request names them
 // and the conformed session's place beside them.
-inline run::ConformRequest writeReel(const fs::path& folder, int shots, int tracks)
+inline run::ConformRequest writeReel(const fs::path& folder, int shots, int tracks,
+                                    Session session = Session::Plain)
 {
     fs::create_directories(folder);
     test::RandomRecut::Shape shape;
     shape.shots = shots;
     shape.audioTracks = tracks;
     shape.shuffled = true;
-    shape.plain = true;
+    shape.plain = session != Session::Mixed;
+    shape.automatedEvery = session == Session::Plain ? 0 : 4;
     test::RandomRecut recut(7, shape);
     run::ConformRequest request;
     request.sessionPath = (folder / "old.json").string();

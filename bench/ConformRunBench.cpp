@@ -1,6 +1,8 @@
 // The whole apply on the simulated host, as `montala conform` runs it: a
 // reel whose every shot moved (so each is one Change event) under a session
-// of plain tracks, one event per shot and track, all markers on.
+// of plain tracks (one event per shot and track), the same with volume
+// automation on every fourth track, or a mix's tracks (layers, parts,
+// joined takes) with that automation; all markers on.
 //
 // The time reported is the run's own, from startConform to its end (the
 // host's edit, the cuts, the detectors, the markers, the move home); loading
@@ -18,6 +20,7 @@
 #include <chrono>
 #include <filesystem>
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -33,14 +36,14 @@ struct Reel {
     fs::path folder;
 };
 
-const Reel& reel(int shots, int tracks)
+const Reel& reel(int shots, int tracks, bench::Session session)
 {
-    static std::map<std::pair<int, int>, Reel> made;
-    Reel& found = made[{shots, tracks}];
+    static std::map<std::tuple<int, int, bench::Session>, Reel> made;
+    Reel& found = made[{shots, tracks, session}];
     if (!found.folder.empty())
         return found;
-    found.folder = bench::reelFolder(folderPrefix, shots, tracks);
-    found.request = bench::writeReel(found.folder, shots, tracks);
+    found.folder = bench::reelFolder(folderPrefix, shots, tracks, session);
+    found.request = bench::writeReel(found.folder, shots, tracks, session);
     return found;
 }
 
@@ -48,7 +51,9 @@ void conformRun(benchmark::State& state)
 {
     util::StringConverter converter;
     util::ScopedStringConverter converterScope(converter);
-    const Reel& files = reel(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    const auto session = static_cast<bench::Session>(state.range(2));
+    const Reel& files = reel(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), session);
+    state.SetLabel(bench::sessionName(session));
 
     run::ConformOutcome outcome;
     double job = 0.0;
@@ -69,14 +74,27 @@ void conformRun(benchmark::State& state)
     state.counters["perPiece_us"] = outcome.seconds / pieces * 1e6;
 }
 
+constexpr int plain = static_cast<int>(bench::Session::Plain);
+constexpr int automated = static_cast<int>(bench::Session::Automated);
+constexpr int mixed = static_cast<int>(bench::Session::Mixed);
+
 BENCHMARK(conformRun)
-    ->Args({250, 32})
-    ->Args({1000, 32})
-    ->Args({2000, 32})
-    ->Args({5000, 32})
-    ->Args({1000, 64})
-    ->Args({2500, 64})
-    ->Args({5000, 64})
+    ->ArgNames({"shots", "tracks", "session"})
+    ->Args({250, 32, plain})
+    ->Args({1000, 32, plain})
+    ->Args({2000, 32, plain})
+    ->Args({5000, 32, plain})
+    ->Args({1000, 64, plain})
+    ->Args({2500, 64, plain})
+    ->Args({5000, 64, plain})
+    ->Args({500, 32, automated})
+    ->Args({1000, 32, automated})
+    ->Args({2000, 32, automated})
+    ->Args({5000, 32, automated})
+    ->Args({10000, 32, automated})
+    ->Args({500, 32, mixed})
+    ->Args({2000, 32, mixed})
+    ->Args({5000, 32, mixed})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 

@@ -76,6 +76,10 @@ public:
         // Automation steps (two points at one time) on the Old cut's shot
         // edges, on a ramp and on a stepped mute.
         bool edgeSteps = false;
+        // Volume automation on every n-th audio track (a point every 0.5 to
+        // 6 s), plain or not; 0 keeps it on the first dialogue track of a
+        // session that is not plain, as a mix usually starts.
+        int automatedEvery = 0;
     };
 
     static constexpr std::int64_t handle = 100;
@@ -450,9 +454,14 @@ private:
         }
         join(json, events);
         json << "]";
-        if (track == 0)
+        if (automated(track))
             automation(json);
         json << "}";
+    }
+
+    bool automated(int track) const
+    {
+        return shape.automatedEvery > 0 ? track % shape.automatedEvery == 0 : !shape.plain && track == 0;
     }
 
     // Effects: events anywhere on the cut, in layers over each other, and
@@ -485,7 +494,10 @@ private:
             }
         }
         join(json, events);
-        json << "]}";
+        json << "]";
+        if (automated(track))
+            automation(json);
+        json << "}";
     }
 
     // A Volume ramp through random points; with edge steps it jumps on a
@@ -575,7 +587,10 @@ private:
             record += shot.length();
         }
         join(json, events);
-        json << "]}";
+        json << "]";
+        if (automated(track))
+            automation(json);
+        json << "}";
     }
 
     static void join(std::ostringstream& json, const std::vector<std::string>& items)
