@@ -358,6 +358,10 @@ void SimObject::dropChain()
     for (SimObject* node = this; node; node = node->parentNode) {
         node->sortedChain.reset();
         node->childOrder.reset();
+        // The orders above an automation track are of the track's events:
+        // a point that comes or goes leaves them as they are.
+        if (node->objectKind == ObjectKind::AutomationTrack)
+            break;
     }
 }
 
@@ -482,13 +486,29 @@ void SimObject::settle() const
 void SimObject::replaceChildren(const List& list)
 {
     settle();
+    replaceChildren(0, childList.size(), list);
+}
+
+void SimObject::replaceChildren(std::size_t first, std::size_t last, const List& list)
+{
+    settle();
     noteListChange(false);
     dropChain();
-    for (const auto& child : childList)
-        if (child->parentNode == this)
-            child->parentNode = nullptr;
-    childList = list;
-    setListParents(childList);
+    last = std::min(last, childList.size());
+    first = std::min(first, last);
+    // Those that stay keep their parent; only the ones that leave let go of
+    // it and only the new ones take it, so a paste among a long list of
+    // points costs what it changes.
+    for (std::size_t i = first; i < last; ++i)
+        childList[i]->parentNode = nullptr;
+    const auto at = childList.erase(childList.begin() + static_cast<std::ptrdiff_t>(first),
+                                    childList.begin() + static_cast<std::ptrdiff_t>(last));
+    childList.insert(at, list.begin(), list.end());
+    for (const auto& child : list) {
+        child->parentNode = this;
+        if (child->owner != owner)
+            child->bindTo(owner);
+    }
 }
 
 void SimObject::appendAutomation(IPtr<SimObject> automationTrack)

@@ -195,6 +195,8 @@ public:
     void insertPoint(Kelmar::IPtr<SimObject> point);
     bool removeChild(SimObject* child);
     void replaceChildren(const List& list);
+    // Puts `list` in the place of the children [first, last).
+    void replaceChildren(std::size_t first, std::size_t last, const List& list);
     void appendAutomation(Kelmar::IPtr<SimObject> automationTrack);
     void putAttribute(const std::string& name, const Kelmar::FVariant& value);
     void dropAttribute(const std::string& name);

@@ -63,6 +63,13 @@ std::optional<SimObject::Fields> trimmedFields(const SimObject& node, double sta
     return values;
 }
 
+// The first of the points (in time order) that lies after `time`.
+SimObject::List::const_iterator firstAfter(const SimObject::List& points, double time)
+{
+    return std::upper_bound(points.begin(), points.end(), time,
+                            [](double t, const IPtr<SimObject>& point) { return t < point->get().start; });
+}
+
 // `list` with `point` put after the points at or before its time.
 void insertSorted(SimObject::List& list, IPtr<SimObject> point)
 {
@@ -84,10 +91,9 @@ std::optional<double> SimRangeEditor::valueAt(const SimObject::List& points, int
         return std::nullopt;
     if (time < points.front()->get().start)
         return points.front()->get().value;
-    // The last point at or before `time`, and the one after it.
-    std::size_t before = 0;
-    while (before + 1 < points.size() && points[before + 1]->get().start <= time)
-        ++before;
+    // The last point at or before `time`, and the one after it: the points
+    // are in time order.
+    const std::size_t before = static_cast<std::size_t>(firstAfter(points, time) - points.begin()) - 1;
     const SimObject::Fields& p = points[before]->get();
     if (before + 1 >= points.size())
         return p.value;
@@ -190,13 +196,15 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
         SimObject::List points;
         if (!automationTrack->children().empty()) {
             points.push_back(newPoint(0.0, *valueAt(*automationTrack, start)));
-            for (const auto& point : automationTrack->children()) {
-                const double time = point->get().start;
-                if (time > start + epsilon && time < end - epsilon) {
-                    IPtr<SimObject> pointCopy = point->cloneTree();
-                    shift(*pointCopy, -start);
-                    points.push_back(pointCopy);
-                }
+            // Only the points inside the range, found in the time order.
+            const SimObject::List& all = automationTrack->children();
+            for (auto it = firstAfter(all, start + epsilon); it != all.end(); ++it) {
+                const double time = (*it)->get().start;
+                if (time >= end - epsilon)
+                    break;
+                IPtr<SimObject> pointCopy = (*it)->cloneTree();
+                shift(*pointCopy, -start);
+                points.push_back(pointCopy);
             }
             points.push_back(newPoint(end - start, *valueAt(*automationTrack, end)));
         }
