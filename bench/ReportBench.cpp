@@ -93,7 +93,8 @@ void BM_Report(benchmark::State& state)
         case 0: report::writeText(out, changes); break;
         case 1: report::writeCsv(out, changes); break;
         case 2: report::writeJson(out, changes); break;
-        default: report::writeHtml(out, changes, "old to new"); break;
+        case 3: report::writeHtml(out, changes, "old to new"); break;
+        default: break; // the report alone, unwritten
         }
         bytes = out.str().size();
         benchmark::DoNotOptimize(bytes);
@@ -104,5 +105,11 @@ void BM_Report(benchmark::State& state)
 
 } // namespace
 
-// shots, format: 0 text, 1 CSV, 2 JSON, 3 HTML
-BENCHMARK(BM_Report)->Args({10000, 0})->Args({10000, 1})->Args({10000, 2})->Args({10000, 3})->Unit(benchmark::kMillisecond);
+// shots, format: 0 text, 1 CSV, 2 JSON, 3 HTML, 4 none (building only)
+BENCHMARK(BM_Report)
+    ->Args({10000, 0})
+    ->Args({10000, 1})
+    ->Args({10000, 2})
+    ->Args({10000, 3})
+    ->Args({10000, 4})
+    ->Unit(benchmark::kMillisecond);

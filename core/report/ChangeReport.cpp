@@ -189,21 +189,24 @@ std::vector<std::string> tokens(const std::string& name)
     return parts;
 }
 
-// The name with each run of digits replaced by '#': versions and takes of a
-// shot share it.
-std::string numberless(const std::string& name)
+// The name once for each run of digits in it, with that run replaced by
+// '#': two names one version number apart share one of these.
+//   SH010V01 -> SH#V01, SH010V#
+std::vector<std::string> numberVariants(const std::string& name)
 {
-    std::string result;
-    bool inDigits = false;
-    for (char c : name) {
-        const bool digit = c >= '0' && c <= '9';
-        if (!digit)
-            result += c;
-        else if (!inDigits)
-            result += '#';
-        inDigits = digit;
+    std::vector<std::string> variants;
+    for (size_t at = 0; at < name.size();) {
+        if (name[at] < '0' || name[at] > '9') {
+            ++at;
+            continue;
+        }
+        size_t end = at;
+        while (end < name.size() && name[end] >= '0' && name[end] <= '9')
+            ++end;
+        variants.push_back(name.substr(0, at) + "#" + name.substr(end));
+        at = end;
     }
-    return result;
+    return variants;
 }
 
 // Where two names differ in exactly one number and nowhere else: the index
@@ -380,13 +383,14 @@ public:
                 oldByKey.add(old.key, old.source, index);
             if (!old.flawless)
                 continue;
-            oldByNumberless.add(numberless(names.byRule(*old.event)), old.source, index);
+            for (const std::string& variant : numberVariants(names.byRule(*old.event)))
+                oldByVersion.add(variant, old.source, index);
             if (!names.other(*old.event).empty())
                 oldByOther.add(names.other(*old.event), old.source, index);
         }
         for (size_t index = 0; index < carriers.size(); ++index)
             carrierByDst.add("", carriers[index].dst, index);
-        for (GroupedIndex* index : {&oldByRecord, &oldByKey, &oldByNumberless, &oldByOther, &carrierByDst})
+        for (GroupedIndex* index : {&oldByRecord, &oldByKey, &oldByVersion, &oldByOther, &carrierByDst})
             index->build();
         feeds.resize(olds.size());
         referenced.assign(olds.size(), false);
@@ -581,13 +585,14 @@ private:
             found.reason = GapReason::FlawedEvent;
             found.old = flawed;
         } else {
-            const std::vector<std::string> name = tokens(names.byRule(event));
-            for (uint32_t id : oldByNumberless.find(numberless(names.byRule(event)), shot.source)) {
-                const EventBase& old = *olds[id].event;
-                if (old.hasMotionSpeed(event.getMotionSpeed()) && oneNumberApart(tokens(names.byRule(old)), name)) {
-                    found.reason = GapReason::VfxPattern;
-                    found.old = static_cast<int>(id);
-                    return found;
+            for (const std::string& variant : numberVariants(names.byRule(event))) {
+                for (uint32_t id : oldByVersion.find(variant, shot.source)) {
+                    const EventBase& old = *olds[id].event;
+                    if (old.hasMotionSpeed(event.getMotionSpeed()) && names.byRule(old) != names.byRule(event)) {
+                        found.reason = GapReason::VfxPattern;
+                        found.old = static_cast<int>(id);
+                        return found;
+                    }
                 }
             }
             if (!names.other(event).empty()) {
@@ -940,7 +945,7 @@ private:
     std::vector<Carrier> carriers;
     GroupedIndex oldByRecord;
     GroupedIndex oldByKey;
-    GroupedIndex oldByNumberless;
+    GroupedIndex oldByVersion; // by each numberVariants of the name
     GroupedIndex oldByOther;
     GroupedIndex carrierByDst;
     std::vector<Trace> traces;
@@ -977,7 +982,15 @@ std::string ChangeReport::timecode(int frames) const
 {
     Timecode tc;
     tc.fromFrames(std::clamp(frames, 0, rate.maxFrames), rate);
-    return tc.toString();
+    // hh:mm:ss:ff as Timecode::toString writes it, without a printf for
+    // each of the many thousand a long report holds.
+    std::string text = "00:00:00:00";
+    const int fields[4] = {tc.getHours(), tc.getMinutes(), tc.getSeconds(), tc.getFrames()};
+    for (int index = 0; index < 4; ++index) {
+        text[index * 3] = static_cast<char>('0' + fields[index] / 10 % 10);
+        text[index * 3 + 1] = static_cast<char>('0' + fields[index] % 10);
+    }
+    return text;
 }
 
 std::string ChangeReport::signedTimecode(int frames) const

@@ -6,6 +6,7 @@
 #include "core/report/ReportWriters.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <ostream>
 
@@ -55,11 +56,12 @@ std::string escape(const std::string& text)
     return escaped;
 }
 
+// A coordinate to a tenth of a pixel.
 std::string fixed(double value)
 {
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f", value);
-    return text;
+    const auto written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 1);
+    return std::string(text, written.ptr);
 }
 
 std::string event(int number)
