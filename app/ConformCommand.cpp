@@ -2,6 +2,7 @@
 #include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
+#include "app/ReportPrinting.h"
 #include "core/FramerateNames.h"
 #include "run/ConformJob.h"
 #include "util/Result.h"
@@ -178,6 +179,9 @@ public:
             return interrupted != 0;
         };
         watcher.cancelRequested = [] { return interrupted != 0; };
+        watcher.generated = [this](const core::DataModel& model, const core::Framerate& rate) {
+            changeReport = core::report::ChangeReportBuilder().build(model, rate);
+        };
 
         const ConformOutcome outcome = run::runConform(request, watcher);
         bar.end();
@@ -272,6 +276,8 @@ private:
         io.out << "Time taken: " << seconds << " s\n";
         if (outcome.written)
             io.out << "Wrote " << options.output << "\n";
+        if (changeReport)
+            printReportDigest(io.out, *changeReport);
     }
 
     void printJson(const ConformOutcome& outcome)
@@ -299,12 +305,15 @@ private:
             {"seconds", outcome.seconds},
             {"written", outcome.written ? nlohmann::json(options.output) : nlohmann::json(nullptr)},
         };
+        if (changeReport)
+            document["report"] = reportDigestJson(*changeReport);
         io.out << document.dump(2) << "\n";
     }
 
     const ConformOptions& options;
     CommandIo& io;
     std::ostream& notes;
+    std::optional<core::report::ChangeReport> changeReport; // when the Change EDL came from the cuts
 };
 
 } // namespace

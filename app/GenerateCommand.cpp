@@ -2,6 +2,7 @@
 #include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
+#include "app/ReportPrinting.h"
 #include "core/DataModel.h"
 #include "core/EdlLoader.h"
 #include "core/FramerateNames.h"
@@ -136,12 +137,15 @@ public:
                 io.out << ",\n  \"failure\": ";
                 writeJsonString(io.out, model.lastGenerationFailure().describe());
             }
+            if (result == Result::Ok)
+                io.out << ",\n  \"report\": " << dumpJson(reportDigestJson(model, *rate));
             io.out << ",\n  \"written\": " << dumpJson(written) << "\n}\n";
         } else if (result == Result::Ok) {
             io.out << "Project rate: " << core::rateName(*rate) << "\n";
             printEventTable(io.out, change);
             for (const std::string& path : written)
                 io.out << "Wrote " << path << "\n";
+            printReportDigest(io.out, model, *rate);
         }
         return status;
     }

@@ -175,6 +175,8 @@ private:
             if (generated != Result::Ok)
                 return failed(generated, std::string("the Change EDL could not be generated (") +
                                              Result::name(generated) + ")");
+            if (watcher.generated)
+                watcher.generated(model, outcome.rate);
         }
         outcome.changeEvents = model.getChangeList().getSize();
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/DataModel.h"
 #include "core/EdlLoader.h"
 #include "core/Framerate.h"
 #include "core/Settings.h"
@@ -64,6 +65,9 @@ struct ConformWatcher {
     std::function<bool()> cancelRequested;
     // The conformed project, before it is saved (an audit in memory).
     std::function<void(sim::SimProject&)> conformed;
+    // The model right after a Change EDL was generated from the cuts, at the
+    // project's rate (for a report of what changed).
+    std::function<void(const core::DataModel&, const core::Framerate&)> generated;
 };
 
 struct ConformOutcome {

@@ -62,5 +62,34 @@ TEST_F(ReportCommandTest, RefusesToWriteOverAnEdlItRead)
     EXPECT_EQ(runMontala({"report", "--old", shortFilm::oldEdl, "--new", copy, "--format", "pdf"}).status, 2);
 }
 
+TEST_F(ReportCommandTest, GenerateAndConformEndWithTheSummaryAndWhatNeedsSound)
+{
+    const std::vector<std::string> cuts = {"--old", shortFilm::oldEdl, "--new", shortFilm::newEdl};
+    const std::string summary = "81 New shots: 11 unchanged, 64 moved,";
+    const std::string freeze = "01:03:27:02-01:03:29:02     50 frames  New 048: a freeze of a frame";
+
+    std::vector<std::string> generate = {"generate"};
+    generate.insert(generate.end(), cuts.begin(), cuts.end());
+    const CommandRun generated = runMontala(generate);
+    ASSERT_EQ(generated.status, 0) << generated.err;
+    EXPECT_LT(generated.out.find("Healed Event"), generated.out.find(summary));
+    EXPECT_TRUE(contains(generated.out, "Needs sound (5):\n"));
+    EXPECT_TRUE(contains(generated.out, freeze));
+    generate.push_back("--json");
+    const nlohmann::json document = nlohmann::json::parse(runMontala(generate).out);
+    EXPECT_EQ(document["report"]["needsSound"].size(), 5u);
+    EXPECT_EQ(document["report"]["needsSound"][1]["reason"], "frozen");
+    EXPECT_EQ(document["report"]["suggestions"][0]["option"], "--vfx SH***V:");
+
+    std::vector<std::string> conform = {"conform", shortFilm::session, "-o", pathOf("out.json")};
+    conform.insert(conform.end(), cuts.begin(), cuts.end());
+    const CommandRun conformed = runMontala(conform);
+    ASSERT_EQ(conformed.status, 0) << conformed.err;
+    EXPECT_LT(conformed.out.find("Wrote "), conformed.out.find(summary));
+    EXPECT_TRUE(contains(conformed.out, freeze));
+    conform.push_back("--json");
+    EXPECT_EQ(nlohmann::json::parse(runMontala(conform).out)["report"]["needsSound"].size(), 5u);
+}
+
 } // namespace
 } // namespace montala::test
