@@ -3,6 +3,7 @@
 #include "core/DataModel.h"
 #include "gui/MainGui.h"
 #include "gui/Palette.h"
+#include "studio/ChangeReportPage.h"
 #include "studio/RunSummaryText.h"
 #include "studio/Steps.h"
 #include "studio/Studio.h"
@@ -73,6 +74,8 @@ juce::KeyPress keyOf(MenuItem item)
         return juce::KeyPress('q', command, 0);
     case UndoItem:
         return juce::KeyPress('z', command, 0);
+    case ReportItem:
+        return juce::KeyPress('r', command | shift, 0);
     case RedoItem:
         break;
     }
@@ -98,6 +101,7 @@ juce::PopupMenu buildMenu(Studio& studio, int index)
         addEntry(menu, OpenItem, "Open Session...", idle);
         addEntry(menu, SaveItem, "Save Session", idle && studio.project() != nullptr);
         addEntry(menu, SaveAsItem, "Save Session As...", idle && studio.project() != nullptr);
+        addEntry(menu, ReportItem, "Open Change Report", idle && studio.project() != nullptr);
         menu.addSeparator();
         addEntry(menu, QuitItem, "Quit", idle);
     } else if (index == 1) {
@@ -113,7 +117,7 @@ juce::PopupMenu buildMenu(Studio& studio, int index)
 
 std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key)
 {
-    for (MenuItem item : {OpenItem, SaveItem, SaveAsItem, QuitItem, UndoItem, RedoItem})
+    for (MenuItem item : {OpenItem, SaveItem, SaveAsItem, QuitItem, UndoItem, RedoItem, ReportItem})
         if (key == keyOf(item))
             return item;
     if (key == juce::KeyPress('y', juce::ModifierKeys::commandModifier, 0))
@@ -177,9 +181,22 @@ void StudioWindow::menuItemSelected(int itemId, int)
     case RedoItem:
         redo();
         break;
+    case ReportItem:
+        openChangeReport();
+        break;
     default:
         break;
     }
+}
+
+void StudioWindow::openChangeReport()
+{
+    std::string error;
+    const std::string page = writeChangeReportPage(studio, error);
+    if (page.empty())
+        juce::AlertWindow::showMessageBoxAsync(juce::MessageBoxIconType::InfoIcon, "Montala", text(error));
+    else
+        juce::URL(juce::File(text(page))).launchInDefaultBrowser();
 }
 
 void StudioWindow::closeButtonPressed()

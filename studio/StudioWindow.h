@@ -23,6 +23,7 @@ enum MenuItem {
     QuitItem,
     UndoItem,
     RedoItem,
+    ReportItem,
 };
 
 // The File and Edit menus as they stand for the studio now: Undo and Redo
@@ -82,6 +83,9 @@ public:
     bool quit();
     bool undo();
     bool redo();
+    // Writes the change report as HTML and opens it in the browser, or says
+    // why there is none yet.
+    void openChangeReport();
 
     // "Montala - short-film-25.json *": the session, and a star for unsaved
     // changes.
