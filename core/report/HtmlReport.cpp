@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <optional>
 #include <ostream>
 
 namespace montala::core::report {
@@ -178,18 +179,22 @@ void writePicture(std::ostream& out, const ChangeReport& report)
                 << "\" y=\"" << fixed(newBottom + 28) << "\">" << report.timecode(newStart + frame) << "</text>";
         out << "\n";
     }
-    // Lines first, so blocks stay on top; unchanged ones faint.
+    // Lines first, so blocks stay on top. A shot that moved with the one
+    // before it (a ripple) is drawn faint, so that on a long reel the eye
+    // goes to where the offset changes and to what needs work.
+    std::optional<int> previousOffset;
     for (const ShotRow& row : report.rows) {
         if (!row.hasOld || !row.hasNew || !row.hasOffset)
             continue;
         const int length = row.newDuration();
         const double from = oldX(row.newIn - row.offset) + length * scale / 2;
         const double to = newX(row.newIn) + length * scale / 2;
-        const bool quiet = row.fate == Fate::Unchanged;
+        const bool quiet = row.fate == Fate::Unchanged || (row.fate == Fate::Moved && previousOffset == row.offset);
+        previousOffset = row.offset;
         out << "<path d=\"M" << fixed(from) << " " << fixed(oldBottom) << " C" << fixed(from) << " "
             << fixed(oldBottom + 70) << " " << fixed(to) << " " << fixed(newTop - 70) << " " << fixed(to) << " "
             << fixed(newTop) << "\" fill=\"none\" stroke=\"" << fateColours[static_cast<int>(row.fate)]
-            << "\" stroke-width=\"" << (quiet ? "1" : "1.6") << "\" stroke-opacity=\"" << (quiet ? "0.35" : "0.8")
+            << "\" stroke-width=\"" << (quiet ? "1" : "1.6") << "\" stroke-opacity=\"" << (quiet ? "0.25" : "0.85")
             << "\"/>\n";
     }
     for (const ShotRow& row : report.rows) {
