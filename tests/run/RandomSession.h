@@ -258,6 +258,8 @@ private:
             shot.record = 2 * (shot.srcOut - shot.srcIn);
         }
         shot.dissolve = std::min(shot.dissolve, shot.record - 1);
+        if (shot.srcOut - shot.srcIn == 2 * shot.record)
+            shot.dissolve -= shot.dissolve % 2;
     }
 
     // One source frame held for more than 100 frames: a motion speed under
@@ -268,7 +270,15 @@ private:
         shot.record = pick(101, 180);
     }
 
-    void dissolve(Shot& shot) { shot.dissolve = chance(25) ? 0 : pick(4, std::min<std::int64_t>(30, shot.record - 1)); }
+    // At double speed a dissolve of an odd length lies over half a frame of
+    // source, which the Change EDL's generation rounds either way by a
+    // hair of the record times: kept even there.
+    void dissolve(Shot& shot)
+    {
+        shot.dissolve = chance(25) ? 0 : pick(4, std::min<std::int64_t>(30, shot.record - 1));
+        if (shot.srcOut - shot.srcIn == 2 * shot.record)
+            shot.dissolve -= shot.dissolve % 2;
+    }
 
     // Every shot somewhere else, so that no two neighbours stay neighbours
     // and each is one Change event.
