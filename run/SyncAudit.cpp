@@ -3,6 +3,7 @@
 #include "core/EventList.h"
 #include "core/FramerateNames.h"
 #include "core/Timecode.h"
+#include "host/Track.h"
 #include "run/PlaybackTrace.h"
 #include "sim/SessionFile.h"
 #include "sim/SimHost.h"
@@ -218,12 +219,24 @@ std::string utf8(const std::u16string& text)
     return Kelmar::String::utf16ToUtf8(text);
 }
 
-// Audio, video and the user's marker tracks; those Montala writes its own
-// reports on carry an attribute that says which they are.
+// The kind of track Montala made for itself, none for the user's tracks.
+std::optional<std::int64_t> montalaType(const SimObject& track)
+{
+    const auto type = track.attributes().find("Montala:MarkerType");
+    if (track.kind() != ObjectKind::MarkerTrack || type == track.attributes().end())
+        return std::nullopt;
+    return type->second.isInt() ? type->second.getInt() : -1;
+}
+
+constexpr std::int64_t memosType = static_cast<std::int64_t>(host::TrackType::Memos);
+
+// Audio, video and the user's marker tracks. Of the tracks Montala writes its
+// own reports on, the memos are the user's, and go with the picture like any
+// marker.
 bool audited(const SimObject& track)
 {
     if (track.kind() == ObjectKind::MarkerTrack)
-        return track.attributes().count("Montala:MarkerType") == 0;
+        return montalaType(track).value_or(memosType) == memosType;
     return track.kind() == ObjectKind::AudioTrack || track.kind() == ObjectKind::VideoTrack;
 }
 
@@ -775,15 +788,24 @@ void auditProjects(sim::SimProject& before, sim::SimProject& after, const core::
         audit.kind = track->kind() == ObjectKind::AudioTrack   ? "audio"
                      : track->kind() == ObjectKind::VideoTrack ? "video"
                                                                : "marker";
-        const auto counterpart = conformedByPlace.find(place);
-        if (counterpart == conformedByPlace.end() || counterpart->second->kind() != track->kind()) {
+        // A run gathers Montala's tracks, the memos too, in a folder of its
+        // own: they are found again by their kind.
+        const auto byPlace = conformedByPlace.find(place);
+        SimObject* counterpart = byPlace == conformedByPlace.end() ? nullptr : byPlace->second;
+        if (montalaType(*track)) {
+            const auto sameType = std::find_if(conformed.begin(), conformed.end(), [&](const auto& entry) {
+                return montalaType(*entry.second) == montalaType(*track);
+            });
+            counterpart = sameType == conformed.end() ? nullptr : sameType->second;
+        }
+        if (!counterpart || counterpart->kind() != track->kind()) {
             audit.missing = true;
         } else if (track->get().locked || (selectedTracksOnly && !track->selectedFlag())) {
             audit.leftOut = true;
             audit.leftOutReason = track->get().locked ? "locked" : "not selected";
-            audit.untouched = sameContent(*track, *counterpart->second);
+            audit.untouched = sameContent(*track, *counterpart);
         } else {
-            TrackJudge(before, after, *track, *counterpart->second, frames, first, cuts, audit)
+            TrackJudge(before, after, *track, *counterpart, frames, first, cuts, audit)
                 .judge(overhangFrames, cuts);
         }
         report.tracks.push_back(audit);

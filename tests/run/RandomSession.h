@@ -583,6 +583,14 @@ private:
         }
         join(json, markers);
         json << "]}";
+        // The memos Montala keeps for the user, on a track of its own kind.
+        json << ",\n  " << R"({"kind": "marker", "name": "Memos", "attributes": {"Montala:MarkerType": 7}, "events": [)";
+        markers.clear();
+        for (int index = 0; index < 3; ++index)
+            markers.push_back(R"({"kind": "point", "name": "memo )" + std::to_string(index) + R"(", "start": )" +
+                              number(seconds(pick(0, length - 1))) + "}");
+        join(json, markers);
+        json << "]}";
     }
 
     void plainTrack(std::ostringstream& json, int track)
