@@ -7,6 +7,7 @@
 #include "run/PlaybackTrace.h"
 #include "sim/SessionFile.h"
 #include "sim/SimHost.h"
+#include "sim/SimRangeEditor.h"
 
 #include "kelmar/String.h"
 
@@ -436,38 +437,6 @@ private:
     std::int64_t window;
 };
 
-// An automation curve read as the host reads it: before the first point its
-// value, after the last the last; a stepped curve (types 0 and 3) and a
-// segment end hold a point's value to the next, others run straight between
-// points; of points at one time the last counts from that time on.
-class CurveReader {
-public:
-    CurveReader() = default; // no point: no automation
-    explicit CurveReader(const SimObject& lane) : stepped(lane.get().curveType == 0 || lane.get().curveType == 3)
-    {
-        for (const auto& point : lane.children())
-            points.push_back(point->get());
-    }
-
-    std::optional<double> at(double time) const
-    {
-        if (points.empty())
-            return std::nullopt;
-        auto after = std::upper_bound(points.begin(), points.end(), time,
-                                      [](double value, const SimObject::Fields& point) { return value < point.start; });
-        if (after == points.begin())
-            return points.front().value;
-        const SimObject::Fields& p = *std::prev(after);
-        if (after == points.end() || stepped || p.segmentEnd || after->start - p.start <= 1e-9)
-            return p.value;
-        return p.value + (after->value - p.value) * (time - p.start) / (after->start - p.start);
-    }
-
-private:
-    bool stepped = false;
-    std::vector<SimObject::Fields> points;
-};
-
 // The markers of a marker track that a frame holds: the points in it, with
 // where in the frame they lie, and the ranges over its middle.
 class MarkerReader {
@@ -613,10 +582,10 @@ public:
     {
         // Curves by name; one the conform lost reads as no automation.
         for (const auto& lane : before.automation()) {
-            Curve curve{utf8(lane->get().name), CurveReader(*lane), CurveReader()};
+            Curve curve{utf8(lane->get().name), lane.get(), nullptr};
             for (const auto& conformed : after.automation())
                 if (utf8(conformed->get().name) == curve.name) {
-                    curve.after = CurveReader(*conformed);
+                    curve.after = conformed.get();
                     break;
                 }
             curves.push_back(std::move(curve));
@@ -687,17 +656,21 @@ private:
         bool off = false;
         const double now = hostTime(newProject, frame);
         for (const Curve& curve : curves) {
-            const std::optional<double> found = curve.after.at(now);
+            std::optional<double> found;
+            if (curve.after)
+                found = sim::SimRangeEditor::valueAt(*curve.after, now);
             bool same = false;
             for (const std::int64_t oldFrame : frames[index].oldFrames) {
-                const std::optional<double> wanted = curve.before.at(hostTime(oldProject, oldFrame));
+                const std::optional<double> wanted =
+                    sim::SimRangeEditor::valueAt(*curve.before, hostTime(oldProject, oldFrame));
                 same = same || (wanted.has_value() == found.has_value() &&
                                 std::fabs(wanted.value_or(0.0) - found.value_or(0.0)) <= automationTolerance);
             }
             if (same)
                 continue;
             off = true;
-            spans.add(curve.name, index, levelText(curve.before.at(hostTime(oldProject, frames[index].oldFrames.front()))),
+            const double oldTime = hostTime(oldProject, frames[index].oldFrames.front());
+            spans.add(curve.name, index, levelText(sim::SimRangeEditor::valueAt(*curve.before, oldTime)),
                       levelText(found));
         }
         audit.automationOff += off ? 1 : 0;
@@ -718,8 +691,9 @@ private:
 
     struct Curve {
         std::string name;
-        CurveReader before;
-        CurveReader after;
+        // Read as the host reads them.
+        const SimObject* before;
+        const SimObject* after;
     };
 
     sim::SimProject& oldProject;
