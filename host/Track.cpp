@@ -3,6 +3,8 @@
 #include "host/HostCalls.h"
 #include "host/Project.h"
 
+#include "core/Tolerances.h"
+
 #include "kelmar/IAudioChainEntry.h"
 #include "kelmar/IAudioChainEvent.h"
 #include "kelmar/IAutomationCurvePoint.h"
@@ -552,67 +554,66 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
     const double offset = projectStart();
     Kelmar::IProject& host = *project->getHostProject();
 
+    // The curve arrives at the gap as it was and leaves it as it was; in
+    // between it holds the value it arrived with:
+    //
+    //   before   ..../|\.../\.../|......      after   ..../|_____________|......
+    //                start        end                      start         end
     for (AutomationData& data : automation) {
-        if (data.curve.empty())
+        AutomationCurve& curve = data.curve;
+        double held = 0.0;
+        double leaving = 0.0;
+        if (!curve.valueArriving(start, held) || !curve.valueAt(end, leaving))
             continue;
+        const bool holdsAfter = curve.holdsAt(end);
         auto trackObject = queryRequired<Kelmar::IProjectObject>(data.track.get());
         Kelmar::IPtr<Kelmar::IEditContext> context = Kelmar::owned(host.getEditContext(trackObject.get()));
 
-        // The value at the gap's start is held to its end: the first point
-        // ends its segment, so nothing between the two points is drawn.
-        // Points at one time stand for a step: the first is the value from
-        // the left, the last the value to the right. The gap starts with the
-        // one and ends with the other.
-        constexpr double tolerance = Project::positionTolerance;
-        auto atStart = std::make_pair(data.points.lower_bound(start - tolerance), data.points.upper_bound(start + tolerance));
-        auto atEnd = std::make_pair(data.points.lower_bound(end - tolerance), data.points.upper_bound(end + tolerance));
-
-        Kelmar::IPtr<Kelmar::IAutomationPoint> first, second;
-        double firstValue = 0.0, secondValue = 0.0;
-        const bool hasFirst = data.curve.valueAt(start, firstValue);
-        if (hasFirst && atStart.first != atStart.second)
-            firstValue = atStart.first->second->getValue();
-        const bool hasSecond = data.curve.valueAt(end, secondValue);
-        if (hasSecond && atEnd.first != atEnd.second)
-            secondValue = std::prev(atEnd.second)->second->getValue();
-        if (hasFirst) {
-            auto curvePoint = getService<Kelmar::IAutomationCurvePoint>(project->getServices());
-            first = queryRequired<Kelmar::IAutomationPoint>(curvePoint.get());
-            auto pointObject = queryRequired<Kelmar::IProjectObject>(curvePoint.get());
-            check(curvePoint->setValue(context.get(), static_cast<float>(firstValue), 0));
-            check(curvePoint->setSegmentEnd(context.get(), true, 0));
-            check(pointObject->setStart(context.get(), start - offset, 0));
-        }
-        if (hasSecond) {
-            second = getService<Kelmar::IAutomationPoint>(project->getServices());
-            auto pointObject = queryRequired<Kelmar::IProjectObject>(second.get());
-            check(second->setValue(context.get(), static_cast<float>(secondValue), 0));
-            check(pointObject->setStart(context.get(), end - offset, 0));
+        // Of the points on the start the first stays, the one the curve
+        // arrives on; of those on the end the last, the one it leaves from.
+        // Everything between goes. The host's points and the curve have the
+        // same times, so the same bounds find the same points in both.
+        constexpr double tolerance = core::positionTolerance;
+        const auto firstOnStart = data.points.lower_bound(start - tolerance);
+        const bool onStart = firstOnStart != data.points.upper_bound(start + tolerance);
+        const auto pastOnEnd = data.points.upper_bound(end + tolerance);
+        const bool onEnd = data.points.lower_bound(end - tolerance) != pastOnEnd;
+        // The new point on the start goes right after the one that stays
+        // there, on the host's very time of it.
+        const double startTime = onStart ? queryRequired<Kelmar::IProjectObject>(firstOnStart->second.get())->getStart(nullptr)
+                                         : start - offset;
+        const auto from = onStart ? std::next(firstOnStart) : firstOnStart;
+        const auto to = onEnd ? std::prev(pastOnEnd) : pastOnEnd;
+        // The gap is wider than two samples: what stays on its edges does not
+        // overlap.
+        if (from != to) {
+            for (auto it = from; it != to; ++it)
+                check(edit.removeObject(context.get(), queryRequired<Kelmar::IProjectObject>(it->second.get()).get()));
+            auto curveFrom = curve.firstOn(start);
+            if (onStart)
+                ++curveFrom;
+            auto curveTo = curve.pastOn(end);
+            if (onEnd)
+                --curveTo;
+            data.points.erase(from, to);
+            curve.points.erase(curveFrom, curveTo);
         }
 
-        // Everything between the left value at the start and the right value
-        // at the end goes.
-        auto from = atStart.first == atStart.second ? atStart.second : std::next(atStart.first);
-        auto to = atEnd.first == atEnd.second ? atEnd.first : std::prev(atEnd.second);
-        const bool sameTime = std::distance(data.points.begin(), from) > std::distance(data.points.begin(), to);
-        for (auto it = from; !sameTime && it != to;) {
-            auto pointObject = queryRequired<Kelmar::IProjectObject>(it->second.get());
-            check(edit.removeObject(context.get(), pointObject.get()));
-            data.curve.values.erase(it->first);
-            data.curve.segmentEnds.erase(it->first);
-            it = data.points.erase(it);
-        }
-
-        if (first) {
-            check(edit.addObject(context.get(), queryRequired<Kelmar::IProjectObject>(first.get()).get()));
-            data.points.emplace(start, first);
-            data.curve.add(start, firstValue, true);
-        }
-        if (second) {
-            check(edit.addObject(context.get(), queryRequired<Kelmar::IProjectObject>(second.get()).get()));
-            data.points.emplace(end, second);
-            data.curve.add(end, secondValue, false);
-        }
+        auto addPoint = [&](double hostTime, double value, bool segmentEnd) {
+            auto point = getService<Kelmar::IAutomationCurvePoint>(project->getServices());
+            auto pointObject = queryRequired<Kelmar::IProjectObject>(point.get());
+            check(point->setValue(context.get(), static_cast<float>(value), 0));
+            if (segmentEnd)
+                check(point->setSegmentEnd(context.get(), true, 0));
+            check(pointObject->setStart(context.get(), hostTime, 0));
+            check(edit.addObject(context.get(), pointObject.get()));
+            data.points.emplace(hostTime + offset, queryRequired<Kelmar::IAutomationPoint>(point.get()));
+            curve.add(hostTime + offset, static_cast<float>(value), segmentEnd);
+        };
+        addPoint(startTime, held, true);
+        // Without a point on the end the curve leaves it from a new one.
+        if (!onEnd)
+            addPoint(end - offset, leaving, holdsAfter);
     }
 }
 

@@ -18,16 +18,19 @@ void shift(SimObject& node, double delta)
     node.restoreFields(values);
 }
 
-IPtr<SimObject> newPoint(double time, double value)
+IPtr<SimObject> newPoint(double time, double value, bool segmentEnd = false)
 {
     IPtr<SimObject> point = SimObject::create(ObjectKind::AutomationPoint);
     SimObject::Fields values;
     values.start = time;
     values.end = time;
     values.value = value;
+    values.segmentEnd = segmentEnd;
     point->restoreFields(values);
     return point;
 }
+
+bool stepped(int curveType) { return curveType == 0 || curveType == 3; }
 
 constexpr double unbounded = std::numeric_limits<double>::infinity();
 
@@ -101,6 +104,45 @@ std::optional<double> SimRangeEditor::valueAt(const SimObject::List& points, int
     if (p.segmentEnd || curve == 0 || curve == 3 || q.start - p.start <= epsilon)
         return p.value;
     return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> SimRangeEditor::valueLeaving(const SimObject::List& points, int curve, double time)
+{
+    if (points.empty())
+        return std::nullopt;
+    // The last point on or before `time`; before the first, the first holds.
+    const auto after = firstAfter(points, time + epsilon);
+    if (after == points.begin())
+        return points.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(after))->get();
+    if (after == points.end() || p.segmentEnd || stepped(curve) || p.start >= time - epsilon)
+        return p.value;
+    const SimObject::Fields& q = (*after)->get();
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> SimRangeEditor::valueArriving(const SimObject::List& points, int curve, double time)
+{
+    if (points.empty())
+        return std::nullopt;
+    // The first point on or after `time`, and the one before it.
+    const auto at = std::lower_bound(points.begin(), points.end(), time - epsilon,
+                                     [](const IPtr<SimObject>& point, double t) { return point->get().start < t; });
+    if (at == points.begin())
+        return points.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(at))->get();
+    if (at == points.end() || p.segmentEnd || stepped(curve))
+        return p.value;
+    const SimObject::Fields& q = (*at)->get();
+    if (q.start <= time + epsilon)
+        return q.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+bool SimRangeEditor::holdsAt(const SimObject::List& points, double time)
+{
+    const auto after = firstAfter(points, time + epsilon);
+    return after != points.begin() && (*std::prev(after))->get().segmentEnd;
 }
 
 IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start, double end)
@@ -194,11 +236,14 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
     }
     for (const auto& automationTrack : track.automation()) {
         SimObject::List points;
-        if (!automationTrack->children().empty()) {
-            points.push_back(newPoint(0.0, *valueAt(*automationTrack, start)));
+        const SimObject::List& curve = automationTrack->children();
+        const int type = automationTrack->get().curveType;
+        if (!curve.empty()) {
+            // The curve as it sounds inside the range: from the value after
+            // a step on its start to the value before a step on its end.
+            points.push_back(newPoint(0.0, *valueLeaving(curve, type, start), holdsAt(curve, start)));
             // Only the points inside the range, found in the time order.
-            const SimObject::List& all = automationTrack->children();
-            for (auto it = firstAfter(all, start + epsilon); it != all.end(); ++it) {
+            for (auto it = firstAfter(curve, start + epsilon); it != curve.end(); ++it) {
                 const double time = (*it)->get().start;
                 if (time >= end - epsilon)
                     break;
@@ -206,7 +251,7 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
                 shift(*pointCopy, -start);
                 points.push_back(pointCopy);
             }
-            points.push_back(newPoint(end - start, *valueAt(*automationTrack, end)));
+            points.push_back(newPoint(end - start, *valueArriving(curve, type, end)));
         }
         copy.automation.emplace_back(automationTrack, std::move(points));
     }

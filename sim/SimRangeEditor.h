@@ -18,8 +18,9 @@ namespace montala::sim {
 //
 // A' keeps its sound from where the range starts: its source offset grows by
 // (s - A's start). A piece whose end was cut ends its chain there (C' is not
-// joined to a next event even when C was). Automation is taken with a point
-// at each edge that holds the curve's value there. Pasting puts the copy on
+// joined to a next event even when C was). Automation is taken as it sounds
+// inside the range, with a point at each edge: the value after a step on the
+// start, the value before a step on the end. Pasting puts the copy on
 // top of what lies at the destination, as a layer; automation points inside
 // the destination range make way for the copied ones, and a point on each
 // edge of the destination keeps the curve outside the range as it was.
@@ -65,6 +66,13 @@ public:
     static std::optional<double> valueAt(const SimObject& automationTrack, double time);
     // The same over points of a curve of type `curveType`, in time order.
     static std::optional<double> valueAt(const SimObject::List& points, int curveType, double time);
+
+    // The value as the curve leaves `time` (after a step there) and as it
+    // arrives there (before a step); points within epsilon lie on `time`.
+    static std::optional<double> valueLeaving(const SimObject::List& points, int curveType, double time);
+    static std::optional<double> valueArriving(const SimObject::List& points, int curveType, double time);
+    // Whether the curve leaves `time` held by a segment end.
+    static bool holdsAt(const SimObject::List& points, double time);
 
     // Times closer than this are the same.
     static constexpr double epsilon = 1e-9;

@@ -81,7 +81,8 @@ TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
     EXPECT_DOUBLE_EQ(value, 0.5);
     EXPECT_TRUE(curve.valueAt(3630.0, value));
     EXPECT_DOUBLE_EQ(value, 1.0);
-    EXPECT_FALSE(curve.valueAt(3599.0, value));
+    EXPECT_TRUE(curve.valueAt(3599.0, value)) << "before the first point, its value";
+    EXPECT_DOUBLE_EQ(value, 0.0);
 
     auto around = fx.getAutomationAround(3610.0);
     ASSERT_EQ(around.count(0), 1u);
@@ -128,24 +129,40 @@ TEST_F(TrackTest, AutomationNotYetReadHasTheTracksShapeButNoValues)
     EXPECT_TRUE(dx.getAutomation().empty());
 }
 
-TEST(AutomationCurve, StepsHoldAndSegmentEndsSilence)
+TEST(AutomationCurve, ValuesAreTheHostsWithStepsKept)
 {
     AutomationCurve curve;
     double value = -1.0;
     EXPECT_FALSE(curve.valueAt(1.0, value));
 
-    curve.mode = AutomationCurve::Stepped;
+    // A ramp 0.2 -> 0.6 over 10-20 s, a step to 0.8 on 20 s (two points at
+    // one time) held to 30 s by a segment end, then 0.4.
     curve.add(10.0, 0.2, false);
+    curve.add(20.0, 0.6, false);
     curve.add(20.0, 0.8, true);
     curve.add(30.0, 0.4, false);
-    EXPECT_TRUE(curve.valueAt(15.0, value));
-    EXPECT_DOUBLE_EQ(value, 0.2);
-    // A segment end: nothing until the next point, which starts anew.
-    EXPECT_TRUE(curve.valueAt(20.0, value));
-    EXPECT_DOUBLE_EQ(value, 0.8);
-    EXPECT_FALSE(curve.valueAt(25.0, value));
-    EXPECT_TRUE(curve.valueAt(35.0, value));
-    EXPECT_DOUBLE_EQ(value, 0.4);
+    const struct {
+        double time;
+        double leaving;
+        double arriving;
+    } cases[] = {
+        {5.0, 0.2, 0.2}, // before the first point, its value
+        {15.0, 0.4, 0.4},
+        {20.0, 0.8, 0.6}, // the step
+        {20.000001, 0.8, 0.6}, // within a sample of it
+        {25.0, 0.8, 0.8}, // held by the segment end
+        {30.0, 0.4, 0.8},
+        {35.0, 0.4, 0.4}, // after the last point, its value
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.time);
+        ASSERT_TRUE(curve.valueAt(c.time, value));
+        EXPECT_DOUBLE_EQ(value, c.leaving);
+        ASSERT_TRUE(curve.valueArriving(c.time, value));
+        EXPECT_DOUBLE_EQ(value, c.arriving);
+    }
+    EXPECT_TRUE(curve.holdsAt(25.0));
+    EXPECT_FALSE(curve.holdsAt(30.0));
     curve.mode = 7;
     EXPECT_FALSE(curve.valueAt(15.0, value));
 }
