@@ -446,10 +446,14 @@ void Track::getSurroundings(double position, core::AudioInfo::Range& before, cor
 
     // The walk in chain order ends at the first range that starts after the
     // position; before it, the ranges that end before the position come
-    // first (ends rise), and the last of the others holds the position.
+    // first (ends rise), and the last of the others holds the position. A
+    // range that starts within a sample of the position starts on it: a
+    // cut's edge reckoned from its timecode and an event's start read from
+    // the host may differ by a rounding hair.
     const auto first = ranges.begin();
-    const auto following = std::upper_bound(first, ranges.end(), position,
-                                            [](double p, const core::AudioInfo::Range& r) { return p < r.start; });
+    const auto following = std::upper_bound(first, ranges.end(), position, [](double p, const core::AudioInfo::Range& r) {
+        return p + Project::positionTolerance < r.start;
+    });
     if (following == ranges.end() && image->failure)
         throw *image->failure;
     const auto holding = std::lower_bound(first, following, position,

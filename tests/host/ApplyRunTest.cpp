@@ -112,6 +112,26 @@ TEST_F(ApplyRunTest, TheUsersMemosMoveWithThePictureAndComeBackWithUndo)
     EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0}));
 }
 
+TEST_F(ApplyRunTest, AtAnOverhangAShotKeepsTheHeadOfItsOwnLine)
+{
+    // 23.976 fps. Line b starts on the second shot's first frame, and line a
+    // of the first shot runs 8 frames over that cut. With an overhang of 12
+    // frames, the second shot, now first, opens with line b.
+    startOn(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 24, "pullDown": true},
+      "start": "01:00:00:00", "end": "01:00:10:00", "tracks": [{"kind": "audio", "name": "DX", "events": [
+        {"kind": "audio", "name": "a", "start": "01:00:00:00", "end": "01:00:01:08", "file": "a.wav"},
+        {"kind": "audio", "name": "b", "start": "01:00:01:00", "end": "01:00:03:00", "file": "b.wav"}]}]})");
+    addChange(1, "01:00:01:00", "01:00:03:00", "01:00:00:00", "01:00:02:00");
+    addChange(2, "01:00:00:00", "01:00:01:00", "01:00:02:00", "01:00:03:00");
+    model().getSettings().setIncludeOverhanging(true);
+    model().getSettings().setOverhangFrames(12);
+    ASSERT_EQ(conform(), Result::Ok);
+    const double newStart = hostProject->getProjectStart();
+    EXPECT_EQ(heard("DX", newStart + 0.02), "b.wav@0.02");
+    EXPECT_EQ(heard("DX", newStart + 0.3), "b.wav@0.30");
+    EXPECT_EQ(heard("DX", newStart + 1.9), "b.wav@1.90");
+}
+
 TEST_F(ApplyRunTest, UndoGivesBackTheSessionByteForByteAndRedoTheAppliedOne)
 {
     startOn(smallSession());
