@@ -30,8 +30,10 @@ using test::SyncSpan;
 struct Rate {
     int fps;
     bool pullDown;
+    bool dropFrame;
 };
-constexpr Rate rates[] = {{24, true}, {24, false}, {25, false}, {30, true}, {30, false}, {50, false}};
+constexpr Rate rates[] = {{24, true, false},  {24, false, false}, {25, false, false},
+                          {30, true, true},   {30, false, false}, {50, false, false}};
 constexpr std::uint64_t firstSeed = 1;
 constexpr std::uint64_t seedsPerRate = 12;
 
@@ -176,7 +178,7 @@ protected:
                 fields.end += slip;
                 event->setFields(fields);
                 planted = true;
-                slipped = recut.timecode(RandomRecut::recordStart * recut.getShape().fps + at);
+                slipped = recut.timecode(recut.hourFrame(1) + at);
                 return;
             }
         });
@@ -225,12 +227,13 @@ TEST_F(RandomRecutTest, VerifyJudgesEveryReelInSyncAndAOneFrameSlipOutOfIt)
 {
     for (const Rate rate : rates)
         for (std::uint64_t seed = firstSeed; seed < firstSeed + seedsPerRate; ++seed) {
-            const std::string scenario = std::to_string(rate.fps) + (rate.pullDown ? "/1.001" : "") + " fps, seed " +
-                                         std::to_string(seed);
+            const std::string scenario = std::to_string(rate.fps) + (rate.pullDown ? "/1.001" : "") +
+                                         (rate.dropFrame ? " drop frame" : "") + " fps, seed " + std::to_string(seed);
             SCOPED_TRACE(scenario);
             RandomRecut::Shape shape;
             shape.fps = rate.fps;
             shape.pullDown = rate.pullDown;
+            shape.dropFrame = rate.dropFrame;
             shape.shots = 8 + static_cast<int>(seed * 7 % 15);
             shape.audioTracks = 4 + static_cast<int>(seed % 3);
             shape.edits = 2 + static_cast<int>(seed % 8);

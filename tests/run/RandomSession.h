@@ -67,8 +67,10 @@ public:
         // the benchmarks; otherwise layers, parts, joined events, automation,
         // markers and a locked track with edges between frames.
         bool plain = false;
-        // The rate is fps x 1000/1001 (23.976, 29.97 non-drop).
+        // The rate is fps x 1000/1001 (23.976, 29.97), counted in drop frame
+        // timecode with dropFrame (fps 30 or 60).
         bool pullDown = false;
+        bool dropFrame = false;
         // Speed changes, freezes and dissolves, in both cuts.
         bool effects = false;
         // The New cut in this many reels.
@@ -83,7 +85,6 @@ public:
     };
 
     static constexpr std::int64_t handle = 100;
-    static constexpr std::int64_t recordStart = 3600; // seconds of 01:00:00:00
 
     RandomRecut(std::uint64_t seed, Shape shape) : shape(shape), random(seed)
     {
@@ -113,7 +114,7 @@ public:
         const auto count = static_cast<size_t>(std::max(1, shape.newReels));
         for (size_t index = 0; index < count; ++index) {
             Reel reel;
-            reel.start = static_cast<std::int64_t>(index) * 3600 * shape.fps;
+            reel.start = hourFrame(static_cast<int>(index) + 1) - hourFrame(1);
             reel.shots.assign(newShots.begin() + static_cast<std::ptrdiff_t>(newShots.size() * index / count),
                               newShots.begin() + static_cast<std::ptrdiff_t>(newShots.size() * (index + 1) / count));
             reels.push_back(reel);
@@ -148,7 +149,8 @@ public:
         std::ostringstream json;
         json << R"({"format": "montala-session", "version": 1, "name": "Random re-cut",)"
              << R"( "frameRate": {"fps": )" << shape.fps << (shape.pullDown ? R"(, "pullDown": true)" : "")
-             << R"(}, "start": "01:00:00:00", "end": )"
+             << (shape.dropFrame ? R"(, "dropFrame": true)" : "") << R"(}, "start": ")" << timecode(hourFrame(1))
+             << R"(", "end": )"
              << number(seconds(std::max(oldLength(), newReels().back().end())) + 60.0) << ",\n"
              << R"( "mediaPool": [{"id": 1, "kind": "video", "name": "old.mov", "path": "/media/old.mov", "length": )"
              << number(cutEnd + 60.0) << "}],\n"
@@ -181,14 +183,30 @@ public:
         file << text;
     }
 
+    // The timecode of a frame count; drop frame skips the first labels of
+    // each minute but every tenth.
     std::string timecode(std::int64_t frames) const
     {
         const std::int64_t fps = shape.fps;
+        if (shape.dropFrame) {
+            const std::int64_t drop = fps / 15;
+            const std::int64_t perMinute = fps * 60 - drop;
+            const std::int64_t perTenMinutes = fps * 600 - 9 * drop;
+            const std::int64_t tens = frames / perTenMinutes;
+            const std::int64_t rest = frames % perTenMinutes;
+            frames += 9 * drop * tens + (rest > drop ? drop * ((rest - drop) / perMinute) : 0);
+        }
         char text[64];
-        std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld:%02lld", static_cast<long long>(frames / (3600 * fps)),
+        std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld%c%02lld", static_cast<long long>(frames / (3600 * fps)),
                       static_cast<long long>(frames / (60 * fps) % 60), static_cast<long long>(frames / fps % 60),
-                      static_cast<long long>(frames % fps));
+                      shape.dropFrame ? ';' : ':', static_cast<long long>(frames % fps));
         return text;
+    }
+
+    // The frame count of hh:00:00:00.
+    std::int64_t hourFrame(int hours) const
+    {
+        return hours * (3600LL * shape.fps - (shape.dropFrame ? 54LL * shape.fps / 15 : 0));
     }
 
 private:
@@ -375,10 +393,11 @@ private:
     std::vector<std::string> edls(const std::vector<Shot>& shots, const std::string& title, std::int64_t start) const
     {
         std::vector<std::string> files;
-        std::int64_t record = recordStart * shape.fps + start;
+        std::int64_t record = hourFrame(1) + start;
         for (size_t first = 0; first < shots.size(); first += 999) {
             std::ostringstream text;
-            text << "TITLE: " << title << " " << (first / 999 + 1) << "\nFCM: NON-DROP FRAME\n\n";
+            text << "TITLE: " << title << " " << (first / 999 + 1)
+                 << (shape.dropFrame ? "\nFCM: DROP FRAME\n\n" : "\nFCM: NON-DROP FRAME\n\n");
             for (size_t index = first; index < std::min(shots.size(), first + 999); ++index) {
                 const Shot& shot = shots[index];
                 const int number = static_cast<int>(index - first + 1);
