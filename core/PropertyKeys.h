@@ -28,6 +28,7 @@ public:
         NewSelectedRows = 10018,          // text
         ChangeSelectedRows = 10019,       // text
         PreviewShowsDestination = 10020,  // bool
+        ProjectEndBeforePreview = 10021,  // double, absolute; the lowest double when none
     };
 
     PropertyKey() = delete;

@@ -728,6 +728,7 @@ Result::Type Host::endPreview(bool keepName)
                       // The preview's picture leaves the work area here once
                       // there is a video provider.
                       throwIfFailed(core::MontalerBase::deletePreview());
+                      project.restoreProjectEnd();
                       project.clearConformOffset();
                       return Result::Ok;
                   });

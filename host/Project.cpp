@@ -5,6 +5,7 @@
 #include "host/MediaPool.h"
 
 #include "core/ProgressHandlerBase.h"
+#include "core/PropertyKeys.h"
 #include "core/VideoTrackHandlerBase.h"
 #include "core/Tolerances.h"
 #include "core/Settings.h"
@@ -185,8 +186,29 @@ void Project::extendProjectEnd(bool selectedOnly)
         for (const TrackEvent& event : track.getEventsInRange(0.0, offset - start))
             latest = std::max(latest, event.getEnd());
     const double newEnd = (std::floor(latest / currentDayLength) + 1.0) * currentDayLength + offset;
-    if (getProjectEnd() < newEnd)
+    const double end = getProjectEnd();
+    if (end < newEnd) {
+        // The end the user had comes back when the preview ends.
+        if (!hasStoredDouble(core::PropertyKey::ProjectEndBeforePreview))
+            dataModel.setProperty(core::PropertyKey::ProjectEndBeforePreview, core::Variant(end));
         check(hostProject->setProjectLength(newEnd - start));
+    }
+}
+
+void Project::restoreProjectEnd()
+{
+    if (!hasStoredDouble(core::PropertyKey::ProjectEndBeforePreview))
+        return;
+    core::Variant end;
+    dataModel.getProperty(core::PropertyKey::ProjectEndBeforePreview, end);
+    dataModel.setProperty(core::PropertyKey::ProjectEndBeforePreview, core::Variant(std::numeric_limits<double>::lowest()));
+    check(hostProject->setProjectLength(end.asDouble() - getProjectStart()));
+}
+
+bool Project::hasStoredDouble(int32_t key) const
+{
+    core::Variant value;
+    return dataModel.getProperty(key, value) == Result::Ok && value.asDouble() != std::numeric_limits<double>::lowest();
 }
 
 void Project::getEditRange(double& start, double& end)
@@ -685,6 +707,40 @@ void Project::moveBack(Kelmar::IProjectEdit& edit, double from, double to, doubl
     }
     copyRange(edit, from, from + length, to, list.get());
     check(edit.deleteRange(hostProject.get(), from - projectStart, from + length - projectStart, 0));
+    removeWorkAreaPoints(edit);
+}
+
+void Project::removeWorkAreaPoints(Kelmar::IProjectEdit& edit)
+{
+    // Taking a range away, the host holds the curve on both sides of it with
+    // a point on each edge; past the offset, those belong to nothing.
+    if (!hasConformOffset())
+        return;
+    const double from = getConformOffset() - getProjectStart() - positionTolerance;
+    for (Track& track : getTracks()) {
+        if (track.isLocked())
+            continue;
+        Kelmar::IPtr<Kelmar::IObjectIterator> curves = Kelmar::owned(track.getHostTrack()->getAutomationTracks());
+        while (curves && !curves->atEnd()) {
+            Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
+            if (!curve)
+                break;
+            std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> past;
+            Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
+            while (points && !points->atEnd()) {
+                Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
+                if (!point)
+                    break;
+                if (point->getStart(nullptr) >= from)
+                    past.push_back(point);
+            }
+            if (past.empty())
+                continue;
+            auto context = editContext(curve.get());
+            for (const auto& point : past)
+                check(edit.removeObject(context.get(), point.get()));
+        }
+    }
 }
 
 void Project::finishRange(Kelmar::IProjectEdit& edit, double start, double end, bool selectedOnly)
@@ -709,6 +765,7 @@ void Project::clearWorkArea(Kelmar::IProjectEdit& edit)
     const double projectStart = getProjectStart();
     const double offset = getConformOffset();
     check(edit.deleteRange(hostProject.get(), offset - projectStart, offset + getProjectEnd() - projectStart, 0));
+    removeWorkAreaPoints(edit);
 }
 
 void Project::setTracksLocked(bool on)

@@ -88,6 +88,8 @@ public:
     // While a preview is active: makes the project reach one whole day past
     // what the work area holds.
     void extendProjectEnd(bool selectedOnly);
+    // When a preview ends: the project ends where it did before.
+    void restoreProjectEnd();
     // The range of the old timeline a run rebuilds; NotInitialized without an
     // offset.
     void getEditRange(double& start, double& end);
@@ -136,6 +138,8 @@ public:
     // The host's closing work over [start, end]; times passed as they are.
     void finishRange(Kelmar::IProjectEdit& edit, double start, double end, bool selectedOnly);
     void clearWorkArea(Kelmar::IProjectEdit& edit);
+    // Removes the automation points at or past the conform offset.
+    void removeWorkAreaPoints(Kelmar::IProjectEdit& edit);
     // Locks or unlocks the tracks a preview locked and Montala's own tracks,
     // except "Memos", which the user writes in during a preview.
     void setTracksLocked(bool on);
@@ -199,6 +203,8 @@ private:
     void advance(int64_t count);
     // The largest event end of the tracks in [0, end] host-relative, absolute.
     double latestEnd(const std::vector<Track>& tracks, double end);
+    // A double of the model that is there and not the lowest double.
+    bool hasStoredDouble(int32_t key) const;
 
     std::set<ProjectListener*> listeners;
     // Forgotten by every edit that may move audio, and when caching starts or ends.

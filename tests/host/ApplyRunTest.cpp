@@ -40,10 +40,12 @@ TEST_F(ApplyRunTest, EachPlaceOfTheNewCutPlaysWhatTheOldCutHadThere)
     EXPECT_EQ(conform(), Result::Ok);
     EXPECT_EQ(heardFrom(3600.0), oldSecondHalf);
     EXPECT_EQ(heardFrom(3610.0), oldFirstHalf);
-    // Nothing was left in the work area.
+    // Nothing was left in the work area, one day past the material.
     for (Track& track : active().getTracks())
         for (const TrackEvent& event : track.getEvents())
             EXPECT_LT(event.getEnd(), active().getConformOffset() - active().getProjectStart()) << track.getName();
+    EXPECT_EQ(pointsFrom(60.0), 0u);
+    EXPECT_EQ(hostProject->get().end, 60.0);
 
     EXPECT_EQ(undoTitle(), "Apply Montala");
     const RunSummary& run = montala->lastRun();

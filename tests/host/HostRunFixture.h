@@ -102,6 +102,17 @@ protected:
         return starts;
     }
 
+    // Automation points at or after a host time, on all tracks.
+    size_t pointsFrom(double hostTime)
+    {
+        size_t count = 0;
+        for (sim::SimObject* track : hostProject->allTracks())
+            for (const auto& curve : track->automation())
+                for (const auto& point : curve->children())
+                    count += point->get().start >= hostTime ? 1 : 0;
+        return count;
+    }
+
     std::vector<uint8_t> storedModel()
     {
         core::serialize::SerializationTree tree;

@@ -146,6 +146,8 @@ TEST_F(PreviewTest, EndingThePreviewPutsTheTransportBackAndClearsTheWorkArea)
     EXPECT_FALSE(locked("Destination"));
     EXPECT_FALSE(active().hasConformOffset());
     EXPECT_EQ(eventsInWorkArea(), 0u);
+    EXPECT_EQ(pointsFrom(60.0), 0u);
+    EXPECT_EQ(hostProject->get().end, 60.0) << "the project ends where it did";
     EXPECT_EQ(heard("DX", 3602.0), "t1.wav@2.00");
 
     // Deleting the range of a preview under way names its step so.
