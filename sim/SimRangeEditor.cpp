@@ -294,22 +294,25 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         // Before the timeline's start there is no curve to keep.
         const auto valueBefore = valueAt(*automationTrack, low);
         const auto valueAfter = valueAt(*automationTrack, end);
-        SimObject::List before;
-        SimObject::List after;
-        for (const auto& point : automationTrack->children()) {
-            const double time = point->get().start;
-            // A point at 0 lies inside a clipped destination and makes way.
-            if (!clipped && time <= low + epsilon)
-                before.push_back(point);
-            else if (time >= end - epsilon)
-                after.push_back(point);
-        }
-        const auto at = [](const SimObject::List& list, double time) {
-            return std::any_of(list.begin(), list.end(),
-                               [time](const auto& p) { return std::abs(p->get().start - time) <= epsilon; });
+        // The points in time order: those up to the destination's start stay
+        // before it, those from its end on after it, and the ones between
+        // make way. Only that stretch of the list changes, so a paste costs
+        // the points it touches, not all the track's.
+        const SimObject::List& all = automationTrack->children();
+        // A point at 0 lies inside a clipped destination and makes way.
+        const auto before = clipped ? all.begin() : firstAfter(all, low + epsilon);
+        const auto after = std::max(before, std::lower_bound(all.begin(), all.end(), end - epsilon,
+                                                             [](const IPtr<SimObject>& point, double t) {
+                                                                 return point->get().start < t;
+                                                             }));
+        const auto near = [](double a, double b) { return std::abs(a - b) <= epsilon; };
+        const auto at = [&near](const SimObject::List& list, double time) {
+            return std::any_of(list.begin(), list.end(), [&](const auto& p) { return near(p->get().start, time); });
         };
+        // The last point before the destination is the latest there.
+        const bool pointAtLow = before != all.begin() && near((*std::prev(before))->get().start, low);
         SimObject::List placed;
-        if (valueBefore && !clipped && !at(before, low))
+        if (valueBefore && !clipped && !pointAtLow)
             placed.push_back(newPoint(low, *valueBefore));
         if (clipped && !at(points, low - position))
             placed.push_back(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
@@ -320,24 +323,22 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
             shift(*copied, position);
             placed.push_back(copied);
         }
-        if (valueAfter && !at(after, end))
+        if (valueAfter && !(after != all.end() && near((*after)->get().start, end)))
             placed.push_back(newPoint(end, *valueAfter));
         // Times within epsilon are one time, but the curve must stay in
         // order to the last bit: a destination that was summed another way
         // than the neighbouring paste's may lie a hair before it. The new
         // points are moved onto their neighbours, never the old ones.
-        double floor = before.empty() ? -unbounded : before.back()->get().start;
-        const double ceiling = after.empty() ? unbounded : after.front()->get().start;
+        double floor = before == all.begin() ? -unbounded : (*std::prev(before))->get().start;
+        const double ceiling = after == all.end() ? unbounded : (*after)->get().start;
         for (const auto& point : placed) {
             const double time = std::min(std::max(point->get().start, floor), ceiling);
             if (time != point->get().start)
                 shift(*point, time - point->get().start);
             floor = time;
         }
-        SimObject::List result = before;
-        result.insert(result.end(), placed.begin(), placed.end());
-        result.insert(result.end(), after.begin(), after.end());
-        automationTrack->replaceChildren(result);
+        automationTrack->replaceChildren(static_cast<std::size_t>(before - all.begin()),
+                                         static_cast<std::size_t>(after - all.begin()), placed);
     }
 }
 
@@ -392,19 +393,27 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
             continue;
         const double valueAtStart = *valueAt(*automationTrack, start);
         const double valueAtEnd = *valueAt(*automationTrack, end);
+        // The points are in time order: only those from the range's start
+        // to its end change places, and the new edge points go among them.
+        const auto from = firstAfter(points, start);
+        const auto to = std::max(from, firstAfter(points, end));
+        // Whether a point lies within epsilon of the time (never one that
+        // goes): the latest up to a hair after it is no more than a hair
+        // before it.
+        const auto pointAt = [&](double time) {
+            const auto it = firstAfter(points, time + epsilon);
+            return it != points.begin() && (*std::prev(it))->get().start >= time - epsilon;
+        };
+        const bool hasStart = pointAt(start);
+        const bool hasEnd = pointAt(end);
         SimObject::List kept;
         bool removed = false;
-        bool hasStart = false;
-        bool hasEnd = false;
-        for (const auto& p : points) {
-            const double time = p->get().start;
-            if (time > start + epsilon && time < end - epsilon) {
+        for (auto it = from; it != to; ++it) {
+            const double time = (*it)->get().start;
+            if (time > start + epsilon && time < end - epsilon)
                 removed = true;
-                continue;
-            }
-            hasStart = hasStart || std::abs(time - start) <= epsilon;
-            hasEnd = hasEnd || std::abs(time - end) <= epsilon;
-            kept.push_back(p);
+            else
+                kept.push_back(*it);
         }
         if (!removed)
             continue;
@@ -414,7 +423,8 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
             insertSorted(kept, newPoint(start, valueAtStart));
         if (!hasEnd)
             insertSorted(kept, newPoint(end, valueAtEnd));
-        automationTrack->replaceChildren(kept);
+        automationTrack->replaceChildren(static_cast<std::size_t>(from - points.begin()),
+                                         static_cast<std::size_t>(to - points.begin()), kept);
     }
 }
 
