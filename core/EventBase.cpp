@@ -225,11 +225,12 @@ void EventBase::computeMotionSpeed()
         || !dstOut.isValid(rate))
         return;
     if (srcOut != srcIn) {
-        const double source = srcOut.toSeconds(rate) - srcIn.toSeconds(rate);
+        // A ratio of frame counts: seconds far from midnight carry rounding
+        // that would make equal lengths a hair from 1.
+        const int source = srcOut.toFrames(rate) - srcIn.toFrames(rate);
         // A zero-length record counts as one frame, so the speed stays finite.
-        const double record = dstOut == dstIn ? Timecode(0, 0, 0, 1).toSeconds(rate)
-                                              : dstOut.toSeconds(rate) - dstIn.toSeconds(rate);
-        motionSpeed = source / record;
+        const int record = dstOut == dstIn ? 1 : dstOut.toFrames(rate) - dstIn.toFrames(rate);
+        motionSpeed = static_cast<double>(source) / static_cast<double>(record);
     } else if (dstOut == dstIn) {
         motionSpeed = 1.0;
     } else {

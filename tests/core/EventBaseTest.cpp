@@ -78,6 +78,11 @@ TEST_F(EventBaseTest, MotionSpeedIsSourceOverRecord)
     // A zero-length record counts as one frame.
     EXPECT_DOUBLE_EQ(makeEvent("01:00:00:00", "01:00:01:00", "10:00:00:00", "10:00:00:00")->getMotionSpeed(), 25.0);
     EXPECT_TRUE(makeEvent("01:00:00:00", "01:00:01:00", "10:00:00:00", "10:00:01:00")->isNormalSpeed());
+    // Equal lengths far apart on the clock are exactly 1, as `inspect --json` prints it.
+    setRate(30, 1);
+    EXPECT_EQ(makeEvent("00:59:59;29", "01:00:05;02", "23:10:00;02", "23:10:05;05")->getMotionSpeed(), 1.0);
+    setRate(25, 0);
+    EXPECT_EQ(makeEvent("00:00:07:03", "00:00:09:04", "23:59:51:13", "23:59:53:14")->getMotionSpeed(), 1.0);
     // An invalid timecode leaves the speed as it was.
     auto event = makeEvent("01:00:00:00", "01:00:02:00", "10:00:00:00", "10:00:01:00");
     event->setDstOut(tc("10:00:01:26"));
