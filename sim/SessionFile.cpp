@@ -886,7 +886,7 @@ public:
         Json tracks = Json::array();
         for (const auto& child : project.children())
             tracks.push_back(track(*child));
-        root["tracks"] = tracks;
+        root["tracks"] = std::move(tracks);
         return root;
     }
 
@@ -943,7 +943,7 @@ private:
             Json tracks = Json::array();
             for (const auto& child : node.children())
                 tracks.push_back(track(*child));
-            result["tracks"] = tracks;
+            result["tracks"] = std::move(tracks);
             return result;
         }
         if (node.kind() == ObjectKind::RulerTrack)
@@ -956,18 +956,18 @@ private:
                     Json pointJson{{"time", time(point->get().start)}, {"value", point->get().value}};
                     if (point->get().segmentEnd)
                         pointJson["segmentEnd"] = true;
-                    points.push_back(pointJson);
+                    points.push_back(std::move(pointJson));
                 }
                 automation.push_back(Json{{"name", Kelmar::String::utf16ToUtf8(automationTrack->get().name)},
                                           {"curveType", automationTrack->get().curveType},
-                                          {"points", points}});
+                                          {"points", std::move(points)}});
             }
-            result["automation"] = automation;
+            result["automation"] = std::move(automation);
         }
         Json events = Json::array();
         for (const auto& child : node.children())
             events.push_back(event(*child, false));
-        result["events"] = events;
+        result["events"] = std::move(events);
         return result;
     }
 
@@ -998,7 +998,7 @@ private:
             Json events = Json::array();
             for (const auto& child : node.children())
                 events.push_back(event(*child, true));
-            result["events"] = events;
+            result["events"] = std::move(events);
         }
         return result;
     }
