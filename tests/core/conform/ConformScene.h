@@ -9,7 +9,8 @@
 // fills (an insert), and every 25th New event is a dissolve. Every track
 // holds a 2.5-second clip every 3 seconds, shifted by 0.04 s per track so
 // that the edits fall in different places of the clips, and one automation
-// curve with a point every 5 seconds.
+// curve with a point every 5 seconds: a pattern that the double looks up by
+// arithmetic.
 
 #include "FakeMontaler.h"
 
@@ -17,6 +18,7 @@
 #include "core/EventList.h"
 #include "core/Timecode.h"
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -37,13 +39,20 @@ public:
         host.settings.setIncludeOverhanging(true);
         const double length = eventCount * stretch;
         for (int t = 0; t < trackCount; ++t) {
-            FakeTrack& track = host.addTrack("Track " + std::to_string(t + 1));
-            std::vector<Clip>& clips = track.editClips();
-            for (double start = firstSecond + 0.04 * t; start + 2.5 < firstSecond + length; start += 3.0)
-                clips.push_back({"clip", start, start + 2.5, 0.0});
-            std::vector<AutomationPoint>& curve = track.editCurve(0);
-            for (double time = firstSecond; time < firstSecond + length; time += 5.0)
-                curve.push_back({time, (static_cast<int>(time) % 7) / 7.0});
+            FakeTrack::Pattern pattern;
+            pattern.first = firstSecond + 0.04 * t;
+            pattern.period = 3.0;
+            pattern.length = 2.5;
+            while (pattern.clipStart(pattern.count) + 2.5 < firstSecond + length)
+                ++pattern.count;
+            pattern.pointFirst = firstSecond;
+            pattern.pointPeriod = 5.0;
+            pattern.pointCount = static_cast<size_t>(std::ceil(length / 5.0));
+            // A point's value is its whole second modulo 7, over 7: the
+            // values repeat every 7 points.
+            for (size_t i = 0; i < 7; ++i)
+                pattern.values.push_back((static_cast<int>(pattern.pointTime(i)) % 7) / 7.0);
+            host.addTrack("Track " + std::to_string(t + 1)).lay("clip", pattern);
         }
 
         // Fisher-Yates over the engine's raw numbers, which the standard

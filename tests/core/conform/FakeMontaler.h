@@ -16,12 +16,14 @@
 #include "util/Result.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -120,11 +122,49 @@ public:
     // The work area: what the applied cuts built, in the order they built it.
     std::vector<Clip> work;
 
-    const std::vector<Clip>& clips() const { return clipList; }
+    // A long regular track, as the conform benchmark lays out: a clip of
+    // `length` every `period` seconds from `first` on, and one curve with a
+    // point every `pointPeriod` seconds whose values repeat `values`. The
+    // lists hold it as usual, and until they are edited the lookups work it
+    // out by arithmetic: the benchmark asks at random places of a long reel,
+    // and lookups in the lists would measure the cache misses of this double
+    // instead of the driver.
+    struct Pattern {
+        double first = 0.0;
+        double period = 1.0;
+        double length = 0.0;
+        std::size_t count = 0;
+        double pointFirst = 0.0;
+        double pointPeriod = 1.0;
+        std::size_t pointCount = 0;
+        std::vector<double> values;
+
+        double clipStart(std::size_t i) const { return first + static_cast<double>(i) * period; }
+        double pointTime(std::size_t i) const { return pointFirst + static_cast<double>(i) * pointPeriod; }
+    };
+
+    void lay(const std::string& clipName, const Pattern& layout)
+    {
+        std::vector<Clip>& edited = editClips();
+        for (std::size_t i = 0; i < layout.count; ++i)
+            edited.push_back({clipName, layout.clipStart(i), layout.clipStart(i) + layout.length, 0.0});
+        std::vector<AutomationPoint>& points = editCurve(0);
+        for (std::size_t i = 0; i < layout.pointCount; ++i)
+            points.push_back({layout.pointTime(i), layout.values[i % layout.values.size()]});
+        pattern = layout;
+    }
+
+    const std::vector<Clip>& clips() const
+    {
+        sortClips();
+        return clipList;
+    }
     // Whoever edits must keep the clips in order of their starts.
     std::vector<Clip>& editClips()
     {
+        sortClips();
         indexed = false;
+        pattern.reset();
         return clipList;
     }
     const std::map<int, std::vector<AutomationPoint>>& automation() const { return curves; }
@@ -132,6 +172,7 @@ public:
     std::vector<AutomationPoint>& editCurve(int index)
     {
         indexed = false;
+        pattern.reset();
         return curves[index];
     }
 
@@ -160,32 +201,42 @@ public:
         index();
         core::AudioInfo info;
         // The first clip that starts after the position.
-        const size_t after = clipGrid.firstAfter(spans, &Span::start, position);
-        if (after < spans.size())
-            info.after = {spans[after].start, spans[after].end};
+        const size_t clipCount = pattern ? pattern->count : spans.size();
+        const size_t after = pattern ? firstAfter(pattern->first, pattern->period, clipCount, position)
+                                     : clipGrid.firstAfter(spans, &Span::start, position);
+        const auto span = [this](size_t i) {
+            return pattern ? Span{pattern->clipStart(i), pattern->clipStart(i) + pattern->length} : spans[i];
+        };
+        if (after < clipCount)
+            info.after = {span(after).start, span(after).end};
         if (after > 0) {
-            const Span& last = spans[after - 1];
+            const Span last = span(after - 1);
             if (position <= last.end)
                 info.at = {last.start, last.end};
             else
                 info.before = {last.start, last.end};
             if (!info.at.isEmpty() && after > 1) {
-                const Span& earlier = spans[after - 2];
+                const Span earlier = span(after - 2);
                 if (earlier.end < position)
                     info.before = {earlier.start, earlier.end};
             }
         }
         auto grid = curveGrids.begin();
         for (const auto& [curve, points] : curves) {
-            const auto next = points.begin() + static_cast<std::ptrdiff_t>(
-                                                   (grid++)->firstAfter(points, &AutomationPoint::time, position));
-            const AutomationPoint* previous = next == points.begin() ? nullptr : &*std::prev(next);
-            if (previous && next != points.end())
-                info.automation[curve] = {previous->time, previous->value, next->time, next->value};
-            else if (previous)
-                info.automation[curve] = {previous->time, previous->value, position, previous->value};
-            else if (next != points.end())
-                info.automation[curve] = {position, next->value, next->time, next->value};
+            const size_t next = pattern ? firstAfter(pattern->pointFirst, pattern->pointPeriod, points.size(), position)
+                                        : (grid++)->firstAfter(points, &AutomationPoint::time, position);
+            const auto point = [&](size_t i) {
+                return pattern ? AutomationPoint{pattern->pointTime(i), pattern->values[i % pattern->values.size()]}
+                               : points[i];
+            };
+            if (next > 0 && next < points.size())
+                info.automation[curve] = {point(next - 1).time, point(next - 1).value, point(next).time,
+                                          point(next).value};
+            else if (next > 0)
+                info.automation[curve] = {point(next - 1).time, point(next - 1).value, position,
+                                          point(next - 1).value};
+            else if (next < points.size())
+                info.automation[curve] = {position, point(next).value, point(next).time, point(next).value};
         }
         return info;
     }
@@ -198,7 +249,9 @@ public:
         // The first clip that ends after srcStart: the one under it, if it
         // reaches past it, else the next. Ends are in order too, since clips
         // never overlap.
-        auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(clipGrid.firstAfter(spans, &Span::start, srcStart));
+        const size_t first = pattern ? firstAfter(pattern->first, pattern->period, clipList.size(), srcStart)
+                                     : clipGrid.firstAfter(spans, &Span::start, srcStart);
+        auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(first);
         if (clip != clipList.begin() && std::prev(clip)->end > srcStart)
             --clip;
         for (; clip != clipList.end() && clip->start < srcEnd; ++clip) {
@@ -211,13 +264,13 @@ public:
         }
     }
 
-    // The work area becomes the track.
+    // The work area becomes the track. Its clips are put in order when they
+    // are next read: a benchmark that throws the track away never pays it.
     void takeWork()
     {
-        std::vector<Clip>& edited = editClips();
-        edited = std::move(work);
+        editClips() = std::move(work);
         work.clear();
-        std::sort(edited.begin(), edited.end(), [](const Clip& a, const Clip& b) { return a.start < b.start; });
+        unsorted = true;
     }
 
 private:
@@ -228,9 +281,30 @@ private:
         double end;
     };
 
+    // Of the times first + i x period for i below count, the first after
+    // the position (count if none), as std::upper_bound would answer.
+    static size_t firstAfter(double first, double period, size_t count, double position)
+    {
+        const double estimate = std::floor((position - first) / period) + 1.0;
+        size_t i = estimate > 0.0 ? std::min(count, static_cast<size_t>(estimate)) : 0;
+        while (i > 0 && first + static_cast<double>(i - 1) * period > position)
+            --i;
+        while (i < count && first + static_cast<double>(i) * period <= position)
+            ++i;
+        return i;
+    }
+
+    void sortClips() const
+    {
+        if (unsorted)
+            std::sort(clipList.begin(), clipList.end(), [](const Clip& a, const Clip& b) { return a.start < b.start; });
+        unsorted = false;
+    }
+
     void index() const
     {
-        if (indexed)
+        sortClips();
+        if (indexed || pattern)
             return;
         spans.clear();
         spans.reserve(clipList.size());
@@ -243,8 +317,10 @@ private:
         indexed = true;
     }
 
-    std::vector<Clip> clipList;
+    mutable std::vector<Clip> clipList;
+    mutable bool unsorted = false;
     std::map<int, std::vector<AutomationPoint>> curves;
+    std::optional<Pattern> pattern;
     mutable bool indexed = false;
     mutable std::vector<Span> spans;
     mutable TimeGrid clipGrid;
