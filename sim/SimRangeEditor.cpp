@@ -18,6 +18,26 @@ void shift(SimObject& node, double delta)
     node.restoreFields(values);
 }
 
+// The host counts time in samples (one at 384 kHz is the finest any project
+// has): a time that lands within a rounding hair of a sample lies on it. So
+// what was on a sample is on the same sample after a trip to the far end of
+// the timeline and back, as in a host that adds whole samples.
+double onSample(double time)
+{
+    constexpr double rate = 384000.0;
+    const double samples = std::round(time * rate);
+    return std::abs(time * rate - samples) < 1e-4 ? samples / rate : time;
+}
+
+// Shifts a node pasted at `position` and puts its edges on their samples.
+void place(SimObject& node, double position)
+{
+    SimObject::Fields values = node.get();
+    values.start = onSample(values.start + position);
+    values.end = onSample(values.end + position);
+    node.restoreFields(values);
+}
+
 IPtr<SimObject> newPoint(double time, double value, bool segmentEnd = false)
 {
     IPtr<SimObject> point = SimObject::create(ObjectKind::AutomationPoint);
@@ -260,21 +280,21 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
 
 void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
 {
-    const double end = position + length;
+    const double end = onSample(position + length);
     // The timeline begins at the project start (host time 0): what the paste
     // would put before it is cut away, as a host does at its first frame.
     //
     //   copy          |a....:....b|
     //   timeline            0 ---------
     //   pasted              |:...b|      (a point at 0 holds the copy's value)
-    const double low = std::max(position, 0.0);
+    const double low = std::max(onSample(position), 0.0);
     if (end - low <= epsilon)
         return;
-    const bool clipped = low > position;
+    const bool clipped = position < 0.0 && low > position + epsilon;
     SimObject& track = *copy.track;
     for (const auto& item : copy.items) {
         IPtr<SimObject> placed = item->cloneTree();
-        shift(*placed, position);
+        place(*placed, position);
         if (clipped && placed->get().start < low) {
             placed = trimmedCopy(*placed, low, unbounded);
             if (!placed)
@@ -320,7 +340,7 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
             if (point->get().start + position < low - epsilon)
                 continue;
             IPtr<SimObject> copied = point->cloneTree();
-            shift(*copied, position);
+            place(*copied, position);
             placed.push_back(copied);
         }
         if (valueAfter && !(after != all.end() && near((*after)->get().start, end)))

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace montala::host::test {
 namespace {
 
@@ -132,6 +134,26 @@ TEST_F(ApplyRunTest, AtAnOverhangAShotKeepsTheHeadOfItsOwnLine)
     EXPECT_EQ(heard("DX", newStart + 0.02), "b.wav@0.02");
     EXPECT_EQ(heard("DX", newStart + 0.3), "b.wav@0.30");
     EXPECT_EQ(heard("DX", newStart + 1.9), "b.wav@1.90");
+}
+
+TEST_F(ApplyRunTest, WhatLayOnAFrameLiesExactlyOnItsNewFrame)
+{
+    // The new arrangement is built a day away and moved home; nothing of
+    // that trip may show in the positions. The cut lies on 01:00:07:17.
+    startOn(sessionWithMemo());
+    addChange(1, "01:00:07:17", "01:00:20:00", "01:00:00:00", "01:00:12:08");
+    addChange(2, "01:00:00:00", "01:00:07:17", "01:00:12:08", "01:00:20:00");
+    ASSERT_EQ(conform(), Result::Ok);
+    for (sim::SimObject* each : hostProject->allTracks()) {
+        std::vector<double> times;
+        for (const auto& event : each->children())
+            times.insert(times.end(), {event->get().start, event->get().end});
+        for (const auto& curve : each->automation())
+            for (const auto& point : curve->children())
+                times.push_back(point->get().start);
+        for (double time : times)
+            EXPECT_EQ(time, std::round(time * 25.0) / 25.0) << Kelmar::String::utf16ToUtf8(each->get().name);
+    }
 }
 
 TEST_F(ApplyRunTest, UndoGivesBackTheSessionByteForByteAndRedoTheAppliedOne)
