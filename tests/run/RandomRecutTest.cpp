@@ -239,7 +239,7 @@ TEST_F(RandomRecutTest, VerifyJudgesEveryReelInSyncAndAOneFrameSlipOutOfIt)
             shape.edits = 2 + static_cast<int>(seed % 8);
             shape.effects = seed % 4 != 0;
             shape.newReels = seed % 3 == 1 ? 2 : 1;
-            shape.edgeSteps = false;
+            shape.edgeSteps = true;
             RandomRecut recut(seed * 31 + static_cast<std::uint64_t>(rate.fps), shape);
             ConformRequest request = writeReel(recut);
             if (seed % 3 == 2)

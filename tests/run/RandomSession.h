@@ -276,8 +276,6 @@ private:
             shot.record = 2 * (shot.srcOut - shot.srcIn);
         }
         shot.dissolve = std::min(shot.dissolve, shot.record - 1);
-        if (shot.srcOut - shot.srcIn == 2 * shot.record)
-            shot.dissolve -= shot.dissolve % 2;
     }
 
     // One source frame held for more than 100 frames: a motion speed under
@@ -288,15 +286,7 @@ private:
         shot.record = pick(101, 180);
     }
 
-    // At double speed a dissolve of an odd length lies over half a frame of
-    // source, which the Change EDL's generation rounds either way by a
-    // hair of the record times: kept even there.
-    void dissolve(Shot& shot)
-    {
-        shot.dissolve = chance(25) ? 0 : pick(4, std::min<std::int64_t>(30, shot.record - 1));
-        if (shot.srcOut - shot.srcIn == 2 * shot.record)
-            shot.dissolve -= shot.dissolve % 2;
-    }
+    void dissolve(Shot& shot) { shot.dissolve = chance(25) ? 0 : pick(4, std::min<std::int64_t>(30, shot.record - 1)); }
 
     // Every shot somewhere else, so that no two neighbours stay neighbours
     // and each is one Change event.
