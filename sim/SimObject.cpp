@@ -429,17 +429,25 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     settle();
     noteListChange(false);
     index = std::min(index, childList.size());
-    // A run appends its pieces in time order, each after all the others:
-    // the order by start then only grows, and a copy of the next range finds
-    // its children without sorting them all again.
-    const bool last = childOrder && index == childList.size() &&
-                      (childOrder->starts.empty() || child->fields.start >= childOrder->starts.back());
-    std::unique_ptr<ChildOrder> order = last ? std::move(childOrder) : nullptr;
+    // A run appends its pieces, mostly in time order: an appended child
+    // takes its place in the order by start (near its end, after those that
+    // start with it), and a copy of the next range finds its children
+    // without sorting them all again.
+    const bool appended = childOrder && index == childList.size();
+    std::unique_ptr<ChildOrder> order = appended ? std::move(childOrder) : nullptr;
     dropChain();
     if (order) {
-        order->byStart.push_back(index);
-        order->starts.push_back(child->fields.start);
-        order->reach.push_back(order->reach.empty() ? child->fields.end : std::max(order->reach.back(), child->fields.end));
+        const double start = child->fields.start;
+        const auto at = std::upper_bound(order->starts.begin(), order->starts.end(), start) - order->starts.begin();
+        order->byStart.insert(order->byStart.begin() + at, index);
+        order->starts.insert(order->starts.begin() + at, start);
+        // The latest end up to each place grows from the new child on, as
+        // far as the new child's end is the latest.
+        const double end = child->fields.end;
+        const auto place = static_cast<std::size_t>(at);
+        order->reach.insert(order->reach.begin() + at, place == 0 ? end : std::max(order->reach[place - 1], end));
+        for (std::size_t i = place + 1; i < order->reach.size() && order->reach[i] < end; ++i)
+            order->reach[i] = end;
         childOrder = std::move(order);
     }
     child->parentNode = this;
