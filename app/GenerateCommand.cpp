@@ -30,7 +30,7 @@ struct GenerateOptions : CutOptions {
     bool json = false;
 };
 
-const char* const commandName = "montala generate: ";
+const char* const commandName = "montala: generate: ";
 
 // Why generation failed, in the user's terms. The generator names the event
 // it stopped on; a refused VFX row is found by the core's own rule.
@@ -190,7 +190,7 @@ private:
             notes << "The Change EDL has " << change.getSize() << " events, more than a CMX EDL holds; it went to "
                   << written.size() << " files\n";
         for (const std::u16string& path : report.removed)
-            notes << "Removed " << StringUtil::toUtf8(path) << ", a part of an earlier, longer Change EDL\n";
+            notes << "Removed " << StringUtil::toUtf8(path) << ", left by an earlier Change EDL of that name\n";
         for (const std::string& reason : report.keptStaleReasons)
             io.err << commandName << "warning: " << reason << "\n";
         return 0;

@@ -957,6 +957,9 @@ void Project::load()
     core::serialize::SerializationTree tree;
     tree.assign(bytes.data(), bytes.size());
 
+    // From here on the block is there but may not be readable: it is kept
+    // for the next save rather than replaced by an empty model.
+    unreadBlockKept = true;
     Kelmar::FVariant checksum;
     check(object->getAttribute(checksumAttribute, checksum));
     const uint32_t expected = static_cast<uint32_t>(checksum.isInt() ? checksum.getInt() : 0);
@@ -968,14 +971,23 @@ void Project::load()
         // provider of the moment comes back afterwards.
         core::ScopedFramerateProvider provider(this);
         tree.readObject(dataModel);
+        if (tree.getPosition() != tree.getSize()) {
+            dataModel.clearAll();
+            throw Result::BadStoredData;
+        }
         for (Track& track : getTracks())
             if (track.hasLockState())
                 lockedTracks.push_back(track);
     }
+    unreadBlockKept = false;
 }
 
 void Project::save()
 {
+    if (unreadBlockKept && dataModel.getOldList().getEvents().empty() && dataModel.getNewList().getEvents().empty() &&
+        dataModel.getChangeList().getEvents().empty())
+        return;
+    unreadBlockKept = false;
     auto object = queryRequired<Kelmar::IProjectObject>(hostProject.get());
     object->removeAttribute(dataAttribute);
     object->removeAttribute(checksumAttribute);

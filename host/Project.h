@@ -164,9 +164,15 @@ public:
     // ---- Stored block
     // Reads the model from the host's project. NoInterface, HostCallFailed,
     // ChecksumMismatch, UnknownVersion, NewerVersion or a read failure are
-    // thrown; the model is then empty and the project unchanged.
+    // thrown; the model is then empty and the project unchanged. A block
+    // with bytes past the model's end is damaged too (BadStoredData).
     void load();
+    // Writes the model. A block that load() could not read (damaged, or of
+    // a newer version) stays in the project as it was while the model is
+    // empty, so that saving an untouched project loses nothing; once the
+    // user has put lists into the model, they are what is saved.
     void save();
+    bool keepsUnreadBlock() const { return unreadBlockKept; }
     // The user's message for a failed load or save, translated.
     static std::u16string loadFailureMessage(util::Result::Type code);
     static std::u16string saveFailureMessage();
@@ -221,6 +227,7 @@ private:
     core::Framerate framerate;
     core::EventList previewList{core::EventList::ChangeKind};
     std::vector<Track> lockedTracks;
+    bool unreadBlockKept = false;
     core::ProgressHandlerBase* progress = nullptr;
     bool caching = false;
 };

@@ -2,9 +2,14 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstring>
+#include <iterator>
+#include <optional>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,6 +47,81 @@ std::string octal(mode_t mode)
     return text;
 }
 
+// The temporary file being written, for the handlers of the signals that
+// end a program: they remove it before the program ends, so that a
+// terminal closed or a kill while saving leaves no half-written file. One
+// file at a time: the programs write their files one after the other.
+char pendingPath[PATH_MAX + 1];
+volatile std::sig_atomic_t pendingSet = 0;
+constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+extern "C" void removePendingAndEnd(int signal)
+{
+    if (pendingSet != 0)
+        ::unlink(pendingPath);
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+// While it lives, the ending signals remove the file at `path` first (a
+// signal the program ignores, SIGHUP under nohup, stays ignored), and a file
+// too large for the process's size limit is a write error (EFBIG), as a full
+// disk is, instead of SIGXFSZ ending the program with the file left behind.
+class SignalsWhileWriting {
+public:
+    SignalsWhileWriting()
+    {
+        struct sigaction ignore {};
+        ignore.sa_handler = SIG_IGN;
+        sigemptyset(&ignore.sa_mask);
+        sizeLimitHandled = ::sigaction(SIGXFSZ, &ignore, &previousSizeLimit) == 0;
+
+        pendingSet = 0;
+        struct sigaction action {};
+        action.sa_handler = removePendingAndEnd;
+        sigemptyset(&action.sa_mask);
+        for (size_t index = 0; index < std::size(endingSignals); ++index) {
+            installed[index] = ::sigaction(endingSignals[index], nullptr, &previous[index]) == 0 &&
+                               previous[index].sa_handler != SIG_IGN &&
+                               ::sigaction(endingSignals[index], &action, nullptr) == 0;
+        }
+    }
+
+    // Named before the file is created, so that no moment is left between
+    // its creation and the handlers knowing it: a signal before the open
+    // only removes a name that is not there yet (no one else makes names
+    // with this process's id). Cleared again when the open fails.
+    void pending(const fs::path& path)
+    {
+        pendingSet = 0;
+        const std::string& text = path.native();
+        if (text.size() > PATH_MAX)
+            return;
+        std::memcpy(pendingPath, text.c_str(), text.size() + 1);
+        pendingSet = 1;
+    }
+    void clear() { pendingSet = 0; }
+
+    ~SignalsWhileWriting()
+    {
+        for (size_t index = 0; index < std::size(endingSignals); ++index)
+            if (installed[index])
+                ::sigaction(endingSignals[index], &previous[index], nullptr);
+        pendingSet = 0;
+        if (sizeLimitHandled)
+            ::sigaction(SIGXFSZ, &previousSizeLimit, nullptr);
+    }
+
+    SignalsWhileWriting(const SignalsWhileWriting&) = delete;
+    SignalsWhileWriting& operator=(const SignalsWhileWriting&) = delete;
+
+private:
+    struct sigaction previous[std::size(endingSignals)] {};
+    bool installed[std::size(endingSignals)] = {};
+    struct sigaction previousSizeLimit {};
+    bool sizeLimitHandled = false;
+};
+
 // The temporary file: created next to the target, so that the rename stays
 // within one file system, and removed on every way out unless it was
 // renamed into place.
@@ -53,11 +133,17 @@ public:
         const std::string stem = "." + target.filename().string() + ".";
         for (int attempt = 0; attempt < 100 && descriptor < 0; ++attempt) {
             path = folder / (stem + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".saving");
+            signals.pending(path);
             // 0666 lets the umask decide, as for any new file; O_EXCL and
             // O_NOFOLLOW keep a planted file or link from being written.
             descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-            if (descriptor < 0 && errno != EEXIST)
-                break;
+            if (descriptor < 0) {
+                const int error = errno;
+                signals.clear();
+                errno = error;
+                if (error != EEXIST)
+                    break;
+            }
         }
         if (descriptor < 0)
             openError = errno;
@@ -123,6 +209,7 @@ private:
     int openError = 0;
     bool created = false; // never remove a file of that name that was not ours
     bool renamed = false;
+    SignalsWhileWriting signals;
 };
 
 } // namespace

@@ -237,8 +237,20 @@ private:
         const double seconds = numberOf(value, place);
         if (seconds < 0.0)
             throw Failure{place, "must not be negative"};
+        refuseFarOut(value, seconds, place);
         startFrame = rate.exactFrame(seconds);
         return seconds;
+    }
+
+    // A timecode label has three digits of hours at most, so a time of 1,000
+    // hours or more could be read but not written back; positions that far
+    // out are a slip, and a run would carry them into every track.
+    static void refuseFarOut(const Json& value, double seconds, const std::string& place)
+    {
+        constexpr double limit = 1000.0 * 3600.0;
+        if (!(seconds < limit))
+            throw Failure{place, value.dump() + " lies 1,000 hours or more from midnight, past the last timecode a "
+                                                "session can hold (999 hours)"};
     }
 
     // A position: timecode text on the timeline, or seconds after the start.
@@ -255,6 +267,7 @@ private:
         }
         if (seconds < 0.0)
             throw Failure{place, "lies before the project start"};
+        refuseFarOut(value, start + seconds, place);
         return seconds;
     }
 
@@ -272,6 +285,7 @@ private:
         }
         if (seconds < 0.0)
             throw Failure{place, "must not be negative"};
+        refuseFarOut(value, seconds, place);
         return seconds;
     }
 
@@ -1133,7 +1147,8 @@ std::string SessionFile::write(SimProject& project)
     return out;
 }
 
-bool SessionFile::save(SimProject& project, const std::string& path, std::string& error)
+bool SessionFile::save(SimProject& project, const std::string& path, std::string& error,
+                       const std::function<bool()>& stop)
 {
     // As the host does before it writes a project: its storage notifications
     // hear of it first, so that what a plug-in stores then is in the file.
@@ -1144,7 +1159,12 @@ bool SessionFile::save(SimProject& project, const std::string& path, std::string
             break;
         }
     }
-    const platform::SafeFileWriter::Outcome outcome = platform::SafeFileWriter::write(path, write(project));
+    const std::string text = write(project);
+    if (stop && stop()) {
+        error.clear();
+        return false;
+    }
+    const platform::SafeFileWriter::Outcome outcome = platform::SafeFileWriter::write(path, text);
     if (!outcome.ok()) {
         error = outcome.message();
         return false;

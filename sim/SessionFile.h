@@ -3,6 +3,7 @@
 #include "kelmar/IPtr.h"
 #include "sim/SimProject.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -36,8 +37,11 @@ public:
     // leaves the old file as it was (platform::SafeFileWriter: through links,
     // keeping the mode, refusing read-only files and devices). An open
     // project's storage notifications hear of the save first, as the host
-    // tells them before it writes a project.
-    static bool save(SimProject& project, const std::string& path, std::string& error);
+    // tells them before it writes a project. `stop`, when given, is asked
+    // once the text is made and before anything is written: true, and the
+    // save writes nothing and answers false with an empty error.
+    static bool save(SimProject& project, const std::string& path, std::string& error,
+                     const std::function<bool()>& stop = nullptr);
 
     static constexpr int version = 1;
 };

@@ -114,6 +114,9 @@ Result::Type CmxWriter::write(const std::u16string& path, const EventList& list,
             return result;
     }
     removeStaleParts(path, paths.size() + 1, report, inputs);
+    // The single file of an earlier, shorter run would be read instead of
+    // the parts.
+    removeStale(path, report, inputs);
     return Result::Ok;
 }
 
@@ -170,51 +173,52 @@ void CmxWriter::removeStaleParts(const std::u16string& path, size_t firstStale, 
                                  const std::vector<std::u16string>& inputs)
 {
     // Numbered parts follow one another without a gap, so the first number
-    // that names no file ends the search. A part is taken away only when it
-    // is a plain file whose title line is the one this writer gave it: a
-    // file of the user's that happens to share the name is left alone.
+    // that names no file ends the search.
     //
     //   before:  film_1.edl  film_2.edl  film_3.edl        (3 parts)
     //   write:   film_1.edl  film_2.edl                    (2 parts)
     //   after:   film_1.edl  film_2.edl                    film_3.edl removed
-    for (size_t part = firstStale;; ++part) {
-        const std::u16string stale = numberedPath(path, part);
-        try {
-            const std::filesystem::path stalePath(stale);
-            std::error_code error;
-            const std::filesystem::file_status status = std::filesystem::symlink_status(stalePath, error);
-            if (error || !std::filesystem::exists(status))
-                return;
-            const auto keep = [&](const char* why) {
-                report.keptStale.push_back(stale);
-                report.keptStaleReasons.push_back(StringUtil::toUtf8(stale) + ": " + why);
-            };
-            bool isInput = false;
-            for (const std::u16string& input : inputs)
-                isInput = isInput || platform::isSameFile(stalePath, std::filesystem::path(input));
-            if (isInput) {
-                keep("is one of the input files, so it stays");
-                continue;
-            }
-            std::string firstLine;
-            if (std::filesystem::is_regular_file(status)) {
-                std::ifstream file(stalePath, std::ios::binary);
-                std::getline(file, firstLine);
-                if (!firstLine.empty() && firstLine.back() == '\r')
-                    firstLine.pop_back();
-            }
-            if (!std::filesystem::is_regular_file(status) || firstLine != titleOf(stale)) {
-                keep("was not written by Montala (its title line differs), so it stays");
-                continue;
-            }
-            if (!std::filesystem::remove(stalePath, error) || error) {
-                keep("could not be removed");
-                continue;
-            }
-            report.removed.push_back(stale);
-        } catch (const std::exception&) {
+    for (size_t part = firstStale;; ++part)
+        if (!removeStale(numberedPath(path, part), report, inputs))
             return;
+}
+
+bool CmxWriter::removeStale(const std::u16string& stale, Report& report, const std::vector<std::u16string>& inputs)
+{
+    // A file is taken away only when it is a plain file whose title line is
+    // the one this writer gave it: a file of the user's that happens to
+    // share the name is left alone.
+    try {
+        const std::filesystem::path stalePath(stale);
+        std::error_code error;
+        const std::filesystem::file_status status = std::filesystem::symlink_status(stalePath, error);
+        if (error || !std::filesystem::exists(status))
+            return false;
+        const auto keep = [&](const char* why) {
+            report.keptStale.push_back(stale);
+            report.keptStaleReasons.push_back(StringUtil::toUtf8(stale) + ": " + why);
+            return true;
+        };
+        bool isInput = false;
+        for (const std::u16string& input : inputs)
+            isInput = isInput || platform::isSameFile(stalePath, std::filesystem::path(input));
+        if (isInput)
+            return keep("is one of the input files, so it stays");
+        std::string firstLine;
+        if (std::filesystem::is_regular_file(status)) {
+            std::ifstream file(stalePath, std::ios::binary);
+            std::getline(file, firstLine);
+            if (!firstLine.empty() && firstLine.back() == '\r')
+                firstLine.pop_back();
         }
+        if (!std::filesystem::is_regular_file(status) || firstLine != titleOf(stale))
+            return keep("was not written by Montala (its title line differs), so it stays");
+        if (!std::filesystem::remove(stalePath, error) || error)
+            return keep("could not be removed");
+        report.removed.push_back(stale);
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
 }
 

@@ -35,8 +35,10 @@ public:
     // run wrote are named, never an old file that a failure left in place.
     struct Report {
         std::vector<std::u16string> written;
-        // Numbered parts of an earlier, longer run (name_3.edl beside a new
-        // name_1.edl and name_2.edl) taken away after a successful write.
+        // Files of an earlier run taken away after a successful write:
+        // numbered parts of a longer one (name_3.edl beside a new name_1.edl
+        // and name_2.edl), or the single file of a shorter one (name.edl
+        // beside new parts).
         std::vector<std::u16string> removed;
         // Such parts left in place, each with the reason: not written by
         // this writer (its title line says otherwise), or one of the inputs.
@@ -77,6 +79,8 @@ private:
     static std::string formatLines(const std::string& title, const EventList& list);
     // The title that a file of that path is written with.
     static std::string titleOf(const std::u16string& path);
+    // Removes the file when this writer wrote it; false when there is none.
+    static bool removeStale(const std::u16string& stale, Report& report, const std::vector<std::u16string>& inputs);
     static void removeStaleParts(const std::u16string& path, size_t firstStale, Report& report,
                                  const std::vector<std::u16string>& inputs);
 };

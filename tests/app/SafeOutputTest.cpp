@@ -118,10 +118,12 @@ TEST_F(SafeOutputTest, ReadOnlyFilesDevicesAndLinksAreTreatedAsTheUserExpects)
     EXPECT_EQ(0u, readFile(folder / "real" / "change.edl").rfind("TITLE:   change.edl\n", 0));
 }
 
-TEST_F(SafeOutputTest, PartsOfAnEarlierLongerRunAreRemovedAndNamed)
+TEST_F(SafeOutputTest, FilesOfAnEarlierRunAreRemovedAndNamed)
 {
-    // Yesterday's run went to three files; today's Change EDL needs two.
+    // Yesterday's runs went to one file and to three; today's Change EDL
+    // needs two.
     std::ofstream(folder / "change_3.edl") << "TITLE:   change_3.edl\n001  OLD ...\n";
+    std::ofstream(folder / "change.edl") << "TITLE:   change.edl\n001  OLD ...\n";
     CommandRun run = generateLong(pathOf("change.edl"));
     ASSERT_EQ(0, run.status) << run.err;
     EXPECT_NE(std::string::npos, run.out.find("Wrote " + pathOf("change_1.edl") + "\nWrote " + pathOf("change_2.edl") + "\n"))
@@ -129,7 +131,9 @@ TEST_F(SafeOutputTest, PartsOfAnEarlierLongerRunAreRemovedAndNamed)
     EXPECT_NE(std::string::npos, run.out.find("Total: 1000\n"));
     EXPECT_NE(std::string::npos, run.out.find("it went to 2 files"));
     EXPECT_NE(std::string::npos,
-              run.out.find("Removed " + pathOf("change_3.edl") + ", a part of an earlier, longer Change EDL\n"));
+              run.out.find("Removed " + pathOf("change_3.edl") + ", left by an earlier Change EDL of that name\n"));
+    EXPECT_NE(std::string::npos,
+              run.out.find("Removed " + pathOf("change.edl") + ", left by an earlier Change EDL of that name\n"));
     EXPECT_FALSE(fs::exists(folder / "change_3.edl"));
     EXPECT_FALSE(fs::exists(folder / "change.edl"));
     EXPECT_NE(std::string::npos, inspect({pathOf("change_2.edl"), "--rate", "25"}).out.find("Total: 1\n"));

@@ -177,6 +177,8 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
     std::vector<uint8_t> newer = good;
     newer[0] = 99; // the model's version comes first
     std::vector<uint8_t> unsupported = {0, 0, 0, 0, 7}; // an old release's form, unreadable
+    std::vector<uint8_t> trailing = good;
+    trailing.push_back(0);
 
     struct Case {
         const char* what;
@@ -193,6 +195,7 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
          u"The project was created with a newer Montala version. The data cannot be loaded."},
         {"unsupported version", unsupported, checksumOf(unsupported), Result::UnknownVersion,
          u"The project was created with an unsupported Montala version. The data cannot be loaded."},
+        {"bytes after the model", trailing, checksumOf(trailing), Result::BadStoredData, ignored},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -204,9 +207,22 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
         EXPECT_TRUE(project->getDataModel().getProperties().empty());
         EXPECT_TRUE(project->getLockedTracks().empty());
         EXPECT_EQ(projectInteger("Mnts"), c.checksum);
+        // Saved untouched, the project keeps the block it could not read.
+        const std::string before = saved(*hostProject);
+        project->save();
+        EXPECT_EQ(saved(*hostProject), before);
         project.reset();
         host->projectManager().closeProject(hostProject.get());
     }
+
+    // Once the user has put lists into the model, they are what is saved.
+    openProject(sessionWithBlock(newer, checksumOf(newer)));
+    EXPECT_EQ(loadCode(), Result::NewerVersion);
+    project->getDataModel().getOldList().addEvent(core::EventBase::create(0));
+    project->save();
+    EXPECT_NE(projectInteger("Mnts"), checksumOf(newer));
+    project.reset();
+    host->projectManager().closeProject(hostProject.get());
 
     // The good block loads, and the track the preview had locked is known again.
     openProject(sessionWithBlock(good, checksumOf(good)));

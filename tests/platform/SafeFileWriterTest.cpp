@@ -7,9 +7,11 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace montala::platform {
@@ -193,10 +195,11 @@ TEST_F(SafeFileWriterTest, AFailedWriteKeepsTheOldFileAndLeavesNoTemporary)
     const fs::path path = folder / "film.edl";
     put(path, "old text");
 
-    // A file size limit makes write() fail with EFBIG as a full disk would.
+    // A file size limit fails the write as a full disk would, instead of
+    // ending the program with SIGXFSZ (whose default this process keeps).
     struct rlimit saved {};
     ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &saved));
-    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_DFL);
     struct rlimit small = saved;
     small.rlim_cur = 1024;
     ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &small));
@@ -219,6 +222,38 @@ TEST_F(SafeFileWriterTest, AFailedWriteKeepsTheOldFileAndLeavesNoTemporary)
         EXPECT_NE(std::string::npos, closed.message().find("cannot create a file in the folder")) << closed.message();
         ::chmod((folder / "closed").c_str(), 0755);
     }
+}
+
+TEST_F(SafeFileWriterTest, ATerminatedWriteLeavesNoTemporary)
+{
+    // A child writes a large file and is sent SIGTERM by its own watcher as
+    // soon as the temporary file shows: it must end by the signal, with the
+    // temporary file gone and the old file as it was.
+    const fs::path path = folder / "film.json";
+    put(path, "old text");
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        std::thread watcher([this] {
+            for (int turn = 0; turn < 20000; ++turn) {
+                for (const auto& entry : fs::directory_iterator(folder))
+                    if (entry.path().extension() == ".saving")
+                        ::kill(::getpid(), SIGTERM);
+                ::usleep(500);
+            }
+        });
+        watcher.detach();
+        SafeFileWriter::write(path, std::string(std::size_t{400} << 20, 'n'));
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    if (WIFEXITED(status))
+        GTEST_SKIP() << "the write ended before the signal came";
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(SIGTERM, WTERMSIG(status));
+    EXPECT_EQ(std::vector<std::string>{"film.json"}, namesInFolder());
+    EXPECT_EQ("old text", contentOf(path));
 }
 
 } // namespace

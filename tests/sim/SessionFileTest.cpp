@@ -198,6 +198,13 @@ TEST_F(SessionFileTest, ValuesTheReaderCannotKeepExactlyAreRefusedWithFileLineAn
     EXPECT_EQ(errorOf(withEnd("1e400")), "film.json: line 3: /end: 1e400 is out of range");
     EXPECT_EQ(errorOf(withEnd("-1e400")), "film.json: line 3: /end: -1e400 is out of range");
     EXPECT_EQ(errorOf(withEnd("1e-400")), "film.json: line 3: /end: 1e-400 is too small to be held; it would be read as 0");
+    // A time that no timecode label of a written session could hold.
+    EXPECT_EQ(errorOf(withEnd("3600000")), "film.json: line 3: /end: 3600000 lies 1,000 hours or more from midnight, "
+                                           "past the last timecode a session can hold (999 hours)");
+    EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "events": [
+                 {"kind": "audio", "start": 1e17, "end": 2e17, "file": "a.wav"}]})")),
+              "film.json: line 5: /tracks/0/events/0/start: 1e+17 lies 1,000 hours or more from midnight, past the "
+              "last timecode a session can hold (999 hours)");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "attributes": {"n": 18446744073709551615}})")),
               "film.json: line 4: /tracks/0/attributes/n: 18446744073709551615 is out of range (whole numbers go up to "
               "9223372036854775807)");
