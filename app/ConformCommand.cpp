@@ -1,4 +1,5 @@
 #include "app/Commands.h"
+#include "app/ConformFindings.h"
 #include "app/EdlOptions.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
@@ -25,13 +26,13 @@ using util::Result;
 
 namespace {
 
-const char* const commandName = "montala conform: ";
+const char* const commandName = "montala: conform: ";
 
 struct ConformOptions {
     std::string session;
     std::vector<std::string> oldFiles;
     std::vector<std::string> newFiles;
-    std::string change;
+    std::vector<std::string> change;
     std::string output;
     std::string match = "roll";
     std::string heal;
@@ -43,6 +44,9 @@ struct ConformOptions {
     std::vector<std::string> range;
     std::vector<std::string> noMarkers;
     bool json = false;
+    bool force = false;
+    unsigned maxDropPercent = 80;
+    bool inPlace = false;
 };
 
 // Ctrl-C during a run: the handler only notes it, and the progress window's
@@ -104,6 +108,8 @@ const char* statusName(ConformOutcome::Status status)
         return "failed";
     case ConformOutcome::Status::Cancelled:
         return "cancelled";
+    case ConformOutcome::Status::Refused:
+        return "refused";
     }
     return "";
 }
@@ -209,6 +215,10 @@ private:
             io.err << commandName << "--old and --new go together\n";
             return 2;
         }
+        if (options.output.empty() && !options.inPlace) {
+            io.err << commandName << "name the output with -o, or conform the session itself with --in-place\n";
+            return 2;
+        }
         std::optional<std::vector<core::VfxPatternEntry>> patterns =
             parseVfxPatterns(options.vfx, commandName, io.err);
         if (!patterns)
@@ -217,8 +227,11 @@ private:
         request.sessionPath = options.session;
         request.oldFiles = options.oldFiles;
         request.newFiles = options.newFiles;
-        request.changeFile = options.change;
-        request.outputPath = options.output;
+        request.changeFiles = options.change;
+        request.goOnAnyway = options.force;
+        request.maxDroppedShare = options.maxDropPercent / 100.0;
+        request.outputPath = options.output.empty() ? options.session : options.output;
+        request.inPlace = options.inPlace;
         request.load = options.load;
         request.match = matchNameOf(options.match);
         if (!options.heal.empty())
@@ -238,11 +251,13 @@ private:
     {
         if (options.json) {
             printJson(outcome);
-        } else if (outcome.status == ConformOutcome::Status::Done) {
-            printSummary(outcome);
-        } else if (outcome.summary.kind != host::RunSummary::Kind::None) {
-            // How far a run came before it stopped.
-            printSummary(outcome);
+        } else {
+            printFindings(outcome, options.session, io.err);
+            if (outcome.status == ConformOutcome::Status::Done)
+                printSummary(outcome);
+            else if (outcome.status == ConformOutcome::Status::Failed &&
+                     outcome.summary.kind != host::RunSummary::Kind::None)
+                printSummary(outcome); // how far a run came before it stopped
         }
         if (outcome.status != ConformOutcome::Status::Done) {
             if (outcome.refusedByCheck)
@@ -274,8 +289,10 @@ private:
         char seconds[32];
         std::snprintf(seconds, sizeof seconds, "%.3f", outcome.seconds);
         io.out << "Time taken: " << seconds << " s\n";
+        if (!outcome.backupPath.empty())
+            io.out << "Kept the session as it was in " << outcome.backupPath << "\n";
         if (outcome.written)
-            io.out << "Wrote " << options.output << "\n";
+            io.out << "Wrote " << (options.output.empty() ? options.session : options.output) << "\n";
         if (changeReport)
             printReportDigest(io.out, *changeReport);
     }
@@ -303,8 +320,11 @@ private:
             {"incomplete", summary.incomplete},
             {"undone", summary.undone},
             {"seconds", outcome.seconds},
-            {"written", outcome.written ? nlohmann::json(options.output) : nlohmann::json(nullptr)},
+            {"written", outcome.written ? nlohmann::json(options.output.empty() ? options.session : options.output)
+                                        : nlohmann::json(nullptr)},
+            {"backup", outcome.backupPath.empty() ? nlohmann::json(nullptr) : nlohmann::json(outcome.backupPath)},
         };
+        addFindingsToJson(outcome, document);
         if (changeReport)
             document["report"] = reportDigestJson(*changeReport);
         io.out << document.dump(2) << "\n";
@@ -326,8 +346,11 @@ void registerConformCommand(CLI::App& program, CommandIo& io)
     command->add_option("session", options->session, "The session file (read only)")->required();
     command->add_option("--old", options->oldFiles, "Old EDL file; repeatable");
     command->add_option("--new", options->newFiles, "New EDL file; repeatable");
-    command->add_option("--change", options->change, "A ready Change EDL, in place of --old and --new");
-    command->add_option("-o,--output", options->output, "Where the conformed session goes")->required();
+    command->add_option("--change", options->change,
+                        "A ready Change EDL, in place of --old and --new; its numbered parts in order");
+    command->add_option("-o,--output", options->output, "Where the conformed session goes (never one of the inputs)");
+    command->add_flag("--in-place", options->inPlace,
+                      "Write the conformed session over the one read, keeping the old one beside it as SESSION.bak");
     addMatchOption(*command, options->match, "Match events by roll name or clip name");
     addHealOption(*command, options->heal);
     addVfxOption(*command, options->vfx);
@@ -343,6 +366,11 @@ void registerConformCommand(CLI::App& program, CommandIo& io)
         ->expected(1, -1)
         ->check(CLI::IsMember(run::markerKindNames()));
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
+    command->add_flag("--force", options->force,
+                      "Go on although the checks find that the session and the EDLs do not belong together");
+    command->add_option("--max-drop", options->maxDropPercent,
+                        "Refuse a Change EDL that drops more than PERCENT of the session's sound (default 80)")
+        ->check(CLI::Range(0u, 100u));
     command->callback(
         [options, &io] { runCommand(io, commandName, 1, [&] { return ConformRun(*options, io).run(); }); });
 }

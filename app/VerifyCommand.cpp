@@ -16,7 +16,7 @@ using util::Result;
 
 namespace {
 
-const char* const commandName = "montala verify: ";
+const char* const commandName = "montala: verify: ";
 
 struct VerifyOptions {
     std::string oldSession;

@@ -97,7 +97,37 @@ EdlFileReport EdlLoader::load(size_t index, EventList& list)
         anyUsable = anyUsable || !event->hasFormatError();
     }
     report.noValidEntries = !anyUsable;
+    report.unusable = unusableEvents(loaded, report.parse.eventLines);
+    for (const EventPtr& event : loaded.getEvents())
+        report.audioEvents += event->hasState(EventState::NotVideoEvent) ? 1 : 0;
     return report;
+}
+
+std::string unusableReason(const EventBase& event)
+{
+    std::string reason;
+    for (int value = 0; value <= static_cast<int>(EventState::InvalidTimecodeRange); ++value) {
+        const auto state = static_cast<EventState>(value);
+        if (state == EventState::LegacyState || !event.hasState(state))
+            continue;
+        std::string message = EventBase::getStateMessage(state);
+        if (!message.empty() && message.back() == '.')
+            message.pop_back();
+        reason += (reason.empty() ? "" : "; ") + message;
+    }
+    return reason;
+}
+
+std::vector<UnusableEvent> unusableEvents(const EventList& list, const std::vector<size_t>& lines)
+{
+    std::vector<UnusableEvent> found;
+    for (size_t index = 0; index < list.getSize(); ++index) {
+        const EventBase& event = *list.getEvent(index);
+        const std::string reason = unusableReason(event);
+        if (!reason.empty())
+            found.push_back({index < lines.size() ? lines[index] : 0, event.getEventNumber(), reason});
+    }
+    return found;
 }
 
 bool EdlLoader::loadAll(EventList& list, std::vector<EdlFileReport>& reports)

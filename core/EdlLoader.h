@@ -18,6 +18,13 @@ struct EdlLoadOptions {
     bool renameBRolls = true;
 };
 
+// An event of a file that a run cannot use as it stands.
+struct UnusableEvent {
+    size_t line = 0; // 0 when the event came from no file line
+    int eventNumber = 0;
+    std::string reason; // the event's state messages, "; " between them
+};
+
 // What became of one file of a load: everything the Add EDLs overlay and
 // the command line tell the user about it.
 struct EdlFileReport {
@@ -35,7 +42,20 @@ struct EdlFileReport {
     bool noValidEntries = false;
     // Why it did not open, and the lines the reader dropped or changed.
     fileio::ParseReport parse;
+    // Events kept with a state that keeps them out of a Change EDL (a bad
+    // roll name, an invalid timecode, ...), in file order.
+    std::vector<UnusableEvent> unusable;
+    // Of those, the audio-only events, which --accept-audio would read.
+    size_t audioEvents = 0;
 };
+
+// Why a run cannot use the event as it stands: its state messages, "; "
+// between them; empty when it can.
+std::string unusableReason(const EventBase& event);
+
+// The events of list that carry a state other than the legacy text, with
+// the line each came from (lines[i] for the i-th event, when given).
+std::vector<UnusableEvent> unusableEvents(const EventList& list, const std::vector<size_t>& lines = {});
 
 // The project rate that a set of files suggests: that of the first file
 // that can be read.

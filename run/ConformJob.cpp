@@ -5,11 +5,18 @@
 #include "core/Timecode.h"
 #include "host/Host.h"
 #include "host/Project.h"
+#include "platform/FileIdentity.h"
+#include "platform/SafeFileWriter.h"
 #include "sim/SessionFile.h"
+#include "sim/SimAlertService.h"
 #include "sim/SimHost.h"
+#include "util/StringUtil.h"
 #include "sim/SimProjectManager.h"
 
 #include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <map>
 
 namespace montala::run {
@@ -45,6 +52,18 @@ void applySettings(const ConformRequest& request, const core::Framerate& rate, c
     settings.setCreateAutomationWarningMarkers(!off.count(MarkerKind::Automation));
     settings.setCreateOverlapMarkers(!off.count(MarkerKind::Overlap));
     (void)rate;
+}
+
+// The rate a file suggests is only a lower bound (a 25 fps file that never
+// shows frame 24 suggests 24), so only what the project's rate cannot hold
+// refuses a run: higher frame numbers, or the other drop mode.
+bool rateContradicts(const core::Framerate& suggested, const core::Framerate& project)
+{
+    if (suggested.fps == 0)
+        return false;
+    if (suggested.fps > project.fps)
+        return true;
+    return suggested.fps == project.fps && suggested.dropMode != -1 && suggested.dropMode != project.dropMode;
 }
 
 // A timecode of the range, checked at the project's rate.
@@ -117,8 +136,63 @@ private:
         return outcome;
     }
 
+    // The output is checked before the run, so that an hour's run does not
+    // end in a file that cannot be written, or in one written over an input.
+    bool checkOutput()
+    {
+        const std::string& output = request.outputPath;
+        const auto refuse = [&](const std::string& why) {
+            badInput("-o " + output + ": " + why + "; nothing was conformed");
+            return false;
+        };
+        const bool overSession = platform::isSameFile(output, request.sessionPath);
+        if (overSession && !request.inPlace)
+            return refuse("is the session that is read; --in-place conforms it in place and keeps the old file "
+                          "beside it as " + backupPathOf(request.sessionPath));
+        for (const std::vector<std::string>* files : {&request.oldFiles, &request.newFiles, &request.changeFiles})
+            for (const std::string& file : *files)
+                if (platform::isSameFile(output, file))
+                    return refuse("is the EDL " + file + ", an input of the run");
+        const platform::SafeFileWriter::Outcome checked = platform::SafeFileWriter::check(output);
+        if (!checked.ok()) {
+            badInput("cannot write " + checked.message() + "; nothing was conformed");
+            return false;
+        }
+        if (overSession) {
+            const platform::SafeFileWriter::Outcome backup =
+                platform::SafeFileWriter::check(backupPathOf(request.sessionPath));
+            if (!backup.ok()) {
+                badInput("cannot keep the session as it was: " + backup.message() + "; nothing was conformed");
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The session as it was, copied beside it before it is replaced.
+    bool keepBackup(std::string& error)
+    {
+        std::ifstream file(request.sessionPath, std::ios::binary);
+        std::ostringstream text;
+        text << file.rdbuf();
+        if (!file) {
+            error = request.sessionPath + ": cannot be read again to keep it";
+            return false;
+        }
+        const std::string backup = backupPathOf(request.sessionPath);
+        const platform::SafeFileWriter::Outcome written = platform::SafeFileWriter::write(backup, text.str());
+        if (!written.ok()) {
+            error = written.message();
+            return false;
+        }
+        outcome.backupPath = backup;
+        return true;
+    }
+
     ConformOutcome work()
     {
+        if (!checkOutput())
+            return outcome;
         if (!stage(ConformStage::LoadingSession))
             return outcome;
         simHost = sim::SimHost::create();
@@ -133,6 +207,11 @@ private:
             return wanted || (watcher.cancelRequested && watcher.cancelRequested());
         });
         montala = Kelmar::owned(new host::Host(relay.get()));
+        // What the host showed while it adopted the project: a stored block
+        // that could not be read, say.
+        for (const sim::SimAlertService::Alert& alert : simHost->alerts().shown())
+            outcome.sessionMessages.push_back(util::StringUtil::toUtf8(alert.message));
+        simHost->alerts().clear();
         host::Project* active = montala->getActiveProject();
         if (!active)
             return failed(Result::NoProject, "the session's project did not come up in the host");
@@ -155,11 +234,13 @@ private:
                                 ": the end lies before the start");
             model.getSettings().setRestrictRange(true);
             model.getSettings().setRestrictedRange(*in, *out);
+        } else {
+            model.getSettings().setRestrictRange(false);
         }
         if (!loadEdls(model))
             return outcome;
 
-        if (request.changeFile.empty()) {
+        if (request.changeFiles.empty()) {
             if (!stage(ConformStage::Generating))
                 return outcome;
             Result::Type generated = Result::Ok;
@@ -179,9 +260,16 @@ private:
                 watcher.generated(model, outcome.rate);
         }
         outcome.changeEvents = model.getChangeList().getSize();
+        if (request.range && !rangeHoldsEvents(model)) {
+            return badInput("--range " + request.range->first + " " + request.range->second +
+                            ": no event of the Change EDL lies in it; nothing was conformed");
+        }
+        if (!checkInputs(model))
+            return outcome;
 
         if (!stage(ConformStage::Conforming))
             return outcome;
+        const std::map<host::TrackType, size_t> markersBefore = markersInProject();
         const auto began = std::chrono::steady_clock::now();
         const Result::Type asked = montala->startConform();
         if (asked != Result::Ok) {
@@ -194,6 +282,15 @@ private:
         outcome.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
         outcome.summary = montala->lastRun();
         outcome.result = outcome.summary.result;
+        // What the tracks hold now, not what the run meant to write: a marker
+        // outside the range, say, is not there.
+        outcome.summary.markersWritten.clear();
+        for (const auto& [type, count] : markersInProject()) {
+            const auto before = markersBefore.find(type);
+            const size_t had = before == markersBefore.end() ? 0 : before->second;
+            if (count > had)
+                outcome.summary.markersWritten[type] = count - had;
+        }
         if (montala->isRunPending())
             return failed(Result::HostCallFailed, "the host never gave the run its idle call");
         if (outcome.result == Result::Cancelled) {
@@ -211,37 +308,65 @@ private:
             watcher.conformed(*project);
         if (!stage(ConformStage::Saving))
             return outcome;
-        if (!sim::SessionFile::save(*project, request.outputPath, error))
-            return failed(Result::FileNotOpened, "could not write " + request.outputPath + ": " + error);
+        if (request.inPlace && platform::isSameFile(request.outputPath, request.sessionPath) && !keepBackup(error))
+            return failed(Result::FileNotOpened, "could not keep the session as it was: " + error +
+                                                     "; nothing was written");
+        if (!sim::SessionFile::save(*project, request.outputPath, error, watcher.cancelRequested)) {
+            if (error.empty()) {
+                outcome.status = ConformOutcome::Status::Cancelled;
+                outcome.result = Result::Cancelled;
+                outcome.message = "cancelled while saving; nothing was written";
+                return outcome;
+            }
+            return failed(Result::FileNotOpened, "could not write " + error);
+        }
         outcome.written = true;
         outcome.status = ConformOutcome::Status::Done;
         return outcome;
     }
 
     // Every file must be read: a Change EDL from part of a cut would move
-    // sound to wrong places.
+    // sound to wrong places. The lists are the request's alone: what an
+    // earlier run left stored in the session is replaced, never added to.
     bool loadEdls(core::DataModel& model)
     {
-        std::vector<std::string> all;
-        size_t oldCount = 0;
-        if (request.changeFile.empty()) {
-            all = request.oldFiles;
-            oldCount = all.size();
+        conformedBefore = !model.getNewList().getEvents().empty() || !model.getChangeList().getEvents().empty();
+        model.getOldList().clear();
+        model.getNewList().clear();
+        model.getChangeList().clear();
+
+        const bool fromChange = !request.changeFiles.empty();
+        std::vector<std::string> all = fromChange ? request.changeFiles : request.oldFiles;
+        const size_t oldCount = fromChange ? 0 : all.size();
+        if (!fromChange)
             all.insert(all.end(), request.newFiles.begin(), request.newFiles.end());
-        } else {
-            all.push_back(request.changeFile);
-        }
         core::EdlLoader loader(all, request.load);
         std::string unread;
         for (size_t index = 0; index < all.size(); ++index) {
-            core::EventList& list = !request.changeFile.empty() ? model.getChangeList()
-                                    : index < oldCount        ? model.getOldList()
-                                                              : model.getNewList();
+            core::EventList& list = fromChange            ? model.getChangeList()
+                                    : index < oldCount ? model.getOldList()
+                                                       : model.getNewList();
+            std::vector<Origin>& origin = &list == &model.getNewList() ? newOrigins : changeOrigins;
             const core::EdlFileReport report = loader.load(index, list);
             if (watcher.loaded)
                 watcher.loaded(report);
-            if (!report.opened)
+            if (!report.opened) {
                 unread += (unread.empty() ? "" : ", ") + all[index];
+                continue;
+            }
+            for (const core::UnusableEvent& event : report.unusable)
+                outcome.unused.push_back({report.fileName, event.line, event.eventNumber, event.reason});
+            if (!request.load.acceptAudio)
+                outcome.audioEventsLeftOut += report.audioEvents;
+            if (rateContradicts(report.suggestedRate, outcome.rate))
+                outcome.refusals.push_back(
+                    {"rate", report.fileName + " suggests " + core::describeSuggestedRate(report.suggestedRate) +
+                                 ", but the session runs at " + outcome.rateName});
+            if (&list != &model.getOldList())
+                for (size_t line = 0; line < report.events; ++line)
+                    origin.push_back({report.fileName, line < report.parse.eventLines.size()
+                                                           ? report.parse.eventLines[line]
+                                                           : 0});
         }
         if (!unread.empty()) {
             badInput("not every EDL could be read (" + unread + "); nothing was conformed");
@@ -250,6 +375,102 @@ private:
         return true;
     }
 
+    // What the Change EDL leaves out, and whether the inputs belong
+    // together; true when the run may go on.
+    bool checkInputs(core::DataModel& model)
+    {
+        const core::EventList& change = model.getChangeList();
+        const core::Framerate& rate = outcome.rate;
+        const auto originOf = [](const std::vector<Origin>& origins, size_t index) {
+            return index < origins.size() ? origins[index] : Origin{};
+        };
+        if (request.changeFiles.empty()) {
+            for (const size_t index : unmatchedEvents(model.getNewList(), change, rate)) {
+                const Origin origin = originOf(newOrigins, index);
+                outcome.unused.push_back({origin.file, origin.line, model.getNewList().getEvent(index)->getEventNumber(),
+                                          "no event of the Old cut shows this picture"});
+            }
+            outcome.silentSpans = uncoveredSpans(model.getNewList(), change, rate);
+        }
+        for (const size_t index : eventsOutsideSession(*project, rate, change)) {
+            const core::EventBase& event = *change.getEvent(index);
+            const Origin origin =
+                request.changeFiles.empty() ? Origin{} : originOf(changeOrigins, index);
+            outcome.unused.push_back({origin.file, origin.line, event.getEventNumber(),
+                                      "SRC " + event.getSrcIn().toString() + "-" + event.getSrcOut().toString() +
+                                          " lies outside the session"});
+        }
+
+        if (request.changeFiles.empty()) {
+            const SessionFit fit = sessionFit(*project, rate, model.getOldList(), model.getNewList());
+            if (fit == SessionFit::New)
+                outcome.refusals.push_back(
+                    {"picture", conformedBefore ? "this session already follows the New cut"
+                                                : "the session follows the New cut, not the Old one: did you swap "
+                                                  "--old and --new?"});
+            else if (fit == SessionFit::Neither)
+                outcome.refusals.push_back({"picture", "the session's picture does not follow the Old cut"});
+        }
+        if (!request.range && change.getSize() > 0) {
+            const std::optional<double> dropped =
+                droppedSoundShare(*project, rate, change, request.selectedTracksOnly);
+            if (dropped && *dropped > request.maxDroppedShare)
+                outcome.refusals.push_back({"dropped-sound", "the Change EDL would drop " + percent(*dropped) +
+                                                                 " of the session's sound (more than " +
+                                                                 percent(request.maxDroppedShare) + ")"});
+        }
+        if (outcome.refusals.empty() || request.goOnAnyway)
+            return true;
+        outcome.status = ConformOutcome::Status::Refused;
+        outcome.result = Result::InvalidArgument;
+        outcome.message = "the inputs do not belong together; nothing was changed";
+        return false;
+    }
+
+    bool rangeHoldsEvents(core::DataModel& model)
+    {
+        const auto [in, out] = model.getSettings().getRestrictedRange();
+        for (const core::EventPtr& event : model.getChangeList().getEvents()) {
+            const core::Timecode& dstIn = event->getDstIn();
+            const core::Timecode& dstOut = event->getDstOut();
+            if (dstIn.isValid(outcome.rate) && dstOut.isValid(outcome.rate) &&
+                dstIn.toSeconds(outcome.rate) < out && dstOut.toSeconds(outcome.rate) > in)
+                return true;
+        }
+        return false;
+    }
+
+    // Markers on Montala's marker tracks, by the track's type.
+    std::map<host::TrackType, size_t> markersInProject()
+    {
+        std::map<host::TrackType, size_t> counts;
+        const auto walk = [&](const auto& self, const sim::SimObject& node) -> void {
+            for (const auto& child : node.children()) {
+                if (!child->isTrack())
+                    continue;
+                const auto type = child->attributes().find("Montala:MarkerType");
+                if (child->kind() == sim::ObjectKind::MarkerTrack && type != child->attributes().end())
+                    counts[static_cast<host::TrackType>(type->second.getInt())] += child->children().size();
+                self(self, *child);
+            }
+        };
+        walk(walk, *project);
+        return counts;
+    }
+
+    static std::string percent(double share)
+    {
+        char text[16];
+        std::snprintf(text, sizeof text, "%.0f%%", share * 100.0);
+        return text;
+    }
+
+    // Where an event of a list came from.
+    struct Origin {
+        std::string file;
+        size_t line = 0;
+    };
+
     const ConformRequest& request;
     const ConformWatcher& watcher;
     ConformOutcome outcome;
@@ -257,6 +478,9 @@ private:
     Kelmar::IPtr<sim::SimProject> project;
     Kelmar::IPtr<ServicesRelay> relay;
     Kelmar::IPtr<host::Host> montala;
+    bool conformedBefore = false;
+    std::vector<Origin> newOrigins;
+    std::vector<Origin> changeOrigins;
 };
 
 } // namespace
@@ -291,6 +515,11 @@ const char* stageName(ConformStage stage)
         return "Saving";
     }
     return "";
+}
+
+std::string backupPathOf(const std::string& sessionPath)
+{
+    return sessionPath + ".bak";
 }
 
 std::string checkTracksAlert(Result::Type code)

@@ -5,6 +5,7 @@
 #include "core/Framerate.h"
 #include "core/Settings.h"
 #include "host/RunSummary.h"
+#include "run/InputChecks.h"
 #include "run/ProgressRelay.h"
 #include "sim/SimProject.h"
 #include "util/Result.h"
@@ -29,11 +30,14 @@ std::optional<MarkerKind> parseMarkerKind(const std::string& name);
 struct ConformRequest {
     std::string sessionPath;
     // Either both cuts, from which the Change EDL is generated, or a ready
-    // Change EDL.
+    // Change EDL (the numbered parts of a long one, in order).
     std::vector<std::string> oldFiles;
     std::vector<std::string> newFiles;
-    std::string changeFile;
+    std::vector<std::string> changeFiles;
+    // Never one of the inputs; the session itself only with inPlace, and
+    // then the session as it was is kept beside it (backupPathOf).
     std::string outputPath;
+    bool inPlace = false;
 
     // How the EDLs are read and the Change EDL generated.
     core::EdlLoadOptions load;
@@ -49,6 +53,26 @@ struct ConformRequest {
     // Timecodes at the project's rate: the run is kept inside them.
     std::optional<std::pair<std::string, std::string>> range;
     std::set<MarkerKind> noMarkers;
+
+    // The checks before the run refuse inputs that do not belong together;
+    // set, the run goes on past what they found.
+    bool goOnAnyway = false;
+    // More of the session's sound than this share dropped is refused.
+    double maxDroppedShare = 0.8;
+};
+
+// A check before the run that found the inputs do not belong together.
+struct Refusal {
+    std::string check; // "rate", "picture", "dropped-sound"
+    std::string message;
+};
+
+// An event the run could not use, with where it came from and why.
+struct UnusedEvent {
+    std::string file; // empty for an event of a generated Change EDL
+    size_t line = 0;
+    int eventNumber = 0;
+    std::string reason;
 };
 
 // Where the run is; the watcher hears each stage once, in this order.
@@ -81,6 +105,9 @@ struct ConformOutcome {
         Failed,
         // Stopped by the user; the host's undo took the project back.
         Cancelled,
+        // The checks before the run found that the inputs do not belong
+        // together; nothing changed.
+        Refused,
     };
 
     Status status = Status::Failed;
@@ -92,9 +119,24 @@ struct ConformOutcome {
     core::Framerate rate;
     std::string rateName;
     size_t changeEvents = 0;
+    // The messages the host showed on opening the session (a stored block
+    // that could not be read).
+    std::vector<std::string> sessionMessages;
+    // What the checks before the run found; with goOnAnyway the run went on
+    // all the same.
+    std::vector<Refusal> refusals;
+    // What the run could not use, in file order, and the stretches of the New
+    // cut that no Change event fills.
+    std::vector<UnusedEvent> unused;
+    std::vector<TimecodeSpan> silentSpans;
+    // Audio-only events that were left out because --accept-audio was not
+    // given.
+    size_t audioEventsLeftOut = 0;
     host::RunSummary summary;
     double seconds = 0.0; // of the run alone, from startConform to its end
     bool written = false;
+    // The session as it was, when it was conformed in place.
+    std::string backupPath;
 };
 
 // Brings Montala up on the simulated host exactly as the plug-in runs in
@@ -108,6 +150,9 @@ struct ConformOutcome {
 // Nothing is written unless the run succeeded; the session file is read
 // only, so it changes only when the output names it.
 ConformOutcome runConform(const ConformRequest& request, const ConformWatcher& watcher);
+
+// Where a conform in place keeps the session as it was: "film.json.bak".
+std::string backupPathOf(const std::string& sessionPath);
 
 // The window's alert text for a code of checkTracks.
 std::string checkTracksAlert(util::Result::Type code);

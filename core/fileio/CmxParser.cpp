@@ -245,6 +245,7 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     dropState = -1;
     frameHistogram.fill(0);
     report.lines.clear();
+    report.eventLines.clear();
     pending.clear();
     // An event takes a line or two; a guess saves most regrowing.
     pending.reserve(textSize / 160);
@@ -453,6 +454,7 @@ void CmxParser::build(EventList& list)
                     event.setTimecodes(srcIn, srcOut, dstIn, dstOut);
                     event.setEdlText(waiting.edlText);
                     list.addEvent(waiting.event);
+                    report.eventLines.push_back(waiting.line);
                     continue;
                 }
             }
@@ -477,6 +479,7 @@ void CmxParser::build(EventList& list)
         }
         event.setEdlText(waiting.edlText);
         list.addEvent(waiting.event);
+        report.eventLines.push_back(waiting.line);
     }
     pending.clear();
 }

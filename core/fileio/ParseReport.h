@@ -45,12 +45,15 @@ struct LineNote {
 struct ParseReport {
     OpenFailure openFailure = OpenFailure::None;
     std::vector<LineNote> lines;
+    // The line of each event build() added, in the order it added them.
+    std::vector<size_t> eventLines;
 
     size_t count(LineAction action) const;
     void clear()
     {
         openFailure = OpenFailure::None;
         lines.clear();
+        eventLines.clear();
     }
 };
 

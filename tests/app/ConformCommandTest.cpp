@@ -38,13 +38,21 @@ TEST_F(ConformCommand, ConformsTheSampleAndTouchesOnlyItsOutput)
     EXPECT_NE(conformed, before);
     EXPECT_TRUE(contains(conformed, "\"MontData\"")) << "the model's block is saved with the session";
 
-    // -o may name the input: then, and only then, it is rewritten.
+    // Never over an input; over the session only when asked, keeping it.
     const fs::path copy = folder / "session.json";
     fs::copy_file(session, copy);
-    const CommandRun inPlace =
-        runMontala({"conform", copy.string(), "--old", oldEdl, "--new", newEdl, "-o", copy.string()});
+    const std::string edl = (folder / "old.edl").string();
+    fs::copy_file(oldEdl, edl);
+    for (const std::string& input : {copy.string(), edl}) {
+        const CommandRun over = runMontala({"conform", copy.string(), "--old", edl, "--new", newEdl, "-o", input});
+        EXPECT_EQ(over.status, 2) << input;
+        EXPECT_TRUE(contains(over.err, "montala: conform: -o " + input + ": is ")) << over.err;
+    }
+    EXPECT_EQ(readFile(edl), readFile(oldEdl));
+    const CommandRun inPlace = runMontala({"conform", copy.string(), "--old", oldEdl, "--new", newEdl, "--in-place"});
     ASSERT_EQ(inPlace.status, 0) << inPlace.err;
     EXPECT_EQ(readFile(copy), conformed);
+    EXPECT_EQ(readFile(copy.string() + ".bak"), before);
 }
 
 TEST_F(ConformCommand, JsonIsOneDocumentWithTheNumericResult)

@@ -112,7 +112,7 @@ TEST_F(ConformJobTest, CancelAndFailureWriteNothingAndLeaveTheInputAlone)
     ConformRequest empty = request;
     empty.oldFiles.clear();
     empty.newFiles.clear();
-    empty.changeFile = (folder / "empty.edl").string();
+    empty.changeFiles = {(folder / "empty.edl").string()};
     const ConformOutcome refused = runConform(empty, {});
     EXPECT_EQ(refused.status, ConformOutcome::Status::Failed);
     EXPECT_TRUE(refused.refusedByCheck);

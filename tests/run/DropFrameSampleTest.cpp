@@ -71,7 +71,7 @@ TEST_F(DropFrameSampleTest, ConformedFromTheCutsOrFromAWrittenChangeEdlAndInSync
         ConformRequest request;
         request.sessionPath = session;
         if (fromChangeFile) {
-            request.changeFile = change.string();
+            request.changeFiles = {change.string()};
         } else {
             request.oldFiles = {oldCut};
             request.newFiles = {newCut};

@@ -102,6 +102,8 @@ protected:
         request.oldFiles = writeAll(recut.oldEdls(), "old");
         request.newFiles = writeAll(recut.newEdls(), "new");
         request.outputPath = (folder / "new.json").string();
+        // A random re-cut may leave out any share of the sound.
+        request.maxDroppedShare = 1.0;
         return request;
     }
 

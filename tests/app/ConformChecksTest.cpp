@@ -1,0 +1,125 @@
+#include "app/CommandRunner.h"
+#include "support/TempFolderTest.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace montala::test;
+using namespace montala::test::shortFilm;
+
+// The sample's New cut re-cut once more: event 010 (87 frames) taken out and
+// what follows moved up.
+const std::string thirdCut = MONTALA_SOURCE_DIR "/tests/app/fixtures/short-film-25-r3.edl";
+
+class ConformChecks : public TempFolderTest {
+protected:
+    ConformChecks() : TempFolderTest("montala-conform-checks") {}
+
+    // A copy of an EDL with one text replaced, in the folder.
+    std::string edited(const std::string& edl, const std::string& name, const std::string& from,
+                       const std::string& to) const
+    {
+        std::string text = readFile(edl);
+        text = std::regex_replace(text, std::regex(from), to, std::regex_constants::format_first_only);
+        std::ofstream(folder / name) << text;
+        return pathOf(name);
+    }
+
+    // The sample conformed once, from its Old cut to its New one.
+    std::string conformedOnce()
+    {
+        const std::string once = pathOf("once.json");
+        const CommandRun run = runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", once});
+        EXPECT_EQ(run.status, 0) << run.err;
+        return once;
+    }
+};
+
+TEST_F(ConformChecks, SecondConformStartsFromTheListsItIsGivenAndStaysInSync)
+{
+    const std::string once = conformedOnce();
+    const std::string twice = pathOf("twice.json");
+    const CommandRun run = runMontala({"conform", once, "--old", newEdl, "--new", thirdCut, "-o", twice, "--json"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const nlohmann::json document = nlohmann::json::parse(run.out);
+    // Before and after the 87 frames taken out; nothing of the first run.
+    EXPECT_EQ(document["changeEvents"], 2);
+    EXPECT_EQ(document["refusals"], nlohmann::json::array());
+
+    const CommandRun audit = runMontala({"verify", once, twice, "--old", newEdl, "--new", thirdCut});
+    EXPECT_EQ(audit.status, 0) << audit.out << audit.err;
+
+    // A ready Change EDL replaces the stored one too.
+    const std::string change = pathOf("change.edl");
+    ASSERT_EQ(generate({"--old", newEdl, "--new", thirdCut, "-o", change}).status, 0);
+    const CommandRun fromChange =
+        runMontala({"conform", once, "--change", change, "-o", pathOf("twice2.json"), "--json"});
+    ASSERT_EQ(fromChange.status, 0) << fromChange.err;
+    EXPECT_EQ(nlohmann::json::parse(fromChange.out)["changeEvents"], 2);
+}
+
+TEST_F(ConformChecks, InputsThatDoNotBelongTogetherAreRefusedUnlessForced)
+{
+    const auto refused = [&](const std::vector<std::string>& arguments, const std::string& why) {
+        std::vector<std::string> call = {"conform"};
+        call.insert(call.end(), arguments.begin(), arguments.end());
+        call.insert(call.end(), {"-o", pathOf("out.json")});
+        const CommandRun run = runMontala(call);
+        EXPECT_EQ(run.status, 1) << why;
+        EXPECT_TRUE(contains(run.err, why)) << run.err;
+        EXPECT_TRUE(contains(run.err, "montala: nothing was changed;")) << run.err;
+        EXPECT_FALSE(fs::exists(pathOf("out.json"))) << why;
+        call.push_back("--force");
+        EXPECT_EQ(runMontala(call).status, 0) << why << ": --force goes on";
+        fs::remove(pathOf("out.json"));
+    };
+    refused({session, "--old", newEdl, "--new", oldEdl}, "did you swap --old and --new?");
+    const std::string once = conformedOnce();
+    refused({once, "--old", oldEdl, "--new", newEdl}, "this session already follows the New cut");
+    refused({once, "--old", thirdCut, "--new", oldEdl}, "the session's picture does not follow the Old cut");
+    // A picture EDL for a Change EDL: its SRC are camera timecodes, far from
+    // the session's.
+    refused({session, "--change", oldEdl}, "the Change EDL would drop 100% of the session's sound (more than 80%)");
+    const std::string dropFrame = edited(newEdl, "df.edl", "NON-DROP FRAME", "DROP FRAME");
+    refused({session, "--old", oldEdl, "--new", dropFrame},
+            "df.edl suggests 30 fps drop frame, but the session runs at 25");
+}
+
+TEST_F(ConformChecks, EveryEventThatCouldNotBeUsedIsListedWithFileLineAndWhy)
+{
+    // Line 22 of the New cut, event 010, with a roll name outside ASCII.
+    const std::string umlaut = edited(newEdl, "umlaut.edl", "010  B002 ", "010  B\xC3\x96" "02 ");
+    const CommandRun run = runMontala({"conform", session, "--old", oldEdl, "--new", umlaut, "-o", pathOf("o.json")});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(contains(run.err, "montala: umlaut.edl line 22, event 10: not used: Roll name contains "
+                                  "non-alphanumeric characters\n"))
+        << run.err;
+    EXPECT_TRUE(contains(run.err, "montala: no sound for the New cut 01:00:50:00-01:00:53:12\n")) << run.err;
+    // The sample's own holes: the freeze, the slowed shot, the longer dissolve.
+    EXPECT_TRUE(contains(run.err, "montala: no sound for the New cut 01:03:27:02-01:03:29:02\n")) << run.err;
+
+    const CommandRun json =
+        runMontala({"conform", session, "--old", oldEdl, "--new", umlaut, "-o", pathOf("j.json"), "--json"});
+    const nlohmann::json document = nlohmann::json::parse(json.out);
+    EXPECT_EQ(document["unused"][0],
+              nlohmann::json::parse(R"({"file": "umlaut.edl", "line": 22, "event": 10,
+                                       "reason": "Roll name contains non-alphanumeric characters"})"));
+    EXPECT_EQ(document["silentSpans"][0], nlohmann::json::parse(R"({"in": "01:00:50:00", "out": "01:00:53:12"})"));
+
+    // Change events that lie outside the session, forced past the check.
+    const CommandRun outside = runMontala({"conform", session, "--change", oldEdl, "-o", pathOf("c.json"), "--force",
+                                           "--json"});
+    const nlohmann::json answer = nlohmann::json::parse(outside.out);
+    EXPECT_EQ(answer["unused"].size(), 82u);
+    EXPECT_EQ(answer["unused"][0]["line"], 4);
+    EXPECT_EQ(answer["unused"][0]["reason"], "SRC 06:12:48:09-06:12:55:14 lies outside the session");
+}
+
+} // namespace
