@@ -4,6 +4,10 @@ namespace montala::app {
 
 namespace {
 
+// A dialogue EDL of audio events would fill the screen; the JSON form has
+// every one.
+constexpr size_t printedEvents = 20;
+
 // "old.edl line 12, event 5" or "Change event 5" when it came from no file.
 std::string placeOf(const run::UnusedEvent& event)
 {
@@ -19,11 +23,11 @@ void printFindings(const run::ConformOutcome& outcome, const std::string& sessio
 {
     for (const std::string& message : outcome.sessionMessages)
         err << "montala: " << session << ": " << message << "\n";
-    for (const run::UnusedEvent& event : outcome.unused)
-        err << "montala: " << placeOf(event) << ": not used: " << event.reason << "\n";
-    if (outcome.audioEventsLeftOut > 0)
-        err << "montala: " << outcome.audioEventsLeftOut
-            << " audio-only events were not read; --accept-audio reads them\n";
+    for (size_t index = 0; index < outcome.unused.size() && index < printedEvents; ++index)
+        err << "montala: " << placeOf(outcome.unused[index]) << ": not used: " << outcome.unused[index].reason << "\n";
+    if (outcome.unused.size() > printedEvents)
+        err << "montala: " << outcome.unused.size() - printedEvents
+            << " more events not used (--json lists them all)\n";
     for (const run::TimecodeSpan& span : outcome.silentSpans)
         err << "montala: no sound for the New cut " << span.in << "-" << span.out << "\n";
     const bool wentOn = outcome.status != run::ConformOutcome::Status::Refused;

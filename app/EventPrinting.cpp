@@ -25,6 +25,19 @@ std::string dumpJson(const nlohmann::json& json)
 
 namespace {
 
+// The speed follows from the four timecodes: of an event whose timecodes
+// cannot be read or do not exist at the rate it says nothing (it would show
+// as -86400.000).
+bool hasSpeed(const EventBase& event)
+{
+    for (const EventState state : {EventState::UninitializedTimecode, EventState::BadSrcIn, EventState::BadSrcOut,
+                                   EventState::BadDstIn, EventState::BadDstOut, EventState::InvalidTimecode,
+                                   EventState::InvalidTimecodeRange})
+        if (event.hasState(state))
+            return false;
+    return true;
+}
+
 // The length of the UTF-8 sequence that starts at text[i], or 0 if none
 // valid does.
 size_t sequenceLength(std::string_view text, size_t i)
@@ -103,7 +116,7 @@ void writeEventJson(std::ostream& out, const EventBase& event)
     // The number as the JSON library prints a double, so that scripts see
     // the same values as before.
     key("motionSpeed");
-    out << nlohmann::json(event.getMotionSpeed()).dump();
+    out << (hasSpeed(event) ? nlohmann::json(event.getMotionSpeed()) : nlohmann::json(nullptr)).dump();
     key("vfx");
     out << (event.isVfx() ? "true" : "false");
     key("states");
@@ -199,7 +212,10 @@ void printRow(std::ostream& out, const EventBase& event, const char* indent)
     row += event.getSrcIn().toString() + ' ' + event.getSrcOut().toString() + ' ' + event.getDstIn().toString() + ' ' +
            event.getDstOut().toString();
     char speed[32];
-    std::snprintf(speed, sizeof speed, " %7.3f  ", event.getMotionSpeed());
+    if (hasSpeed(event))
+        std::snprintf(speed, sizeof speed, " %7.3f  ", event.getMotionSpeed());
+    else
+        std::snprintf(speed, sizeof speed, " %7s  ", "");
     row += speed;
     row += stateLine(event);
     row += '\n';

@@ -172,16 +172,17 @@ private:
         for (const std::u16string& path : report.written)
             written.push_back(StringUtil::toUtf8(path));
         if (code != Result::Ok) {
-            io.err << commandName << "could not write " << options.output << ": ";
+            // What the system said, where it said something.
+            io.err << commandName << "could not write ";
             if (!report.reason.empty())
                 io.err << report.reason;
             else if (code == Result::FileNotOpened)
-                io.err << "the file cannot be created there";
+                io.err << options.output << ": the file cannot be created there";
             else if (code == Result::NotInitialized)
-                io.err << "the path names no file";
+                io.err << options.output << ": the path names no file";
             else
-                io.err << "no event of the Change EDL can be written";
-            io.err << " (" << Result::name(code) << ")\n";
+                io.err << options.output << ": no event of the Change EDL can be written";
+            io.err << "\n";
             for (const std::string& path : written)
                 io.err << commandName << "part already written: " << path << "\n";
             return 1;

@@ -2,6 +2,7 @@
 
 #include "app/EventPrinting.h"
 #include "core/FramerateNames.h"
+#include "core/Timecode.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 
@@ -63,8 +64,8 @@ std::optional<core::Framerate> chooseProjectRate(const std::string& rateOption, 
 void printLoadReport(const EdlFileReport& report, std::ostream& out, std::ostream& err)
 {
     if (!report.opened) {
-        err << StringUtil::toUtf8(StringUtil::translate(u"An error occurred while loading the file.")) << " "
-            << report.path << " (" << core::fileio::describeOpenFailure(report.parse.openFailure) << ")\n";
+        err << "montala: " << StringUtil::toUtf8(StringUtil::translate(u"An error occurred while loading the file."))
+            << " " << report.path << " (" << core::fileio::describeOpenFailure(report.parse.openFailure) << ")\n";
         return;
     }
     const std::string& name = report.fileName;
@@ -78,12 +79,18 @@ void printLoadReport(const EdlFileReport& report, std::ostream& out, std::ostrea
         err << "montala: " << name << ": " << lines.size() - printedLineNotes
             << " more lines dropped or changed (--json lists them all)\n";
     if (report.rateMismatch)
-        err << message(u"Frame rate mismatch between current project and loaded EDL %s", name) << "\n";
+        err << "montala: " << message(u"Frame rate mismatch between current project and loaded EDL %s", name) << " ("
+            << name << " suggests " << core::describeSuggestedRate(report.suggestedRate) << ", the project runs at "
+            << core::rateName(core::Timecode::currentFramerate()) << ")\n";
     if (report.timecodesOffRate)
-        err << message(u"Some timecodes in the loaded EDL file %s do not match the current project frame rate.", name)
+        err << "montala: "
+            << message(u"Some timecodes in the loaded EDL file %s do not match the current project frame rate.", name)
             << "\n";
     if (report.noValidEntries)
-        err << message(u"The loaded EDL file %s does not contain valid entries.", name) << "\n";
+        err << "montala: " << message(u"The loaded EDL file %s does not contain valid entries.", name) << "\n";
+    if (report.audioEvents > 0)
+        err << "montala: " << name << ": " << report.audioEvents
+            << " audio-only events are not used; --accept-audio reads them\n";
 }
 
 nlohmann::json loadReportToJson(const EdlFileReport& report, const char* list)

@@ -55,15 +55,13 @@ void applySettings(const ConformRequest& request, const core::Framerate& rate, c
 }
 
 // The rate a file suggests is only a lower bound (a 25 fps file that never
-// shows frame 24 suggests 24), so only what the project's rate cannot hold
-// refuses a run: higher frame numbers, or the other drop mode.
-bool rateContradicts(const core::Framerate& suggested, const core::Framerate& project)
+// shows frame 24 suggests 24, a 50 fps file suggests 60), so only what the
+// project's rate cannot hold refuses a run: frame numbers it does not have,
+// or the other drop mode.
+bool rateContradicts(const core::EdlFileReport& report, const core::Framerate& project)
 {
-    if (suggested.fps == 0)
-        return false;
-    if (suggested.fps > project.fps)
-        return true;
-    return suggested.fps == project.fps && suggested.dropMode != -1 && suggested.dropMode != project.dropMode;
+    const int drop = report.suggestedRate.dropMode;
+    return report.timecodesOffRate || (drop != -1 && (drop == 1) != (project.dropMode == 1));
 }
 
 // A timecode of the range, checked at the project's rate.
@@ -358,7 +356,7 @@ private:
                 outcome.unused.push_back({report.fileName, event.line, event.eventNumber, event.reason});
             if (!request.load.acceptAudio)
                 outcome.audioEventsLeftOut += report.audioEvents;
-            if (rateContradicts(report.suggestedRate, outcome.rate))
+            if (rateContradicts(report, outcome.rate))
                 outcome.refusals.push_back(
                     {"rate", report.fileName + " suggests " + core::describeSuggestedRate(report.suggestedRate) +
                                  ", but the session runs at " + outcome.rateName});

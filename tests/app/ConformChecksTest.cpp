@@ -122,4 +122,70 @@ TEST_F(ConformChecks, EveryEventThatCouldNotBeUsedIsListedWithFileLineAndWhy)
     EXPECT_EQ(answer["unused"][0]["reason"], "SRC 06:12:48:09-06:12:55:14 lies outside the session");
 }
 
+TEST_F(ConformChecks, StoredBlocksThatCannotBeReadAreNamed)
+{
+    const std::string fixtures = MONTALA_SOURCE_DIR "/tests/app/fixtures/";
+    const std::pair<std::string, std::string> cases[] = {
+        {"short-film-25-trailing-block.json",
+         "An error occurred while loading the Montala data. The data will be ignored."},
+        {"short-film-25-newer-block.json",
+         "The project was created with a newer Montala version. The data cannot be loaded."},
+    };
+    for (const auto& [file, message] : cases) {
+        const CommandRun run = runMontala(
+            {"conform", fixtures + file, "--old", oldEdl, "--new", newEdl, "-o", pathOf("out.json"), "--json"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(nlohmann::json::parse(run.out)["sessionMessages"], nlohmann::json::array({message})) << file;
+        fs::remove(pathOf("out.json"));
+    }
+    const CommandRun text =
+        runMontala({"conform", fixtures + cases[0].first, "--old", oldEdl, "--new", newEdl, "-o", pathOf("out.json")});
+    EXPECT_TRUE(contains(text.err, "montala: " + fixtures + cases[0].first + ": " + cases[0].second + "\n")) << text.err;
+}
+
+TEST_F(ConformChecks, WhatCannotBeWrittenOrHoldsNothingIsRefusedBeforeTheRun)
+{
+    // A read-only output is found before the session is even loaded.
+    std::ofstream(folder / "locked.json") << "keep";
+    fs::permissions(folder / "locked.json", fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+    const CommandRun locked = runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", pathOf("locked.json")});
+    EXPECT_EQ(locked.status, 2);
+    EXPECT_TRUE(contains(locked.err, "montala: conform: cannot write " + pathOf("locked.json") + ": is read-only"))
+        << locked.err;
+    EXPECT_FALSE(contains(locked.out + locked.err, "== Loading the session")) << locked.out;
+    EXPECT_EQ(readFile(folder / "locked.json"), "keep");
+
+    // A range that no Change event reaches.
+    const CommandRun empty = runMontala({"conform", session, "--old", oldEdl, "--new", newEdl, "-o", pathOf("o.json"),
+                                         "--range", "02:00:00:00", "02:00:10:00"});
+    EXPECT_EQ(empty.status, 2);
+    EXPECT_TRUE(contains(empty.err, "--range 02:00:00:00 02:00:10:00: no event of the Change EDL lies in it"))
+        << empty.err;
+    EXPECT_FALSE(fs::exists(pathOf("o.json")));
+}
+
+TEST_F(ConformChecks, AChangeEdlInPartsIsReadWholeInOrder)
+{
+    const std::string change = pathOf("change.edl");
+    ASSERT_EQ(generate({"--old", oldEdl, "--new", newEdl, "-o", change}).status, 0);
+    // The twelve events cut in two files after the sixth, as the writer
+    // splits a long list.
+    const std::string text = readFile(change);
+    const size_t seventh = text.find("\n007 ");
+    ASSERT_NE(seventh, std::string::npos);
+    const std::string header = text.substr(0, text.find("\n001 ") + 1);
+    std::ofstream(folder / "change_1.edl") << text.substr(0, seventh + 1);
+    std::ofstream(folder / "change_2.edl") << header << text.substr(seventh + 1);
+
+    const CommandRun whole = runMontala({"conform", session, "--change", change, "-o", pathOf("whole.json")});
+    ASSERT_EQ(whole.status, 0) << whole.err;
+    const CommandRun parts = runMontala({"conform", session, "--change", pathOf("change_1.edl"),
+                                         pathOf("change_2.edl"), "-o", pathOf("parts.json")});
+    ASSERT_EQ(parts.status, 0) << parts.err;
+    EXPECT_TRUE(contains(parts.out, "Change EDL: 12 events\n")) << parts.out;
+    // The same session, but for the stored block, which names the files.
+    const auto tracks = [&](const char* name) { return nlohmann::json::parse(readFile(folder / name))["tracks"]; };
+    EXPECT_EQ(tracks("parts.json"), tracks("whole.json"));
+}
+
 } // namespace
