@@ -3,6 +3,8 @@
 #include "kelmar/IAlertService.h"
 #include "sim/SimBase.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -32,12 +34,31 @@ public:
     // A program with a user gives the message box a face: it is asked for
     // the button instead of the queue. The message is kept all the same.
     using Face = std::function<Kelmar::int32(const Alert&)>;
-    void setFace(Face newFace) { face = std::move(newFace); }
+    void setFace(Face newFace)
+    {
+        face = std::move(newFace);
+        seenUpTo = alerts.size();
+    }
+    bool hasFace() const { return static_cast<bool>(face); }
+    // The messages kept since the last face went (or since the start) that
+    // no face has shown.
+    std::vector<Alert> unseen() const
+    {
+        return std::vector<Alert>(alerts.begin() + static_cast<std::ptrdiff_t>(std::min(seenUpTo, alerts.size())),
+                                  alerts.end());
+    }
     const std::vector<Alert>& shown() const { return alerts; }
-    void clear() { alerts.clear(); }
+    void clear()
+    {
+        alerts.clear();
+        seenUpTo = 0;
+    }
 
 private:
     std::vector<Alert> alerts;
+    // Messages before this one were there when the last face came or went:
+    // shown by it, or by the one before.
+    size_t seenUpTo = 0;
     std::deque<Kelmar::int32> answers;
     Face face;
 };

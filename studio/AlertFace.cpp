@@ -21,6 +21,9 @@ AlertTexts describeAlert(const sim::SimAlertService::Alert& alert)
 
 AlertFace::AlertFace(sim::SimAlertService& service, Ask ask) : service(service)
 {
+    if (!service.hasFace())
+        for (const sim::SimAlertService::Alert& alert : service.unseen())
+            ask(describeAlert(alert));
     service.setFace([ask = std::move(ask)](const sim::SimAlertService::Alert& alert) {
         return ask(describeAlert(alert));
     });

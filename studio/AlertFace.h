@@ -30,6 +30,9 @@ public:
     // How the window is asked; replaced in tests.
     using Ask = std::function<Kelmar::int32(const AlertTexts&)>;
 
+    // The messages the service kept before it had a face (those of a
+    // session opened on the command line before the window came up) are
+    // shown first: nobody has seen them yet.
     AlertFace(sim::SimAlertService& service, Ask ask);
     ~AlertFace();
     AlertFace(const AlertFace&) = delete;

@@ -7,6 +7,8 @@
 #include "studio/Studio.h"
 
 #include "kelmar/String.h"
+#include "platform/FileIdentity.h"
+#include "platform/SafeFileWriter.h"
 #include "sim/SimFileDialogService.h"
 
 #include <algorithm>
@@ -104,9 +106,37 @@ void ViewWiring::unwire(gui::MainGui& window)
     window.setMontaler(nullptr);
 }
 
+// Where --save would write is checked before the first step, so that a
+// run does not end in a file that cannot be written, or in one written over
+// an EDL it read.
+static bool saveTargetUsable(const StudioOptions& options, std::ostream& err)
+{
+    if (options.saveTo.empty())
+        return true;
+    std::vector<std::string> inputs = options.oldFiles;
+    inputs.insert(inputs.end(), options.newFiles.begin(), options.newFiles.end());
+    for (const std::vector<std::string>& files : options.overlayFiles)
+        inputs.insert(inputs.end(), files.begin(), files.end());
+    for (const std::string& input : inputs) {
+        if (platform::isSameFile(options.saveTo, input)) {
+            err << "montala-studio: --save " << options.saveTo << ": is the EDL " << input
+                << ", an input of the run; nothing was done\n";
+            return false;
+        }
+    }
+    const platform::SafeFileWriter::Outcome checked = platform::SafeFileWriter::check(options.saveTo);
+    if (!checked.ok()) {
+        err << "montala-studio: cannot save to " << checked.message() << "; nothing was done\n";
+        return false;
+    }
+    return true;
+}
+
 int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options, std::ostream& out,
              std::ostream& err)
 {
+    if (!saveTargetUsable(options, err))
+        return 2;
     try {
         for (const std::string& assignment : options.settings) {
             std::string error;

@@ -47,10 +47,12 @@ TEST(AlertFace, AsksWithTheHostsDefaultsAndItsAnswerReachesTheCaller)
     // The face is gone with its object: the queue answers again.
     EXPECT_EQ(host->alerts().show(u"again", nullptr, u"A", u"B"), IAlertService::kFirstButton);
 
+    // A new face first shows what nobody has seen (the message of a session
+    // opened before the window came), then what comes.
     std::ostringstream console;
     AlertFace onConsole(host->alerts(), AlertFace::onConsole(console));
     EXPECT_EQ(host->alerts().show(u"Überspielen fertig", u"Montala", u"Ja", u"Nein"), IAlertService::kFirstButton);
-    EXPECT_EQ(console.str(), "Montala: Überspielen fertig\n");
+    EXPECT_EQ(console.str(), "Montala: again\nMontala: Überspielen fertig\n");
     host->shutdown();
 }
 

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 namespace montala::studio {
@@ -109,6 +110,22 @@ TEST_F(SnapshotTest, StepsConformAndSaveTheSessionAndStopAtTheFirstFailure)
     EXPECT_EQ(runSteps(studio, window, broken, out, err), 1);
     EXPECT_NE(err.str().find("missing.edl"), std::string::npos) << err.str();
     EXPECT_FALSE(std::filesystem::exists(broken.saveTo));
+
+    // --save naming an EDL of the run is refused before the first step.
+    const std::string edl = pathOf("mine.edl");
+    std::filesystem::copy_file(MONTALA_SOURCE_DIR "/samples/edl/short-film-25/new.edl", edl);
+    StudioOptions overInput = sampleSteps();
+    overInput.newFiles = {edl};
+    overInput.saveTo = edl;
+    err.str("");
+    EXPECT_EQ(runSteps(studio, window, overInput, out, err), 2);
+    EXPECT_NE(err.str().find("--save " + edl + ": is the EDL"), std::string::npos) << err.str();
+    const auto readText = [](const std::string& path) {
+        std::ostringstream text;
+        text << std::ifstream(path, std::ios::binary).rdbuf();
+        return text.str();
+    };
+    EXPECT_EQ(readText(edl), readText(MONTALA_SOURCE_DIR "/samples/edl/short-film-25/new.edl"));
 
     // More rows than the table has.
     StudioOptions tooFar;
