@@ -27,7 +27,7 @@ struct ReportOptions : CutOptions {
     std::string format = "text";
 };
 
-const char* const commandName = "montala report: ";
+const char* const commandName = "montala: report: ";
 
 std::string fileNames(const std::vector<std::string>& files)
 {

@@ -21,7 +21,7 @@ int runCheck(const SessionOptions& options, CommandIo& io)
     std::string error;
     auto project = sim::SessionFile::load(*host, options.input, error);
     if (!project) {
-        io.err << "montala session check: " << error << "\n";
+        io.err << "montala: session check: " << error << "\n";
         return 1;
     }
     io.out << "Session: " << options.input << "\n" << sim::SessionSummary::of(*project).describe();
@@ -34,11 +34,11 @@ int runNormalize(const SessionOptions& options, CommandIo& io)
     std::string error;
     auto project = sim::SessionFile::load(*host, options.input, error);
     if (!project) {
-        io.err << "montala session normalize: " << error << "\n";
+        io.err << "montala: session normalize: " << error << "\n";
         return 1;
     }
     if (!sim::SessionFile::save(*project, options.output, error)) {
-        io.err << "montala session normalize: " << error << "\n";
+        io.err << "montala: session normalize: " << error << "\n";
         return 1;
     }
     io.out << "Wrote " << options.output << "\n";

@@ -171,3 +171,23 @@ TEST_F(InspectCommand, JsonNeverStopsOnBytesAndAFolderIsNoEdl)
     const CommandRun missing = inspect({"/nonexistent/missing.edl", "--rate", "25", "--json"});
     EXPECT_EQ(nlohmann::json::parse(missing.out)["files"][0]["error"], "no such file");
 }
+
+TEST_F(InspectCommand, AudioEventsHintAtTheirOptionAndInvalidTimecodesShowNoSpeed)
+{
+    // An audio event, and a video event whose record out has frame 30, which
+    // 25 fps does not have.
+    const std::string path = writeFile("inspect_audio.edl", "FCM: NON-DROP FRAME\n"
+                                       "001  A001  A  C  10:00:00:00 10:00:01:00 01:00:00:00 01:00:01:00\n"
+                                       "002  A001  V  C  10:00:01:00 10:00:02:00 01:00:01:00 01:00:01:30\n");
+    const CommandRun run = inspect({path, "--rate", "25"});
+    EXPECT_NE(run.err.find("montala: inspect_audio.edl: 1 audio-only events are not used; --accept-audio reads them\n"),
+              std::string::npos)
+        << run.err;
+    const size_t row = run.out.find("\n2 ");
+    ASSERT_NE(row, std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("-86400", row), std::string::npos) << run.out;
+    const CommandRun json = inspect({path, "--rate", "25", "--json"});
+    EXPECT_TRUE(nlohmann::json::parse(json.out)["events"][1]["motionSpeed"].is_null()) << json.out;
+    EXPECT_EQ(inspect({path, "--rate", "25", "--accept-audio"}).err.find("--accept-audio reads them"),
+              std::string::npos);
+}

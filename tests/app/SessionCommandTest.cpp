@@ -57,14 +57,14 @@ TEST_F(SessionCommand, CheckNamesThePlaceOfAnErrorAndFailsWithStatusOne)
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err,
-              "montala session check: " + path.string() + ": line 3: /tracks/0/events/0: the event ends before it starts\n");
+              "montala: session check: " + path.string() + ": line 3: /tracks/0/events/0: the event ends before it starts\n");
 
     const CommandRun missing = session({"check", "/nonexistent/film.json"});
     EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(missing.err, "montala session check: /nonexistent/film.json: does not exist\n");
+    EXPECT_EQ(missing.err, "montala: session check: /nonexistent/film.json: does not exist\n");
     const CommandRun notAFile = session({"check", folder.string()});
     EXPECT_EQ(notAFile.status, 1);
-    EXPECT_EQ(notAFile.err, "montala session check: " + folder.string() + ": is a folder, not a file\n");
+    EXPECT_EQ(notAFile.err, "montala: session check: " + folder.string() + ": is a folder, not a file\n");
 }
 
 TEST_F(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
@@ -91,7 +91,7 @@ TEST_F(SessionCommand, HostileSessionsGetAMessageWithFileAndLineNotACrash)
                 arguments.insert(arguments.end(), {"-o", (folder / "out.json").string()});
             const CommandRun run = session(arguments);
             EXPECT_EQ(run.status, 1);
-            EXPECT_EQ(run.err.rfind("montala session " + command + ": " + path.string() + ": " + expected, 0), 0u)
+            EXPECT_EQ(run.err.rfind("montala: session " + command + ": " + path.string() + ": " + expected, 0), 0u)
                 << run.err.substr(0, 300);
             EXPECT_FALSE(fs::exists(folder / "out.json"));
         }
