@@ -1,5 +1,7 @@
 #include "app/EdlOptions.h"
 
+#include "app/LoadReporting.h"
+
 #include "core/FramerateNames.h"
 #include "util/Result.h"
 
@@ -136,6 +138,25 @@ void runCommand(CommandIo& io, const char* commandName, int failureStatus, const
         io.err << commandName << "failed: " << e.what() << "\n";
         io.exitStatus = failureStatus;
     }
+}
+
+std::vector<std::string> cutFiles(const CutOptions& options)
+{
+    std::vector<std::string> files = options.oldFiles;
+    files.insert(files.end(), options.newFiles.begin(), options.newFiles.end());
+    return files;
+}
+
+std::vector<core::EdlFileReport> loadCuts(const CutOptions& options, core::EdlLoader& loader, core::DataModel& model,
+                                          std::ostream& notes, std::ostream& err)
+{
+    std::vector<core::EdlFileReport> reports;
+    for (size_t index = 0; index < options.oldFiles.size() + options.newFiles.size(); ++index) {
+        core::EventList& list = index < options.oldFiles.size() ? model.getOldList() : model.getNewList();
+        reports.push_back(loader.load(index, list));
+        printLoadReport(reports.back(), notes, err);
+    }
+    return reports;
 }
 
 } // namespace montala::app

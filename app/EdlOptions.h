@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Commands.h"
+#include "core/DataModel.h"
 #include "core/EdlLoader.h"
 #include "core/Settings.h"
 #include "core/VfxPatternEntry.h"
@@ -51,6 +52,14 @@ void addCutOptions(CLI::App& command, CutOptions& options);
 // The match rule, heal mode, B-roll renaming and VFX rows into the settings.
 void applyCutSettings(const CutOptions& options, const std::vector<core::VfxPatternEntry>& patterns,
                       core::Settings& settings);
+
+// The files of --old, then those of --new: the order a loader of both cuts
+// takes them in.
+std::vector<std::string> cutFiles(const CutOptions& options);
+// Reads each file of the loader (made from cutFiles) into the model's Old or
+// New list and prints its load report; the reports, in the loader's order.
+std::vector<core::EdlFileReport> loadCuts(const CutOptions& options, core::EdlLoader& loader, core::DataModel& model,
+                                          std::ostream& notes, std::ostream& err);
 
 // Runs a command's body and sets io.exitStatus to what it answers. A failure
 // it throws (a Result code or a standard exception) ends the command, never

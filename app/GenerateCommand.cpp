@@ -12,6 +12,7 @@
 #include "util/StringConverter.h"
 #include "util/StringUtil.h"
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -70,9 +71,7 @@ public:
             return 2;
         const std::vector<core::VfxPatternEntry>& patterns = *parsed;
 
-        std::vector<std::string> all = options.oldFiles;
-        all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
-        core::EdlLoader loader(all, options.load);
+        core::EdlLoader loader(cutFiles(options), options.load);
         const std::optional<core::Framerate> rate = chooseProjectRate(options.rate, loader, io.err);
         if (!rate)
             return 2;
@@ -83,15 +82,9 @@ public:
         core::Settings& settings = model.getSettings();
         applyCutSettings(options, patterns, settings);
 
-        // The Old files come first in the loader, then the New ones.
-        std::vector<core::EdlFileReport> reports;
-        bool allOpened = true;
-        for (size_t index = 0; index < all.size(); ++index) {
-            core::EventList& list = index < options.oldFiles.size() ? model.getOldList() : model.getNewList();
-            reports.push_back(loader.load(index, list));
-            printLoadReport(reports.back(), notes, io.err);
-            allOpened = allOpened && reports.back().opened;
-        }
+        const std::vector<core::EdlFileReport> reports = loadCuts(options, loader, model, notes, io.err);
+        const bool allOpened = std::all_of(reports.begin(), reports.end(),
+                                           [](const core::EdlFileReport& report) { return report.opened; });
         if (!allOpened) {
             // A Change EDL from part of a cut would move audio to wrong places.
             io.err << commandName << "not generated, since not every EDL file could be read\n";

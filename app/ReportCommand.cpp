@@ -46,8 +46,7 @@ int runReport(const ReportOptions& options, CommandIo& io)
     if (!patterns)
         return 2;
 
-    std::vector<std::string> all = options.oldFiles;
-    all.insert(all.end(), options.newFiles.begin(), options.newFiles.end());
+    const std::vector<std::string> all = cutFiles(options);
     core::EdlLoader loader(all, options.load);
     const std::optional<core::Framerate> rate = chooseProjectRate(options.rate, loader, io.err);
     if (!rate)
@@ -60,11 +59,9 @@ int runReport(const ReportOptions& options, CommandIo& io)
 
     // Load notes go to the error stream: the report itself may be what is
     // printed.
-    for (size_t index = 0; index < all.size(); ++index) {
-        core::EventList& list = index < options.oldFiles.size() ? model.getOldList() : model.getNewList();
-        const core::EdlFileReport loaded = loader.load(index, list);
-        printLoadReport(loaded, io.err, io.err);
-        if (!loaded.opened) {
+    const std::vector<core::EdlFileReport> reports = loadCuts(options, loader, model, io.err, io.err);
+    for (size_t index = 0; index < reports.size(); ++index) {
+        if (!reports[index].opened) {
             io.err << commandName << "no report, since " << all[index] << " could not be read\n";
             return 2;
         }
