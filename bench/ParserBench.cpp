@@ -132,4 +132,19 @@ void TimecodeSecondsRoundTrip(benchmark::State& state)
 }
 BENCHMARK(TimecodeSecondsRoundTrip);
 
+// Timecode to text, as lists and `inspect --json` print thousands of them.
+void TimecodeToText(benchmark::State& state)
+{
+    const Framerate rate(25, 0);
+    int n = 0;
+    Timecode value;
+    for (auto _ : state) {
+        value.fromFrames(n, rate);
+        benchmark::DoNotOptimize(value.toString());
+        n = (n + 7919) % rate.getMaxFrames();
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(TimecodeToText);
+
 } // namespace
