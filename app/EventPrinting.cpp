@@ -51,10 +51,11 @@ size_t sequenceLength(std::string_view text, size_t i)
 
 } // namespace
 
-void writeJsonString(std::ostream& out, std::string_view text)
+namespace {
+
+// The text as a JSON string, appended to `escaped`.
+void appendJsonString(std::string& escaped, std::string_view text)
 {
-    std::string escaped;
-    escaped.reserve(text.size() + 2);
     escaped += '"';
     for (size_t i = 0; i < text.size();) {
         const char c = text[i];
@@ -88,60 +89,88 @@ void writeJsonString(std::ostream& out, std::string_view text)
         ++i;
     }
     escaped += '"';
+}
+
+// The event as one JSON object, appended to `out`: a list of thousands is
+// built in memory and written at once, not a stream insertion per field.
+void appendEventJson(std::string& out, const EventBase& event)
+{
+    const auto key = [&out](const char* name) {
+        out += ",\"";
+        out += name;
+        out += "\":";
+    };
+    out += "{\"eventNumber\":";
+    out += std::to_string(event.getEventNumber());
+    key("rollName");
+    appendJsonString(out, event.getRollName());
+    key("clipName");
+    appendJsonString(out, event.getClipName());
+    key("edlFile");
+    appendJsonString(out, event.getEdlFile());
+    key("transitionType");
+    out += std::to_string(event.getTransitionType());
+    key("transitionDuration");
+    out += std::to_string(event.getTransitionDuration());
+    key("srcIn");
+    appendJsonString(out, event.getSrcIn().toString());
+    key("srcOut");
+    appendJsonString(out, event.getSrcOut().toString());
+    key("dstIn");
+    appendJsonString(out, event.getDstIn().toString());
+    key("dstOut");
+    appendJsonString(out, event.getDstOut().toString());
+    // The number as the JSON library prints a double, so that scripts see
+    // the same values as before; most events run at normal speed.
+    key("motionSpeed");
+    if (!hasSpeed(event))
+        out += "null";
+    else if (event.getMotionSpeed() == 1.0)
+        out += "1.0";
+    else
+        out += nlohmann::json(event.getMotionSpeed()).dump();
+    key("vfx");
+    out += event.isVfx() ? "true" : "false";
+    key("states");
+    out += '[';
+    bool first = true;
+    for (EventState state : event.getStates()) {
+        if (!first)
+            out += ',';
+        first = false;
+        out += std::to_string(static_cast<int>(state));
+    }
+    out += ']';
+    if (const auto* healed = dynamic_cast<const core::HealedEvent*>(&event)) {
+        key("healedEvents");
+        out += '[';
+        first = true;
+        for (const core::EventPtr& part : healed->getHealedEvents().getEvents()) {
+            if (!first)
+                out += ',';
+            first = false;
+            appendEventJson(out, *part);
+        }
+        out += ']';
+    }
+    out += '}';
+}
+
+} // namespace
+
+void writeJsonString(std::ostream& out, std::string_view text)
+{
+    std::string escaped;
+    escaped.reserve(text.size() + 2);
+    appendJsonString(escaped, text);
     out << escaped;
 }
 
 void writeEventJson(std::ostream& out, const EventBase& event)
 {
-    const auto key = [&out](const char* name) { out << ",\"" << name << "\":"; };
-    out << "{\"eventNumber\":" << event.getEventNumber();
-    key("rollName");
-    writeJsonString(out, event.getRollName());
-    key("clipName");
-    writeJsonString(out, event.getClipName());
-    key("edlFile");
-    writeJsonString(out, event.getEdlFile());
-    key("transitionType");
-    out << event.getTransitionType();
-    key("transitionDuration");
-    out << event.getTransitionDuration();
-    key("srcIn");
-    writeJsonString(out, event.getSrcIn().toString());
-    key("srcOut");
-    writeJsonString(out, event.getSrcOut().toString());
-    key("dstIn");
-    writeJsonString(out, event.getDstIn().toString());
-    key("dstOut");
-    writeJsonString(out, event.getDstOut().toString());
-    // The number as the JSON library prints a double, so that scripts see
-    // the same values as before.
-    key("motionSpeed");
-    out << (hasSpeed(event) ? nlohmann::json(event.getMotionSpeed()) : nlohmann::json(nullptr)).dump();
-    key("vfx");
-    out << (event.isVfx() ? "true" : "false");
-    key("states");
-    out << '[';
-    bool first = true;
-    for (EventState state : event.getStates()) {
-        if (!first)
-            out << ',';
-        first = false;
-        out << static_cast<int>(state);
-    }
-    out << ']';
-    if (const auto* healed = dynamic_cast<const core::HealedEvent*>(&event)) {
-        key("healedEvents");
-        out << '[';
-        first = true;
-        for (const core::EventPtr& part : healed->getHealedEvents().getEvents()) {
-            if (!first)
-                out << ',';
-            first = false;
-            writeEventJson(out, *part);
-        }
-        out << ']';
-    }
-    out << '}';
+    std::string text;
+    appendEventJson(text, event);
+    out << text;
 }
 
 void writeEventListJson(std::ostream& out, const EventList& list, std::string_view indent)
@@ -150,13 +179,16 @@ void writeEventListJson(std::ostream& out, const EventList& list, std::string_vi
         out << "[]";
         return;
     }
-    out << "[\n";
+    std::string text = "[\n";
     for (size_t i = 0; i < list.getSize(); ++i) {
-        out << indent << "  ";
-        writeEventJson(out, *list.getEvent(i));
-        out << (i + 1 < list.getSize() ? ",\n" : "\n");
+        text += indent;
+        text += "  ";
+        appendEventJson(text, *list.getEvent(i));
+        text += i + 1 < list.getSize() ? ",\n" : "\n";
     }
-    out << indent << ']';
+    text += indent;
+    text += ']';
+    out << text;
 }
 
 namespace {
