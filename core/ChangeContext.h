@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <set>
+#include <vector>
 
 namespace montala::core {
 
@@ -57,8 +57,9 @@ public:
 };
 
 // Keeps a set of listeners and calls them synchronously. It owns none of
-// them and does not notice when one dies: a listener removes itself. The
-// order of calls is that of the pointers; no listener may rely on it.
+// them and does not notice when one dies: a listener removes itself. No
+// listener may rely on the order of calls. Most notifiers (each event of a
+// list) have one listener, kept without a heap block of its own.
 class ChangeContextNotificationBase {
 public:
     ChangeContextNotificationBase() = default;
@@ -72,10 +73,11 @@ public:
     // A listener must not add or remove listeners of this notifier meanwhile.
     virtual void notify(const ChangeContext& context);
 
-    size_t getListenerCount() const { return listeners.size(); }
+    size_t getListenerCount() const { return (first ? 1 : 0) + more.size(); }
 
 private:
-    std::set<ChangeContextListenerInterface*> listeners;
+    ChangeContextListenerInterface* first = nullptr;
+    std::vector<ChangeContextListenerInterface*> more;
 };
 
 } // namespace montala::core
