@@ -766,10 +766,9 @@ void auditProjects(sim::SimProject& before, sim::SimProject& after, const core::
         // own: they are found again by their kind.
         const auto byPlace = conformedByPlace.find(place);
         SimObject* counterpart = byPlace == conformedByPlace.end() ? nullptr : byPlace->second;
-        if (montalaType(*track)) {
-            const auto sameType = std::find_if(conformed.begin(), conformed.end(), [&](const auto& entry) {
-                return montalaType(*entry.second) == montalaType(*track);
-            });
+        if (const auto type = montalaType(*track)) {
+            const auto sameType = std::find_if(conformed.begin(), conformed.end(),
+                                               [&type](const auto& entry) { return montalaType(*entry.second) == type; });
             counterpart = sameType == conformed.end() ? nullptr : sameType->second;
         }
         if (!counterpart || counterpart->kind() != track->kind()) {
