@@ -4,7 +4,7 @@
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
 #include "app/ReportPrinting.h"
-#include "core/FramerateNames.h"
+#include "core/time/FramerateNames.h"
 #include "run/ConformJob.h"
 #include "util/Result.h"
 #include "util/StringConverter.h"

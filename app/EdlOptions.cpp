@@ -2,7 +2,7 @@
 
 #include "app/LoadReporting.h"
 
-#include "core/FramerateNames.h"
+#include "core/time/FramerateNames.h"
 #include "util/Result.h"
 
 #include <exception>

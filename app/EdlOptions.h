@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/Commands.h"
-#include "core/DataModel.h"
-#include "core/EdlLoader.h"
-#include "core/Settings.h"
-#include "core/VfxPatternEntry.h"
+#include "core/model/DataModel.h"
+#include "core/events/EdlLoader.h"
+#include "core/model/Settings.h"
+#include "core/events/VfxPatternEntry.h"
 
 #include <functional>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "app/EventPrinting.h"
 
-#include "core/HealedEvent.h"
+#include "core/events/HealedEvent.h"
 #include "core/fileio/TextEncoding.h"
 #include "util/StringUtil.h"
 

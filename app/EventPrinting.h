@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/EventList.h"
-#include "core/Framerate.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
 
 #include <nlohmann/json.hpp>
 

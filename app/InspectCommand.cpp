@@ -1,8 +1,8 @@
 #include "app/Commands.h"
 #include "app/EventPrinting.h"
 #include "app/LoadReporting.h"
-#include "core/EdlLoader.h"
-#include "core/FramerateNames.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/FramerateNames.h"
 #include "util/StringConverter.h"
 
 #include <memory>

@@ -1,8 +1,8 @@
 #include "app/LoadReporting.h"
 
 #include "app/EventPrinting.h"
-#include "core/FramerateNames.h"
-#include "core/Timecode.h"
+#include "core/time/FramerateNames.h"
+#include "core/time/Timecode.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/EdlLoader.h"
+#include "core/events/EdlLoader.h"
 
 #include <nlohmann/json.hpp>
 

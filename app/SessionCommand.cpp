@@ -1,7 +1,7 @@
 #include "app/Commands.h"
-#include "sim/SessionFile.h"
-#include "sim/SessionSummary.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/session/SessionSummary.h"
+#include "sim/services/SimHost.h"
 
 #include <memory>
 #include <ostream>

@@ -13,7 +13,7 @@
 
 #include "core/conform/ConformScene.h"
 
-#include "core/Framerate.h"
+#include "core/time/Framerate.h"
 #include "util/StringConverter.h"
 
 #include <benchmark/benchmark.h>

@@ -4,9 +4,9 @@
 // selected that must stay selected. Both must fit well inside a frame or
 // two: the goal is at most 30 ms for taking the list and sorting it.
 
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "core/Timecode.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "core/time/Timecode.h"
 #include "gui/EventTableColumns.h"
 #include "gui/EventTableModel.h"
 

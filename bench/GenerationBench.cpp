@@ -5,11 +5,11 @@
 // events on 20 rolls against 2,000 rolls, and a cut that uses one stretch of
 // one take for every event.
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "core/HealProcessing.h"
-#include "core/Settings.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "core/generation/HealProcessing.h"
+#include "core/model/Settings.h"
 #include "util/StringConverter.h"
 
 #include <benchmark/benchmark.h>

@@ -10,9 +10,9 @@
 // Change table and the timeline rebuilt, against the generation alone),
 // selecting every row, and closing the window.
 
-#include "core/DataModel.h"
-#include "core/EventList.h"
-#include "core/Framerate.h"
+#include "core/model/DataModel.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
 #include "gui/MainGui.h"
 #include "util/StringConverter.h"
 

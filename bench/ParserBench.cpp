@@ -1,7 +1,7 @@
 // Reading a long EDL, and the timecode conversions that every event runs.
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "core/Timecode.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "core/time/Timecode.h"
 #include "core/fileio/CmxParser.h"
 #include "util/StringConverter.h"
 

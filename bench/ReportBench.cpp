@@ -4,8 +4,8 @@
 // stretches needing sound are there. Measured: building the report from the
 // cuts and their Change EDL, and writing it in each form.
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/DataModel.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/model/DataModel.h"
 #include "core/report/ChangeReport.h"
 #include "core/report/ReportWriters.h"
 #include "util/StringConverter.h"

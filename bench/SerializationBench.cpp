@@ -1,7 +1,7 @@
 // Every edit step stores the whole data model and every undo reads it back,
 // so both must stay well below what a user notices on a long film: three
 // lists of 10,000 events are to be written within 10 ms and read within 20 ms.
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/StringConverter.h"
 

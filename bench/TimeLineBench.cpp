@@ -4,9 +4,9 @@
 // again, painting, and tearing the strip down. Each of them must stay well
 // inside a frame at 60 Hz, so that the window's own costs fit beside them.
 
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "core/Timecode.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "core/time/Timecode.h"
 #include "gui/EventTimeLineView.h"
 
 #include <benchmark/benchmark.h>

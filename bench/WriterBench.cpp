@@ -1,6 +1,6 @@
 // Saving a Change EDL of a whole feature: 10,000 events go to 11 numbered
 // CMX files, within 20 ms.
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "core/fileio/CmxWriter.h"
 #include "util/StringConverter.h"
 

@@ -4,7 +4,7 @@
 // timecodes, judging its states, writing its roll name). Whatever the bytes,
 // the text it keeps is UTF-8 without NULs, and each line it reports lies in
 // the text.
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "core/fileio/CmxParser.h"
 #include "core/fileio/CmxWriter.h"
 #include "core/fileio/TextEncoding.h"

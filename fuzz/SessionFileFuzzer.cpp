@@ -2,9 +2,9 @@
 // text, reading must end in a project or in a message that names the file;
 // a project that was read must write, read back, and write the same text
 // again (the written form is canonical), and its summary must be made.
-#include "sim/SessionFile.h"
-#include "sim/SessionSummary.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/session/SessionSummary.h"
+#include "sim/services/SimHost.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Reads arbitrary bytes as a stored data model, as a project with a damaged
 // block would. The read must end either whole or in a Result::Type with the
 // model empty; a model read whole must store and read again without change.
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "core/serialize/SerializationTree.h"
 #include "util/Result.h"
 #include "util/StringConverter.h"

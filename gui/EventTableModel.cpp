@@ -1,8 +1,8 @@
 #include "gui/EventTableModel.h"
 
-#include "core/DataModel.h"
-#include "core/DataModelChangeScope.h"
-#include "core/Settings.h"
+#include "core/model/DataModel.h"
+#include "core/model/DataModelChangeScope.h"
+#include "core/model/Settings.h"
 #include "gui/EventTableColumns.h"
 #include "gui/LookAndFeel.h"
 #include "gui/Palette.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/EventBase.h"
-#include "core/EventList.h"
+#include "core/events/EventBase.h"
+#include "core/events/EventList.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

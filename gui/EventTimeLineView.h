@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "gui/TimeLineEvent.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>

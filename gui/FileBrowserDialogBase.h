@@ -3,7 +3,7 @@
 // The window's name for the file dialog. The base lives in core, so that the
 // host adapter can put the host's dialog behind it without seeing the window
 // layer.
-#include "core/FileBrowserDialogBase.h"
+#include "core/services/FileBrowserDialogBase.h"
 
 namespace montala::gui {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/EventList.h"
-#include "core/Timecode.h"
+#include "core/events/EventList.h"
+#include "core/time/Timecode.h"
 #include "gui/TcInput.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/ChangeContext.h"
-#include "core/EventList.h"
-#include "core/EventListIndex.h"
+#include "core/model/ChangeContext.h"
+#include "core/events/EventList.h"
+#include "core/events/EventListIndex.h"
 #include "gui/EventTableModel.h"
 #include "gui/EventTimeLineView.h"
 #include "gui/FileDialog.h"

@@ -1,6 +1,6 @@
 #include "gui/SettingsDialog.h"
 
-#include "core/Timecode.h"
+#include "core/time/Timecode.h"
 #include "gui/LookAndFeel.h"
 #include "gui/OverlayStyle.h"
 #include "gui/Palette.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Settings.h"
+#include "core/model/Settings.h"
 #include "gui/SpinBox.h"
 #include "gui/TcInput.h"
 

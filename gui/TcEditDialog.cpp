@@ -1,6 +1,6 @@
 #include "gui/TcEditDialog.h"
 
-#include "core/DataModelChangeScope.h"
+#include "core/model/DataModelChangeScope.h"
 #include "gui/LookAndFeel.h"
 #include "gui/OverlayStyle.h"
 #include "gui/Palette.h"

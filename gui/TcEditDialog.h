@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/EventBase.h"
+#include "core/events/EventBase.h"
 #include "gui/TcInput.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Timecode.h"
+#include "core/time/Timecode.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

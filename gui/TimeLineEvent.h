@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/EventBase.h"
+#include "core/events/EventBase.h"
 
 #include <juce_graphics/juce_graphics.h>
 

@@ -2,8 +2,8 @@
 
 #include "host/HostCalls.h"
 
-#include "kelmar/IAlertService.h"
-#include "kelmar/String.h"
+#include "kelmar/services/IAlertService.h"
+#include "kelmar/base/String.h"
 
 #include <memory>
 

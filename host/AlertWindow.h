@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/AlertWindowBase.h"
+#include "core/services/AlertWindowBase.h"
 
-#include "kelmar/IHostServices.h"
+#include "kelmar/services/IHostServices.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "host/AutomationCurve.h"
 
-#include "core/Tolerances.h"
+#include "core/time/Tolerances.h"
 
 #include <iterator>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "host/AutomationCurve.h"
-#include "kelmar/IAutomationPoint.h"
-#include "kelmar/IAutomationTrack.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/project/IAutomationPoint.h"
+#include "kelmar/project/IAutomationTrack.h"
+#include "kelmar/base/IPtr.h"
 
 #include <map>
 

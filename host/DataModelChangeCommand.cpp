@@ -3,7 +3,7 @@
 #include "host/HostCalls.h"
 #include "util/StringUtil.h"
 
-#include "kelmar/String.h"
+#include "kelmar/base/String.h"
 
 #include <utility>
 

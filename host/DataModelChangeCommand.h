@@ -1,13 +1,13 @@
 #pragma once
 
-#include "core/DataModel.h"
-#include "core/DataModelChangeCommand.h"
+#include "core/model/DataModel.h"
+#include "core/model/DataModelChangeCommand.h"
 #include "core/serialize/SerializationTree.h"
 #include "host/DataModelEditStep.h"
 
-#include "kelmar/IProject.h"
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/project/IProject.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/base/IPtr.h"
 
 #include <string>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "core/serialize/SerializationTree.h"
 
-#include "kelmar/FObject.h"
-#include "kelmar/IEditStep.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/edit/IEditStep.h"
 
 namespace montala::host {
 

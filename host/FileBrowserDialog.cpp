@@ -2,10 +2,10 @@
 
 #include "host/HostCalls.h"
 
-#include "kelmar/IObjectList.h"
-#include "kelmar/IPath.h"
-#include "kelmar/IPtr.h"
-#include "kelmar/String.h"
+#include "kelmar/base/IObjectList.h"
+#include "kelmar/base/IPath.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/base/String.h"
 
 #include <algorithm>
 #include <cstring>

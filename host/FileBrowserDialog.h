@@ -1,9 +1,9 @@
 #pragma once
 
-#include "core/FileBrowserDialogBase.h"
+#include "core/services/FileBrowserDialogBase.h"
 
-#include "kelmar/IFileDialogService.h"
-#include "kelmar/IHostServices.h"
+#include "kelmar/services/IFileDialogService.h"
+#include "kelmar/services/IHostServices.h"
 
 #include <string>
 #include <vector>

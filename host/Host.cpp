@@ -9,20 +9,20 @@
 #include "host/Project.h"
 #include "host/StringTranslator.h"
 
-#include "core/AlertWindowBase.h"
-#include "core/PropertyKeys.h"
-#include "core/Settings.h"
-#include "core/Timecode.h"
-#include "core/Variant.h"
+#include "core/services/AlertWindowBase.h"
+#include "core/model/PropertyKeys.h"
+#include "core/model/Settings.h"
+#include "core/time/Timecode.h"
+#include "core/model/Variant.h"
 #include "core/conform/CutList.h"
 
-#include "kelmar/IActionManager.h"
-#include "kelmar/IApplicationState.h"
-#include "kelmar/IDependencyRegistry.h"
-#include "kelmar/IProject.h"
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IProjectSettingsChange.h"
-#include "kelmar/ITimeParameter.h"
+#include "kelmar/services/IActionManager.h"
+#include "kelmar/services/IApplicationState.h"
+#include "kelmar/base/IDependencyRegistry.h"
+#include "kelmar/project/IProject.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/project/IProjectSettingsChange.h"
+#include "kelmar/project/ITimeParameter.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,24 +1,24 @@
 #pragma once
 
-#include "core/ChangeContext.h"
-#include "core/DataModelCommandCreator.h"
-#include "core/EventList.h"
+#include "core/model/ChangeContext.h"
+#include "core/model/DataModelCommandCreator.h"
+#include "core/events/EventList.h"
 #include "core/conform/MontalerBase.h"
 #include "core/serialize/SerializationTree.h"
 #include "host/RunSummary.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 
-#include "kelmar/FObject.h"
-#include "kelmar/IHostServices.h"
-#include "kelmar/IIdleHandler.h"
-#include "kelmar/IProjectEditHook.h"
-#include "kelmar/IProjectManager.h"
-#include "kelmar/IProjectNotification.h"
-#include "kelmar/IProjectStorageNotification.h"
-#include "kelmar/IPtr.h"
-#include "kelmar/IRangeEdit.h"
-#include "kelmar/ITransport.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/services/IIdleHandler.h"
+#include "kelmar/edit/IProjectEditHook.h"
+#include "kelmar/project/IProjectManager.h"
+#include "kelmar/project/IProjectNotification.h"
+#include "kelmar/project/IProjectStorageNotification.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/edit/IRangeEdit.h"
+#include "kelmar/project/ITransport.h"
 
 #include <functional>
 #include <map>

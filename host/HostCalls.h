@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kelmar/IPtr.h"
-#include "kelmar/Types.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/base/Types.h"
 #include "util/Result.h"
 
 namespace montala::host {

@@ -3,9 +3,9 @@
 #include "host/HostCalls.h"
 #include "util/StringUtil.h"
 
-#include "kelmar/IDependencyRegistry.h"
-#include "kelmar/IPath.h"
-#include "kelmar/String.h"
+#include "kelmar/base/IDependencyRegistry.h"
+#include "kelmar/base/IPath.h"
+#include "kelmar/base/String.h"
 
 #include <cstring>
 #include <vector>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "core/MediaPoolInterface.h"
+#include "core/services/MediaPoolInterface.h"
 
-#include "kelmar/FObject.h"
-#include "kelmar/IHostServices.h"
-#include "kelmar/IMediaPool.h"
-#include "kelmar/IPoolClip.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/project/IMediaPool.h"
+#include "kelmar/project/IPoolClip.h"
+#include "kelmar/base/IPtr.h"
 
 #include <cstdint>
 #include <set>

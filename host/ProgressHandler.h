@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/ProgressHandlerBase.h"
+#include "core/services/ProgressHandlerBase.h"
 
-#include "kelmar/IHostServices.h"
-#include "kelmar/IProgressService.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/services/IProgressService.h"
+#include "kelmar/base/IPtr.h"
 
 #include <cstdint>
 #include <string>

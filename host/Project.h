@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/DataModel.h"
-#include "core/EventList.h"
-#include "core/Framerate.h"
+#include "core/model/DataModel.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
 #include "core/conform/Cut.h"
 #include "core/conform/CutList.h"
 #include "core/conform/InformationContext.h"
@@ -11,13 +11,13 @@
 #include "host/Track.h"
 #include "util/Result.h"
 
-#include "kelmar/IHostServices.h"
-#include "kelmar/IMediaPool.h"
-#include "kelmar/IObjectList.h"
-#include "kelmar/IProject.h"
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IPtr.h"
-#include "kelmar/ITrack.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/project/IMediaPool.h"
+#include "kelmar/base/IObjectList.h"
+#include "kelmar/project/IProject.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/project/ITrack.h"
 
 #include <array>
 #include <cstdint>

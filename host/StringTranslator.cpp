@@ -1,9 +1,9 @@
 #include "host/StringTranslator.h"
 
-#include "kelmar/IHostServices.h"
-#include "kelmar/IPtr.h"
-#include "kelmar/ITranslationService.h"
-#include "kelmar/String.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/services/ITranslationService.h"
+#include "kelmar/base/String.h"
 
 namespace montala::host {
 

@@ -3,16 +3,16 @@
 #include "host/HostCalls.h"
 #include "host/Project.h"
 
-#include "core/Tolerances.h"
+#include "core/time/Tolerances.h"
 
-#include "kelmar/IAudioChainEntry.h"
-#include "kelmar/IAudioChainEvent.h"
-#include "kelmar/IAutomationCurvePoint.h"
-#include "kelmar/IAutomationPoint.h"
-#include "kelmar/IAutomationTrack.h"
-#include "kelmar/IEditContext.h"
-#include "kelmar/IObjectIterator.h"
-#include "kelmar/String.h"
+#include "kelmar/project/IAudioChainEntry.h"
+#include "kelmar/project/IAudioChainEvent.h"
+#include "kelmar/project/IAutomationCurvePoint.h"
+#include "kelmar/project/IAutomationPoint.h"
+#include "kelmar/project/IAutomationTrack.h"
+#include "kelmar/edit/IEditContext.h"
+#include "kelmar/base/IObjectIterator.h"
+#include "kelmar/base/String.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,9 +5,9 @@
 #include "host/ProjectListener.h"
 #include "host/TrackEvent.h"
 
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IProjectObject.h"
-#include "kelmar/ITrack.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/project/IProjectObject.h"
+#include "kelmar/project/ITrack.h"
 
 #include <cstdint>
 #include <map>

@@ -1,6 +1,6 @@
 #include "host/TrackEvent.h"
 
-#include "kelmar/FVariant.h"
+#include "kelmar/base/FVariant.h"
 
 namespace montala::host {
 

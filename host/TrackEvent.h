@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kelmar/IProjectObject.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/project/IProjectObject.h"
+#include "kelmar/base/IPtr.h"
 
 #include <cstdint>
 #include <string>

@@ -1,17 +1,17 @@
 #include "run/ConformJob.h"
 
-#include "core/DataModel.h"
-#include "core/FramerateNames.h"
-#include "core/Timecode.h"
+#include "core/model/DataModel.h"
+#include "core/time/FramerateNames.h"
+#include "core/time/Timecode.h"
 #include "host/Host.h"
 #include "host/Project.h"
 #include "platform/FileIdentity.h"
 #include "platform/SafeFileWriter.h"
-#include "sim/SessionFile.h"
-#include "sim/SimAlertService.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimAlertService.h"
+#include "sim/services/SimHost.h"
 #include "util/StringUtil.h"
-#include "sim/SimProjectManager.h"
+#include "sim/project/SimProjectManager.h"
 
 #include <chrono>
 #include <cstdio>

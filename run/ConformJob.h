@@ -1,13 +1,13 @@
 #pragma once
 
-#include "core/DataModel.h"
-#include "core/EdlLoader.h"
-#include "core/Framerate.h"
-#include "core/Settings.h"
+#include "core/model/DataModel.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/Framerate.h"
+#include "core/model/Settings.h"
 #include "host/RunSummary.h"
 #include "run/InputChecks.h"
 #include "run/ProgressRelay.h"
-#include "sim/SimProject.h"
+#include "sim/project/SimProject.h"
 #include "util/Result.h"
 
 #include <cstdint>

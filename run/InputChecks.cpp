@@ -1,7 +1,7 @@
 #include "run/InputChecks.h"
 
-#include "core/EdlLoader.h"
-#include "core/Timecode.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/Timecode.h"
 #include "run/PlaybackTrace.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "sim/SimProject.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "sim/project/SimProject.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/SimObject.h"
+#include "sim/project/SimObject.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "kelmar/FObject.h"
-#include "kelmar/IHostServices.h"
-#include "kelmar/IProgressService.h"
-#include "kelmar/IPtr.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/services/IProgressService.h"
+#include "kelmar/base/IPtr.h"
 
 #include <cstdint>
 #include <functional>

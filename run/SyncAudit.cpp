@@ -1,15 +1,15 @@
 #include "run/SyncAudit.h"
 
-#include "core/EventList.h"
-#include "core/FramerateNames.h"
-#include "core/Timecode.h"
+#include "core/events/EventList.h"
+#include "core/time/FramerateNames.h"
+#include "core/time/Timecode.h"
 #include "host/Track.h"
 #include "run/PlaybackTrace.h"
-#include "sim/SessionFile.h"
-#include "sim/SimHost.h"
-#include "sim/SimRangeEditor.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimHost.h"
+#include "sim/edit/SimRangeEditor.h"
 
-#include "kelmar/String.h"
+#include "kelmar/base/String.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/EdlLoader.h"
-#include "core/Framerate.h"
-#include "core/EventList.h"
-#include "core/Settings.h"
-#include "sim/SimProject.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/Framerate.h"
+#include "core/events/EventList.h"
+#include "core/model/Settings.h"
+#include "sim/project/SimProject.h"
 
 #include <cstddef>
 #include <cstdint>

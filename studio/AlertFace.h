@@ -1,8 +1,8 @@
 #pragma once
 
-#include "sim/SimAlertService.h"
+#include "sim/services/SimAlertService.h"
 
-#include "kelmar/IAlertService.h"
+#include "kelmar/services/IAlertService.h"
 
 #include <functional>
 #include <ostream>

@@ -1,6 +1,6 @@
 #include "studio/FileDialogFace.h"
 
-#include "kelmar/String.h"
+#include "kelmar/base/String.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

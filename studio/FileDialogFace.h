@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/SimFileDialogService.h"
+#include "sim/services/SimFileDialogService.h"
 
 #include <functional>
 #include <optional>

@@ -16,7 +16,7 @@
 #include "studio/StudioOptions.h"
 #include "studio/StudioWindow.h"
 
-#include "sim/SimHost.h"
+#include "sim/services/SimHost.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

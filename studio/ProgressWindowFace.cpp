@@ -3,7 +3,7 @@
 #include "gui/LookAndFeel.h"
 #include "gui/Palette.h"
 
-#include "kelmar/String.h"
+#include "kelmar/base/String.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sim/SimProgressService.h"
+#include "sim/services/SimProgressService.h"
 
 #include <memory>
 #include <string>

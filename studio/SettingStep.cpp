@@ -1,6 +1,6 @@
 #include "studio/SettingStep.h"
 
-#include "core/Timecode.h"
+#include "core/time/Timecode.h"
 #include "gui/MainGui.h"
 #include "studio/StudioOptions.h"
 

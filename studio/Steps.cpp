@@ -1,15 +1,15 @@
 #include "studio/Steps.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/MainGui.h"
 #include "studio/SettingStep.h"
 #include "studio/Snapshot.h"
 #include "studio/Studio.h"
 
-#include "kelmar/String.h"
+#include "kelmar/base/String.h"
 #include "platform/FileIdentity.h"
 #include "platform/SafeFileWriter.h"
-#include "sim/SimFileDialogService.h"
+#include "sim/services/SimFileDialogService.h"
 
 #include <algorithm>
 

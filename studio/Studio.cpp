@@ -1,19 +1,19 @@
 #include "studio/Studio.h"
 
-#include "core/DataModelChangeScope.h"
-#include "core/FramerateNames.h"
+#include "core/model/DataModelChangeScope.h"
+#include "core/time/FramerateNames.h"
 #include "host/Project.h"
 
 #include <chrono>
 #include <cstdlib>
 
-#include "kelmar/IProjectEditHook.h"
-#include "kelmar/IProjectNotification.h"
-#include "kelmar/String.h"
-#include "sim/SessionFile.h"
-#include "sim/SimActionManager.h"
-#include "sim/SimProjectManager.h"
-#include "sim/SimTranslationService.h"
+#include "kelmar/edit/IProjectEditHook.h"
+#include "kelmar/project/IProjectNotification.h"
+#include "kelmar/base/String.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimActionManager.h"
+#include "sim/project/SimProjectManager.h"
+#include "sim/services/SimTranslationService.h"
 
 namespace montala::studio {
 

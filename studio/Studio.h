@@ -1,14 +1,14 @@
 #pragma once
 
-#include "core/DataModel.h"
-#include "core/EdlLoader.h"
-#include "core/Framerate.h"
+#include "core/model/DataModel.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/Framerate.h"
 #include "host/Host.h"
 #include "util/Result.h"
 
-#include "kelmar/IPtr.h"
-#include "sim/SimHost.h"
-#include "sim/SimProject.h"
+#include "kelmar/base/IPtr.h"
+#include "sim/services/SimHost.h"
+#include "sim/project/SimProject.h"
 #include "studio/RunSummaryText.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 #include "studio/StudioOptions.h"
 
-#include "core/FramerateNames.h"
-#include "core/Timecode.h"
+#include "core/time/FramerateNames.h"
+#include "core/time/Timecode.h"
 
 #include <CLI/CLI.hpp>
 

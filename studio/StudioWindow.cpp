@@ -1,6 +1,6 @@
 #include "studio/StudioWindow.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/MainGui.h"
 #include "gui/Palette.h"
 #include "studio/ChangeReportPage.h"

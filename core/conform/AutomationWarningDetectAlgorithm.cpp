@@ -2,7 +2,7 @@
 
 #include "core/conform/CutList.h"
 #include "core/conform/InformationContext.h"
-#include "core/Tolerances.h"
+#include "core/time/Tolerances.h"
 
 #include <algorithm>
 #include <cmath>

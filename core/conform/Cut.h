@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/conform/CutEventBase.h"
-#include "core/EventBase.h"
+#include "core/events/EventBase.h"
 
 #include <memory>
 #include <optional>

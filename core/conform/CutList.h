@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/conform/Cut.h"
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 
 #include <map>
 #include <vector>

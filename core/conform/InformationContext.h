@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Framerate.h"
+#include "core/time/Framerate.h"
 
 namespace montala::core {
 

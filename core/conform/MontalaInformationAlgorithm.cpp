@@ -1,9 +1,9 @@
 #include "core/conform/MontalaInformationAlgorithm.h"
 
-#include "core/EventBase.h"
+#include "core/events/EventBase.h"
 #include "core/conform/InformationContext.h"
-#include "core/ProgressHandlerBase.h"
-#include "core/Settings.h"
+#include "core/services/ProgressHandlerBase.h"
+#include "core/model/Settings.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
 

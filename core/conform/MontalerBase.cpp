@@ -7,10 +7,10 @@
 #include "core/conform/RemainsDetectAlgorithm.h"
 #include "core/conform/SnippetAlgorithm.h"
 #include "core/conform/TransitionDetectAlgorithm.h"
-#include "core/EventList.h"
-#include "core/ProgressHandlerBase.h"
-#include "core/Settings.h"
-#include "core/Tolerances.h"
+#include "core/events/EventList.h"
+#include "core/services/ProgressHandlerBase.h"
+#include "core/model/Settings.h"
+#include "core/time/Tolerances.h"
 #include "util/StringUtil.h"
 
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include "core/conform/CutList.h"
 #include "core/conform/SnippetContext.h"
-#include "core/Settings.h"
-#include "core/Tolerances.h"
+#include "core/model/Settings.h"
+#include "core/time/Tolerances.h"
 #include "util/Result.h"
 
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "core/conform/TransitionDetectAlgorithm.h"
 
 #include "core/conform/CutList.h"
-#include "core/EventListIndex.h"
+#include "core/events/EventListIndex.h"
 #include "core/conform/InformationContext.h"
 #include "util/Result.h"
 

@@ -1,6 +1,6 @@
 #include "core/fileio/CmxParser.h"
 
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "core/fileio/TextEncoding.h"
 #include "util/StringUtil.h"
 

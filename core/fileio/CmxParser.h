@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/EventBase.h"
+#include "core/events/EventBase.h"
 #include "core/fileio/ParseReport.h"
 #include "core/fileio/ParserInterface.h"
 

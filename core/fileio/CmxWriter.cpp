@@ -1,6 +1,6 @@
 #include "core/fileio/CmxWriter.h"
 
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "platform/FileIdentity.h"
 #include "platform/SafeFileWriter.h"
 #include "util/StringUtil.h"

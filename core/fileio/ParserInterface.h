@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Framerate.h"
+#include "core/time/Framerate.h"
 #include "util/Result.h"
 
 #include <string>

@@ -1,9 +1,9 @@
 #include "core/report/ChangeReport.h"
 
-#include "core/HealedEvent.h"
-#include "core/SourceIntervalIndex.h"
-#include "core/Timecode.h"
-#include "core/VfxNameFilter.h"
+#include "core/events/HealedEvent.h"
+#include "core/generation/SourceIntervalIndex.h"
+#include "core/time/Timecode.h"
+#include "core/events/VfxNameFilter.h"
 
 #include <algorithm>
 #include <cmath>

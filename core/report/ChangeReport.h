@@ -1,10 +1,10 @@
 #pragma once
 
-#include "core/DataModel.h"
-#include "core/EventList.h"
-#include "core/Framerate.h"
-#include "core/Settings.h"
-#include "core/VfxPatternEntry.h"
+#include "core/model/DataModel.h"
+#include "core/events/EventList.h"
+#include "core/time/Framerate.h"
+#include "core/model/Settings.h"
+#include "core/events/VfxPatternEntry.h"
 
 #include <string>
 #include <vector>

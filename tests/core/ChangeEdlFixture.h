@@ -2,8 +2,8 @@
 
 #include "support/ModelFixture.h"
 
-#include "core/EventBase.h"
-#include "core/EventList.h"
+#include "core/events/EventBase.h"
+#include "core/events/EventList.h"
 
 #include <memory>
 #include <sstream>

@@ -8,9 +8,9 @@
 
 #include "support/ModelFixture.h"
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/EventList.h"
-#include "core/EventListAlgorithm.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/events/EventList.h"
+#include "core/events/EventListAlgorithm.h"
 #include "util/Result.h"
 
 #include <gtest/gtest.h>

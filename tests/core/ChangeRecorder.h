@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/ChangeContext.h"
+#include "core/model/ChangeContext.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
 #include "ChangeRecorder.h"
 #include "ChangeEdlFixture.h"
 
-#include "core/EventList.h"
-#include "core/Settings.h"
-#include "core/HealedEvent.h"
+#include "core/events/EventList.h"
+#include "core/model/Settings.h"
+#include "core/events/HealedEvent.h"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,10 @@
 
 #include "ChangeEdlFixture.h"
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/EventList.h"
-#include "core/HealProcessing.h"
-#include "core/Settings.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/events/EventList.h"
+#include "core/generation/HealProcessing.h"
+#include "core/model/Settings.h"
 #include "core/fileio/CmxParser.h"
 #include "util/StringUtil.h"
 

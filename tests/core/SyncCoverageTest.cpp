@@ -6,10 +6,10 @@
 
 #include "support/ModelFixture.h"
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/EventList.h"
-#include "core/HealProcessing.h"
-#include "core/Settings.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/events/EventList.h"
+#include "core/generation/HealProcessing.h"
+#include "core/model/Settings.h"
 
 #include <gtest/gtest.h>
 

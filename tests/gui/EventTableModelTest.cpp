@@ -1,6 +1,6 @@
 #include "gui/EventTableModel.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/EventTableColumns.h"
 #include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"

@@ -4,8 +4,8 @@
 // window asks of it and keeps the data model's preview flag as the host
 // does, so that the window sees the state it would see in a project.
 
-#include "core/DataModel.h"
-#include "core/EventList.h"
+#include "core/model/DataModel.h"
+#include "core/events/EventList.h"
 #include "core/conform/MontalerBase.h"
 #include "util/Result.h"
 

@@ -4,8 +4,8 @@
 
 #include "gui/FileDialog.h"
 
-#include "core/DataModel.h"
-#include "core/PropertyKeys.h"
+#include "core/model/DataModel.h"
+#include "core/model/PropertyKeys.h"
 #include "gui/AlertWindowBase.h"
 #include "gui/FileBrowserDialogBase.h"
 #include "gui/GuiTestSupport.h"

@@ -4,8 +4,8 @@
 // host's project, the undo steps a change opens, the sample reel, and mouse
 // events as the desktop's main mouse would deliver them.
 
-#include "core/DataModel.h"
-#include "core/DataModelCommandCreator.h"
+#include "core/model/DataModel.h"
+#include "core/model/DataModelCommandCreator.h"
 #include "util/StringUtil.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>

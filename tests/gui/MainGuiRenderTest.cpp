@@ -5,7 +5,7 @@
 
 #include "gui/MainGui.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"

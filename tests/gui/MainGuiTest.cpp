@@ -4,9 +4,9 @@
 
 #include "gui/MainGui.h"
 
-#include "core/DataModel.h"
-#include "core/PropertyKeys.h"
-#include "core/Variant.h"
+#include "core/model/DataModel.h"
+#include "core/model/PropertyKeys.h"
+#include "core/model/Variant.h"
 #include "gui/AlertWindowBase.h"
 #include "gui/FileBrowserDialogBase.h"
 #include "gui/FakeMontaler.h"

@@ -4,7 +4,7 @@
 
 #include "gui/MainGui.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/GuiTestSupport.h"
 #include "support/ModelFixture.h"
 

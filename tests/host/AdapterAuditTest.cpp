@@ -5,14 +5,14 @@
 
 #include "HostRunFixture.h"
 
-#include "core/Settings.h"
+#include "core/model/Settings.h"
 #include "core/serialize/SerializationTree.h"
-#include "sim/Base64.h"
-#include "sim/SimAlertService.h"
+#include "sim/session/Base64.h"
+#include "sim/services/SimAlertService.h"
 
-#include "kelmar/FVariant.h"
-#include "kelmar/IEditContext.h"
-#include "kelmar/IStorage.h"
+#include "kelmar/base/FVariant.h"
+#include "kelmar/edit/IEditContext.h"
+#include "kelmar/project/IStorage.h"
 
 #include <gtest/gtest.h>
 

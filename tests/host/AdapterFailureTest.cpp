@@ -6,13 +6,13 @@
 #include "HostFixture.h"
 #include "support/ModelFixture.h"
 
-#include "sim/SimFailures.h"
-#include "sim/SimUser.h"
+#include "sim/services/SimFailures.h"
+#include "sim/services/SimUser.h"
 
-#include "kelmar/IObjectList.h"
-#include "kelmar/IRangeEdit.h"
-#include "kelmar/IRangeMarker.h"
-#include "kelmar/IStorage.h"
+#include "kelmar/base/IObjectList.h"
+#include "kelmar/edit/IRangeEdit.h"
+#include "kelmar/project/IRangeMarker.h"
+#include "kelmar/project/IStorage.h"
 
 #include <gtest/gtest.h>
 

@@ -7,9 +7,9 @@
 
 #include "core/conform/CutList.h"
 #include "host/CutEvent.h"
-#include "sim/SimRangeEditor.h"
+#include "sim/edit/SimRangeEditor.h"
 
-#include "kelmar/IObjectIterator.h"
+#include "kelmar/base/IObjectIterator.h"
 
 #include <gtest/gtest.h>
 

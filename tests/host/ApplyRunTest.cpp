@@ -6,8 +6,8 @@
 
 #include "HostRunFixture.h"
 
-#include "sim/SimApplicationState.h"
-#include "sim/SimUser.h"
+#include "sim/services/SimApplicationState.h"
+#include "sim/services/SimUser.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 
 #include "HostRunFixture.h"
 
-#include "sim/SimRangeEditor.h"
+#include "sim/edit/SimRangeEditor.h"
 
 #include <gtest/gtest.h>
 

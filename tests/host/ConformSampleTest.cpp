@@ -1,10 +1,10 @@
 #include "HostRunFixture.h"
 
-#include "core/EdlLoader.h"
-#include "core/Timecode.h"
-#include "sim/SessionFile.h"
-#include "sim/SimPlayback.h"
-#include "sim/SimRangeEditor.h"
+#include "core/events/EdlLoader.h"
+#include "core/time/Timecode.h"
+#include "sim/session/SessionFile.h"
+#include "sim/project/SimPlayback.h"
+#include "sim/edit/SimRangeEditor.h"
 
 #include <fstream>
 #include <sstream>

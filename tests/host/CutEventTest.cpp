@@ -9,8 +9,8 @@
 #include "host/CutEvent.h"
 #include "host/Project.h"
 
-#include "kelmar/IProject.h"
-#include "sim/SimProject.h"
+#include "kelmar/project/IProject.h"
+#include "sim/project/SimProject.h"
 
 #include <memory>
 #include <string>

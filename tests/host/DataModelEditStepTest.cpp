@@ -6,17 +6,17 @@
 #include "sim/SimFixture.h"
 #include "support/ModelFixture.h"
 
-#include "core/DataModel.h"
-#include "core/Framerate.h"
+#include "core/model/DataModel.h"
+#include "core/time/Framerate.h"
 #include "core/serialize/SerializationTree.h"
 #include "host/DataModelChangeCommand.h"
 #include "util/StringConverter.h"
 
-#include "kelmar/IProjectEdit.h"
-#include "sim/SimActionManager.h"
-#include "sim/SimEdit.h"
-#include "sim/SimFailures.h"
-#include "sim/SimProject.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "sim/services/SimActionManager.h"
+#include "sim/edit/SimEdit.h"
+#include "sim/services/SimFailures.h"
+#include "sim/project/SimProject.h"
 
 #include <memory>
 #include <string>

@@ -4,10 +4,10 @@
 #include "host/Track.h"
 #include "sim/SimFixture.h"
 
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IRangeEdit.h"
-#include "sim/SimObject.h"
-#include "sim/SimPlayback.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/edit/IRangeEdit.h"
+#include "sim/project/SimObject.h"
+#include "sim/project/SimPlayback.h"
 #include "util/StringUtil.h"
 
 #include <memory>

@@ -3,15 +3,15 @@
 
 #include "HostRunFixture.h"
 
-#include "core/AlertWindowBase.h"
-#include "core/DataModelCommandCreator.h"
-#include "core/FileBrowserDialogBase.h"
-#include "core/Timecode.h"
+#include "core/services/AlertWindowBase.h"
+#include "core/model/DataModelCommandCreator.h"
+#include "core/services/FileBrowserDialogBase.h"
+#include "core/time/Timecode.h"
 #include "host/ProjectListener.h"
 
-#include "sim/SimApplicationState.h"
-#include "sim/SimProjectManager.h"
-#include "sim/SimUser.h"
+#include "sim/services/SimApplicationState.h"
+#include "sim/project/SimProjectManager.h"
+#include "sim/services/SimUser.h"
 
 #include <gtest/gtest.h>
 

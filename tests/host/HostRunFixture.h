@@ -3,16 +3,16 @@
 #include "HostFixture.h"
 #include "support/ModelFixture.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "core/serialize/SerializationTree.h"
 #include "host/Host.h"
 #include "host/Project.h"
 
-#include "kelmar/String.h"
-#include "sim/SimActionManager.h"
-#include "sim/SimAlertService.h"
-#include "sim/SimFailures.h"
-#include "sim/SimProgressService.h"
+#include "kelmar/base/String.h"
+#include "sim/services/SimActionManager.h"
+#include "sim/services/SimAlertService.h"
+#include "sim/services/SimFailures.h"
+#include "sim/services/SimProgressService.h"
 
 #include <algorithm>
 #include <string>

@@ -3,17 +3,17 @@
 // the adapter queries must be there, and a query for an interface the host
 // does not offer must answer "no interface" and leave the pointer empty.
 
-#include "kelmar/IAlertService.h"
-#include "kelmar/IFileDialogService.h"
-#include "kelmar/IHostServices.h"
-#include "kelmar/IProgressService.h"
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IProjectManager.h"
-#include "kelmar/IRangeEdit.h"
-#include "kelmar/ITranslationService.h"
-#include "kelmar/ITransport.h"
-#include "sim/SimBase.h"
-#include "sim/SimHost.h"
+#include "kelmar/services/IAlertService.h"
+#include "kelmar/services/IFileDialogService.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/services/IProgressService.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/project/IProjectManager.h"
+#include "kelmar/edit/IRangeEdit.h"
+#include "kelmar/services/ITranslationService.h"
+#include "kelmar/project/ITransport.h"
+#include "sim/project/SimBase.h"
+#include "sim/services/SimHost.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include "HostRunFixture.h"
 
-#include "core/DataModelChangeScope.h"
+#include "core/model/DataModelChangeScope.h"
 
 #include <gtest/gtest.h>
 

@@ -7,14 +7,14 @@
 
 #include "host/MediaPool.h"
 
-#include "kelmar/IDependencyRegistry.h"
-#include "kelmar/IDependent.h"
-#include "kelmar/IMediaPool.h"
-#include "kelmar/IPath.h"
-#include "sim/SimDependencyRegistry.h"
-#include "sim/SimFailures.h"
-#include "sim/SimMediaPool.h"
-#include "sim/SimProject.h"
+#include "kelmar/base/IDependencyRegistry.h"
+#include "kelmar/base/IDependent.h"
+#include "kelmar/project/IMediaPool.h"
+#include "kelmar/base/IPath.h"
+#include "sim/services/SimDependencyRegistry.h"
+#include "sim/services/SimFailures.h"
+#include "sim/project/SimMediaPool.h"
+#include "sim/project/SimProject.h"
 
 #include <memory>
 #include <string>

@@ -7,7 +7,7 @@
 
 #include "HostRunFixture.h"
 
-#include "sim/SimUser.h"
+#include "sim/services/SimUser.h"
 
 #include <gtest/gtest.h>
 

@@ -8,10 +8,10 @@
 #include "host/FileBrowserDialog.h"
 #include "host/ProgressHandler.h"
 
-#include "sim/SimAlertService.h"
-#include "sim/SimFailures.h"
-#include "sim/SimFileDialogService.h"
-#include "sim/SimProgressService.h"
+#include "sim/services/SimAlertService.h"
+#include "sim/services/SimFailures.h"
+#include "sim/services/SimFileDialogService.h"
+#include "sim/services/SimProgressService.h"
 
 #include <algorithm>
 #include <string>

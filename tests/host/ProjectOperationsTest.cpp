@@ -7,13 +7,13 @@
 #include "HostFixture.h"
 #include "support/ModelFixture.h"
 
-#include "core/VideoTrackHandlerBase.h"
+#include "core/services/VideoTrackHandlerBase.h"
 #include "core/conform/InformationEntry.h"
 
-#include "sim/SimUser.h"
+#include "sim/services/SimUser.h"
 
-#include "kelmar/IEditContext.h"
-#include "kelmar/IObjectList.h"
+#include "kelmar/edit/IEditContext.h"
+#include "kelmar/base/IObjectList.h"
 
 #include <gtest/gtest.h>
 

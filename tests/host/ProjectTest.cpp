@@ -4,12 +4,12 @@
 #include "HostFixture.h"
 #include "support/ModelFixture.h"
 
-#include "core/Settings.h"
+#include "core/model/Settings.h"
 #include "core/serialize/SerializationTree.h"
-#include "sim/Base64.h"
-#include "sim/SimProject.h"
+#include "sim/session/Base64.h"
+#include "sim/project/SimProject.h"
 
-#include "kelmar/FVariant.h"
+#include "kelmar/base/FVariant.h"
 
 #include <gtest/gtest.h>
 

@@ -4,11 +4,11 @@
 
 #include "host/StringTranslator.h"
 
-#include "kelmar/FObject.h"
-#include "kelmar/IHostServices.h"
-#include "kelmar/IProjectEdit.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/services/IHostServices.h"
+#include "kelmar/edit/IProjectEdit.h"
 #include "sim/SimFixture.h"
-#include "sim/SimTranslationService.h"
+#include "sim/services/SimTranslationService.h"
 #include "util/StringConverter.h"
 #include "util/StringUtil.h"
 

@@ -6,8 +6,8 @@
 
 #include "HostRunFixture.h"
 
-#include "kelmar/IObjectList.h"
-#include "sim/SimUser.h"
+#include "kelmar/base/IObjectList.h"
+#include "sim/services/SimUser.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // hands to translation must have an entry, and every entry must be whole in
 // every language the table declares.
 
-#include "sim/XmlElement.h"
+#include "sim/session/XmlElement.h"
 
 #include <gtest/gtest.h>
 

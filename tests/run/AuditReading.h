@@ -2,8 +2,8 @@
 
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
-#include "sim/SessionFile.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimHost.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include "AuditReading.h"
 
-#include "core/EdlLoader.h"
+#include "core/events/EdlLoader.h"
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
-#include "sim/SessionFile.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimHost.h"
 #include "util/StringConverter.h"
 
 #include "support/TempFolderTest.h"

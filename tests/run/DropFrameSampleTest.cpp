@@ -1,12 +1,12 @@
 #include "AuditReading.h"
 
-#include "core/DataModel.h"
-#include "core/EdlLoader.h"
+#include "core/model/DataModel.h"
+#include "core/events/EdlLoader.h"
 #include "core/fileio/CmxWriter.h"
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
-#include "sim/SessionFile.h"
-#include "sim/SimHost.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimHost.h"
 #include "util/StringConverter.h"
 #include "util/StringUtil.h"
 

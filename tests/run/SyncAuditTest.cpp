@@ -1,12 +1,12 @@
 #include "AuditReading.h"
 
-#include "core/EdlLoader.h"
+#include "core/events/EdlLoader.h"
 #include "run/PlaybackTrace.h"
 #include "run/ConformJob.h"
 #include "run/SyncAudit.h"
-#include "sim/SessionFile.h"
-#include "sim/SimHost.h"
-#include "sim/SimPlayback.h"
+#include "sim/session/SessionFile.h"
+#include "sim/services/SimHost.h"
+#include "sim/project/SimPlayback.h"
 #include "util/StringConverter.h"
 
 #include "support/TempFolderTest.h"

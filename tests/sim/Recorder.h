@@ -1,15 +1,15 @@
 #pragma once
 
-#include "kelmar/FObject.h"
-#include "kelmar/IIdleHandler.h"
-#include "kelmar/IProjectEdit.h"
-#include "kelmar/IProjectEditHook.h"
-#include "kelmar/IProjectNotification.h"
-#include "kelmar/IProjectSettingsChange.h"
-#include "kelmar/IProjectStorageNotification.h"
-#include "kelmar/IPtr.h"
-#include "kelmar/String.h"
-#include "sim/SimProject.h"
+#include "kelmar/base/FObject.h"
+#include "kelmar/services/IIdleHandler.h"
+#include "kelmar/edit/IProjectEdit.h"
+#include "kelmar/edit/IProjectEditHook.h"
+#include "kelmar/project/IProjectNotification.h"
+#include "kelmar/project/IProjectSettingsChange.h"
+#include "kelmar/project/IProjectStorageNotification.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/base/String.h"
+#include "sim/project/SimProject.h"
 
 #include <functional>
 #include <string>

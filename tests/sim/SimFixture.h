@@ -1,13 +1,13 @@
 #pragma once
 
-#include "kelmar/IPtr.h"
-#include "kelmar/String.h"
-#include "sim/SessionFile.h"
-#include "sim/SimBase.h"
-#include "sim/SimHost.h"
-#include "sim/SimPlayback.h"
-#include "sim/SimProject.h"
-#include "sim/SimProjectManager.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/base/String.h"
+#include "sim/session/SessionFile.h"
+#include "sim/project/SimBase.h"
+#include "sim/services/SimHost.h"
+#include "sim/project/SimPlayback.h"
+#include "sim/project/SimProject.h"
+#include "sim/project/SimProjectManager.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 #include "SimFixture.h"
 
-#include "kelmar/IPlugController.h"
-#include "kelmar/IPlugView.h"
-#include "kelmar/IPlugWindow.h"
-#include "kelmar/ICloseWindowNotification.h"
-#include "kelmar/IViewBuilder.h"
-#include "kelmar/ViewRect.h"
-#include "sim/SimSkinService.h"
-#include "sim/SimTranslationService.h"
+#include "kelmar/view/IPlugController.h"
+#include "kelmar/view/IPlugView.h"
+#include "kelmar/view/IPlugWindow.h"
+#include "kelmar/view/ICloseWindowNotification.h"
+#include "kelmar/view/IViewBuilder.h"
+#include "kelmar/view/ViewRect.h"
+#include "sim/services/SimSkinService.h"
+#include "sim/services/SimTranslationService.h"
 
 #include <cstring>
 #include <filesystem>

@@ -1,7 +1,7 @@
 // The window's change report: written beside the session, and refused with
 // the step that is missing while there is nothing to report.
 
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "studio/ChangeReportPage.h"
 #include "studio/Studio.h"
 

@@ -5,11 +5,11 @@
 #include "studio/FileDialogFace.h"
 #include "studio/ProgressWindowFace.h"
 
-#include "kelmar/IObjectList.h"
-#include "kelmar/IPath.h"
-#include "kelmar/String.h"
-#include "sim/SimHost.h"
-#include "sim/SimPath.h"
+#include "kelmar/base/IObjectList.h"
+#include "kelmar/base/IPath.h"
+#include "kelmar/base/String.h"
+#include "sim/services/SimHost.h"
+#include "sim/project/SimPath.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The window on the sample reel, drawn without a display: the picture the
 // --snapshot option writes, and the steps of the command line behind it.
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "gui/MainGui.h"
 #include "gui/Palette.h"
 #include "studio/Snapshot.h"

@@ -1,11 +1,11 @@
 // The studio on the simulated host: sessions in and out, the host's undo
 // list as the menu shows it, and what counts as a change a user would lose.
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "studio/Studio.h"
 #include "studio/StudioWindow.h"
 
-#include "sim/SimBase.h"
+#include "sim/project/SimBase.h"
 #include "support/TempFolderTest.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/EventBase.h"
-#include "core/Framerate.h"
-#include "core/Timecode.h"
+#include "core/events/EventBase.h"
+#include "core/time/Framerate.h"
+#include "core/time/Timecode.h"
 #include "util/Result.h"
 #include "util/StringConverter.h"
 

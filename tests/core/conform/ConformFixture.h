@@ -4,8 +4,8 @@
 #include "FakeMontaler.h"
 
 #include "core/conform/CutList.h"
-#include "core/EventBase.h"
-#include "core/EventList.h"
+#include "core/events/EventBase.h"
+#include "core/events/EventList.h"
 
 #include <memory>
 #include <string>

@@ -14,9 +14,9 @@
 
 #include "FakeMontaler.h"
 
-#include "core/EventBase.h"
-#include "core/EventList.h"
-#include "core/Timecode.h"
+#include "core/events/EventBase.h"
+#include "core/events/EventList.h"
+#include "core/time/Timecode.h"
 
 #include <cmath>
 #include <cstdint>

@@ -9,10 +9,10 @@
 
 #include "core/conform/Cut.h"
 #include "core/conform/CutList.h"
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "core/conform/MontalerBase.h"
-#include "core/ProgressHandlerBase.h"
-#include "core/Settings.h"
+#include "core/services/ProgressHandlerBase.h"
+#include "core/model/Settings.h"
 #include "util/Result.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "support/ModelFixture.h"
 #include "support/TempFolderTest.h"
-#include "core/EventList.h"
+#include "core/events/EventList.h"
 #include "core/fileio/CmxParser.h"
 #include "core/fileio/CmxWriter.h"
 #include "util/Result.h"

@@ -3,8 +3,8 @@
 
 #include "../ChangeEdlFixture.h"
 
-#include "core/ChangeEdlGenerator.h"
-#include "core/HealProcessing.h"
+#include "core/generation/ChangeEdlGenerator.h"
+#include "core/generation/HealProcessing.h"
 #include "core/report/ChangeReport.h"
 
 #include <gtest/gtest.h>

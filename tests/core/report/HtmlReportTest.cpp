@@ -4,7 +4,7 @@
 
 #include "support/ModelFixture.h"
 
-#include "core/DataModel.h"
+#include "core/model/DataModel.h"
 #include "core/report/ChangeReport.h"
 #include "core/report/ReportWriters.h"
 #include "util/StringUtil.h"

@@ -1,0 +1,331 @@
+#include "core/events/EventBase.h"
+
+#include "core/events/HealedEvent.h"
+#include "core/serialize/SerializationTree.h"
+#include "core/time/Tolerances.h"
+#include "util/Result.h"
+#include "util/StringUtil.h"
+
+#include <cmath>
+
+namespace montala::core {
+
+using util::Result;
+using util::StringUtil;
+
+EventBase::EventBase() : EventBase(Plain) {}
+
+EventBase::EventBase(int type) : Serializable(currentVersion), eventType(type) {}
+
+EventBase& EventBase::operator=(const EventBase& other)
+{
+    if (this == &other)
+        return *this;
+    eventType = other.eventType;
+    srcIn = other.srcIn;
+    srcOut = other.srcOut;
+    dstIn = other.dstIn;
+    dstOut = other.dstOut;
+    eventNumber = other.eventNumber;
+    rollName = other.rollName;
+    clipName = other.clipName;
+    states = other.states;
+    transitionType = other.transitionType;
+    transitionDuration = other.transitionDuration;
+    reservedText = other.reservedText;
+    edlFile = other.edlFile;
+    edlText = other.edlText;
+    vfx = other.vfx;
+    motionSpeed = other.motionSpeed;
+    changeContext.kind = other.changeContext.kind;
+    return *this;
+}
+
+std::shared_ptr<EventBase> EventBase::create(int type)
+{
+    if (type == Plain)
+        return std::make_shared<EventBase>();
+    if (type == Healed)
+        return std::make_shared<HealedEvent>();
+    throw Result::InvalidArgument;
+}
+
+void EventBase::setSrcIn(const Timecode& tc)
+{
+    srcIn = tc;
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::setSrcOut(const Timecode& tc)
+{
+    srcOut = tc;
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::setDstIn(const Timecode& tc)
+{
+    dstIn = tc;
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::setDstOut(const Timecode& tc)
+{
+    dstOut = tc;
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::setTimecodes(const Timecode& newSrcIn, const Timecode& newSrcOut,
+                             const Timecode& newDstIn, const Timecode& newDstOut)
+{
+    srcIn = newSrcIn;
+    srcOut = newSrcOut;
+    dstIn = newDstIn;
+    dstOut = newDstOut;
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::setRollName(const std::string& name)
+{
+    rollName = name;
+    notifyChange();
+}
+
+void EventBase::setClipName(const std::string& name)
+{
+    clipName = name;
+    notifyChange();
+}
+
+void EventBase::setEdlFile(const std::string& file)
+{
+    edlFile = file;
+    notifyChange();
+}
+
+void EventBase::setTransitionType(int type)
+{
+    transitionType = type;
+    notifyChange();
+}
+
+void EventBase::setTransitionDuration(int frames)
+{
+    transitionDuration = frames;
+    notifyChange();
+}
+
+void EventBase::setVfx(bool isVfx)
+{
+    vfx = isVfx;
+    notifyChange();
+}
+
+bool EventBase::hasFormatError() const
+{
+    for (EventState state : states) {
+        const int value = static_cast<int>(state);
+        if (value >= 1 && value <= 10)
+            return true;
+    }
+    return false;
+}
+
+std::string EventBase::getStateMessage(EventState state)
+{
+    const char16_t* message = nullptr;
+    switch (state) {
+    case EventState::UninitializedTimecode: message = u"Detected uninitialized timecode."; break;
+    case EventState::LegacyState: return {};
+    case EventState::BadEventNumber: message = u"Event Number is not a number."; break;
+    case EventState::BadRollName: message = u"Roll name contains non-alphanumeric characters."; break;
+    case EventState::NotVideoEvent: message = u"Not a video event."; break;
+    case EventState::BadTransitionDuration: message = u"Not a valid transition duration."; break;
+    case EventState::UnsupportedTransition: message = u"Found unsupported transition type."; break;
+    case EventState::BadSrcIn: message = u"SRC IN format cannot be read."; break;
+    case EventState::BadSrcOut: message = u"SRC OUT format cannot be read."; break;
+    case EventState::BadDstIn: message = u"DST IN format cannot be read."; break;
+    case EventState::BadDstOut: message = u"DST OUT format cannot be read."; break;
+    case EventState::InvalidTimecode:
+        message = u"Detected invalid timecode. Mismatch between timecode and project frame rate?";
+        break;
+    case EventState::InvalidTimecodeRange: message = u"Detected invalid timecode range."; break;
+    }
+    if (message == nullptr)
+        return {};
+    return StringUtil::toUtf8(StringUtil::translate(message));
+}
+
+std::string EventBase::getStateText() const
+{
+    // The legacy text stands where state 1 would, and is followed by a
+    // newline whenever anything stands before it: after "uninitialized" the
+    // text thus carries a blank line. The tooltip has always looked so.
+    std::string text;
+    for (int value = 0; value <= 12; ++value) {
+        const auto state = static_cast<EventState>(value);
+        if (state == EventState::LegacyState) {
+            text += legacyStateText;
+            if (!text.empty())
+                text += "\n";
+        } else if (hasState(state)) {
+            text += getStateMessage(state) + "\n";
+        }
+    }
+    return text;
+}
+
+bool EventBase::hasMotionSpeed(double speed) const
+{
+    return std::fabs(motionSpeed - speed) < speedTolerance;
+}
+
+void EventBase::revalidate()
+{
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::validateTimecodes()
+{
+    const Framerate rate = Timecode::currentFramerate();
+    if (!srcIn.isValid(rate)) {
+        addState(EventState::InvalidTimecode);
+    } else if (!srcOut.isValid(rate) || !dstIn.isValid(rate) || !dstOut.isValid(rate)) {
+        // A range fault found earlier stays until all four are valid again.
+        addState(EventState::InvalidTimecode);
+    } else if (srcOut < srcIn || dstOut < dstIn) {
+        addState(EventState::InvalidTimecodeRange);
+        removeState(EventState::InvalidTimecode);
+    } else {
+        removeState(EventState::InvalidTimecodeRange);
+        removeState(EventState::InvalidTimecode);
+    }
+    if (srcIn.isInitialized() && srcOut.isInitialized() && dstIn.isInitialized()
+        && dstOut.isInitialized())
+        removeState(EventState::UninitializedTimecode);
+    else
+        addState(EventState::UninitializedTimecode);
+}
+
+void EventBase::computeMotionSpeed()
+{
+    const Framerate rate = Timecode::currentFramerate();
+    if (!srcIn.isValid(rate) || !srcOut.isValid(rate) || !dstIn.isValid(rate)
+        || !dstOut.isValid(rate))
+        return;
+    if (srcOut != srcIn) {
+        // A ratio of frame counts: seconds far from midnight carry rounding
+        // that would make equal lengths a hair from 1.
+        const int source = srcOut.toFrames(rate) - srcIn.toFrames(rate);
+        // A zero-length record counts as one frame, so the speed stays finite.
+        const int record = dstOut == dstIn ? 1 : dstOut.toFrames(rate) - dstIn.toFrames(rate);
+        motionSpeed = static_cast<double>(source) / static_cast<double>(record);
+    } else if (dstOut == dstIn) {
+        motionSpeed = 1.0;
+    } else {
+        motionSpeed = 0.0; // a freeze frame
+    }
+}
+
+// ---- Stored form ----
+//
+// Version 2: four timecode objects, eventNumber, rollName, clipName, the
+// states (count, then each), transitionType, transitionDuration,
+// reservedText, edlFile, vfx.
+// Version 1: as 2, with edlText between edlFile and vfx.
+// Version 0: one int32 in place of the states (0 none, 1 the legacy state),
+// and edlText and legacyStateText between edlFile and vfx.
+
+void EventBase::readCurrent(serialize::SerializationTree& tree)
+{
+    readBody(tree, currentVersion);
+    finishRead();
+}
+
+void EventBase::readOld(serialize::SerializationTree& tree, uint32_t storedVersion)
+{
+    if (storedVersion > 1)
+        throw Result::UnknownVersion;
+    readBody(tree, storedVersion);
+    finishRead();
+}
+
+void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVersion)
+{
+    tree.readObject(srcIn);
+    tree.readObject(srcOut);
+    tree.readObject(dstIn);
+    tree.readObject(dstOut);
+    eventNumber = tree.readInt32();
+    rollName = tree.readText();
+    clipName = tree.readText();
+    if (storedVersion >= 1) {
+        std::set<EventState> stored;
+        const int32_t count = tree.readInt32();
+        if (count < 0)
+            throw Result::BadStoredData;
+        for (int32_t i = 0; i < count; ++i) {
+            const int32_t value = tree.readInt32();
+            if (value < 0 || value > 12)
+                throw Result::BadStoredData;
+            stored.insert(static_cast<EventState>(value));
+        }
+        states = std::move(stored);
+    } else {
+        const int32_t legacy = tree.readInt32();
+        if (legacy == 1)
+            addState(EventState::LegacyState);
+        else if (legacy != 0)
+            throw Result::BadStoredData;
+    }
+    transitionType = tree.readInt32();
+    transitionDuration = tree.readInt32();
+    reservedText = tree.readText();
+    edlFile = tree.readText();
+    if (storedVersion <= 1)
+        edlText = tree.readText();
+    if (storedVersion == 0)
+        legacyStateText = tree.readText();
+    vfx = tree.readBool();
+}
+
+void EventBase::finishRead()
+{
+    // States 0, 11 and 12 reflect the rate at the time of reading, whatever
+    // the block said.
+    validateTimecodes();
+    computeMotionSpeed();
+    notifyChange();
+}
+
+void EventBase::write(serialize::SerializationTree& tree) const
+{
+    tree.writeObject(srcIn);
+    tree.writeObject(srcOut);
+    tree.writeObject(dstIn);
+    tree.writeObject(dstOut);
+    tree.writeInt32(eventNumber);
+    tree.writeText(rollName);
+    tree.writeText(clipName);
+    tree.writeInt32(static_cast<int32_t>(states.size()));
+    for (EventState state : states)
+        tree.writeInt32(static_cast<int32_t>(state));
+    tree.writeInt32(transitionType);
+    tree.writeInt32(transitionDuration);
+    tree.writeText(reservedText);
+    tree.writeText(edlFile);
+    tree.writeBool(vfx);
+}
+
+} // namespace montala::core

@@ -1,0 +1,135 @@
+#pragma once
+
+#include "core/model/ChangeContext.h"
+#include "core/time/Timecode.h"
+#include "core/serialize/Serializable.h"
+
+#include <memory>
+#include <set>
+#include <string>
+
+namespace montala::core {
+
+// What is wrong with an event. States 1 to 10 are permanent (set when the
+// line was read); 0, 11 and 12 follow the timecodes and are worked out anew
+// by validateTimecodes.
+enum class EventState {
+    UninitializedTimecode = 0,
+    LegacyState = 1,
+    BadEventNumber = 2,
+    BadRollName = 3,
+    NotVideoEvent = 4,
+    BadTransitionDuration = 5,
+    UnsupportedTransition = 6,
+    BadSrcIn = 7,
+    BadSrcOut = 8,
+    BadDstIn = 9,
+    BadDstOut = 10,
+    InvalidTimecode = 11,
+    InvalidTimecodeRange = 12,
+};
+
+// One EDL event: source range SRC placed at record range DST. In a Change
+// EDL, SRC is a range of the old record timeline and DST of the new one.
+// Bad content is kept and marked with states, never refused.
+class EventBase : public serialize::Serializable, public ChangeContextNotificationBase {
+public:
+    static constexpr uint32_t currentVersion = 2;
+
+    enum Type { Plain = 0, Healed = 1 };
+    enum Transition { Cut = 0, Dissolve = 1, Wipe = 2 };
+
+    EventBase();
+    EventBase(const EventBase&) = delete;
+    // Copies the event's content (not listeners, not the legacy text) and
+    // does not notify; the copy's timecodes all count as initialized.
+    EventBase& operator=(const EventBase& other);
+    ~EventBase() override = default;
+
+    // 0 a plain event, 1 a HealedEvent; anything else Result::InvalidArgument.
+    static std::shared_ptr<EventBase> create(int type);
+
+    const Timecode& getSrcIn() const { return srcIn; }
+    const Timecode& getSrcOut() const { return srcOut; }
+    const Timecode& getDstIn() const { return dstIn; }
+    const Timecode& getDstOut() const { return dstOut; }
+    int getEventNumber() const { return eventNumber; }
+    const std::string& getRollName() const { return rollName; }
+    const std::string& getClipName() const { return clipName; }
+    const std::string& getEdlFile() const { return edlFile; }
+    const std::string& getEdlText() const { return edlText; }
+    int getEventType() const { return eventType; }
+    int getTransitionType() const { return transitionType; }
+    int getTransitionDuration() const { return transitionDuration; }
+    bool isVfx() const { return vfx; }
+    double getMotionSpeed() const { return motionSpeed; }
+    const std::set<EventState>& getStates() const { return states; }
+
+    void setSrcIn(const Timecode& tc);
+    void setSrcOut(const Timecode& tc);
+    void setDstIn(const Timecode& tc);
+    void setDstOut(const Timecode& tc);
+    void setTimecodes(const Timecode& srcIn, const Timecode& srcOut, const Timecode& dstIn,
+                      const Timecode& dstOut);
+    void setRollName(const std::string& name);
+    void setClipName(const std::string& name);
+    void setEdlFile(const std::string& file);
+    void setTransitionType(int type);
+    void setTransitionDuration(int frames);
+    void setVfx(bool isVfx);
+    void setEventNumber(int number) { eventNumber = number; }
+    void setEdlText(const std::string& text) { edlText = text; }
+
+    void addState(EventState state) { states.insert(state); }
+    void removeState(EventState state) { states.erase(state); }
+    bool hasState(EventState state) const { return states.count(state) != 0; }
+    bool isFlawless() const { return states.empty(); }
+    // Any of the permanent states 1 to 10.
+    bool hasFormatError() const;
+    static std::string getStateMessage(EventState state);
+    // Every message of the event, each followed by a newline; the tooltip text.
+    std::string getStateText() const;
+    bool hasMotionSpeed(double speed) const;
+    bool isNormalSpeed() const { return hasMotionSpeed(1.0); }
+    // Re-checks the timecodes against the current rate, e.g. after it changed.
+    void revalidate();
+
+    void readCurrent(serialize::SerializationTree& tree) override;
+    void write(serialize::SerializationTree& tree) const override;
+    void readOld(serialize::SerializationTree& tree, uint32_t storedVersion) override;
+
+protected:
+    explicit EventBase(int type);
+
+    void validateTimecodes();
+    void computeMotionSpeed();
+    void notifyChange() { notify(changeContext); }
+    // The common part of every stored version; the version decides the
+    // layout of the states and of the texts behind edlFile.
+    void readBody(serialize::SerializationTree& tree, uint32_t storedVersion);
+    void finishRead();
+
+    int eventType = Plain;
+    Timecode srcIn;
+    Timecode srcOut;
+    Timecode dstIn;
+    Timecode dstOut;
+    int eventNumber = 0;
+    std::string rollName;
+    std::string clipName;
+    std::set<EventState> states{EventState::UninitializedTimecode};
+    int transitionType = Cut;
+    int transitionDuration = 0;
+    // Kept for the stored form only; nothing sets it.
+    std::string reservedText;
+    std::string edlFile;
+    std::string edlText;
+    bool vfx = false;
+    double motionSpeed = 1.0;
+    EventChangeContext changeContext;
+    std::string legacyStateText;
+};
+
+using EventPtr = std::shared_ptr<EventBase>;
+
+} // namespace montala::core

@@ -1,0 +1,451 @@
+#include "sim/edit/SimRangeEditor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+namespace {
+
+void shift(SimObject& node, double delta)
+{
+    SimObject::Fields values = node.get();
+    values.start += delta;
+    values.end += delta;
+    node.restoreFields(values);
+}
+
+// The host counts time in samples (one at 384 kHz is the finest any project
+// has): a time that lands within a rounding hair of a sample lies on it. So
+// what was on a sample is on the same sample after a trip to the far end of
+// the timeline and back, as in a host that adds whole samples.
+double onSample(double time)
+{
+    constexpr double rate = 384000.0;
+    const double samples = std::round(time * rate);
+    return std::abs(time * rate - samples) < 1e-4 ? samples / rate : time;
+}
+
+// Shifts a node pasted at `position` and puts its edges on their samples.
+void place(SimObject& node, double position)
+{
+    SimObject::Fields values = node.get();
+    values.start = onSample(values.start + position);
+    values.end = onSample(values.end + position);
+    node.restoreFields(values);
+}
+
+IPtr<SimObject> newPoint(double time, double value, bool segmentEnd = false)
+{
+    IPtr<SimObject> point = SimObject::create(ObjectKind::AutomationPoint);
+    SimObject::Fields values;
+    values.start = time;
+    values.end = time;
+    values.value = value;
+    values.segmentEnd = segmentEnd;
+    point->restoreFields(values);
+    return point;
+}
+
+bool stepped(int curveType) { return curveType == 0 || curveType == 3; }
+
+constexpr double unbounded = std::numeric_limits<double>::infinity();
+
+bool isPoint(const SimObject& node)
+{
+    const SimObject::Fields& f = node.get();
+    return node.kind() == ObjectKind::PointMarker
+           || (node.kind() == ObjectKind::RangeMarker && f.end - f.start <= SimRangeEditor::epsilon);
+}
+
+// The fields of an event or marker (not a part) cut to [start, end); none
+// when nothing of it lies there. A cut end ends its chain.
+std::optional<SimObject::Fields> trimmedFields(const SimObject& node, double start, double end)
+{
+    constexpr double epsilon = SimRangeEditor::epsilon;
+    const SimObject::Fields& f = node.get();
+    if (isPoint(node)) {
+        if (f.start < start - epsilon || f.start >= end - epsilon)
+            return std::nullopt;
+        return f;
+    }
+    const double low = std::max(f.start, start);
+    const double high = std::min(f.end, end);
+    if (high - low <= epsilon)
+        return std::nullopt;
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    if (node.kind() == ObjectKind::AudioEvent || node.kind() == ObjectKind::VideoEvent)
+        values.offset += low - f.start;
+    if (end <= f.end + epsilon)
+        values.joinedToNext = false;
+    return values;
+}
+
+// The first of the points (in time order) that lies after `time`.
+SimObject::List::const_iterator firstAfter(const SimObject::List& points, double time)
+{
+    return std::upper_bound(points.begin(), points.end(), time,
+                            [](double t, const IPtr<SimObject>& point) { return t < point->get().start; });
+}
+
+// `list` with `point` put after the points at or before its time.
+void insertSorted(SimObject::List& list, IPtr<SimObject> point)
+{
+    const double time = point->get().start;
+    auto at = std::find_if(list.begin(), list.end(), [time](const auto& p) { return p->get().start > time; });
+    list.insert(at, std::move(point));
+}
+
+} // namespace
+
+std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, double time)
+{
+    return valueAt(automationTrack.children(), automationTrack.get().curveType, time);
+}
+
+std::optional<double> SimRangeEditor::valueAt(const SimObject::List& points, int curve, double time)
+{
+    if (points.empty())
+        return std::nullopt;
+    if (time < points.front()->get().start)
+        return points.front()->get().value;
+    // The last point at or before `time`, and the one after it: the points
+    // are in time order.
+    const std::size_t before = static_cast<std::size_t>(firstAfter(points, time) - points.begin()) - 1;
+    const SimObject::Fields& p = points[before]->get();
+    if (before + 1 >= points.size())
+        return p.value;
+    const SimObject::Fields& q = points[before + 1]->get();
+    if (p.segmentEnd || curve == 0 || curve == 3 || q.start - p.start <= epsilon)
+        return p.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> SimRangeEditor::valueLeaving(const SimObject::List& points, int curve, double time)
+{
+    if (points.empty())
+        return std::nullopt;
+    // The last point on or before `time`; before the first, the first holds.
+    const auto after = firstAfter(points, time + epsilon);
+    if (after == points.begin())
+        return points.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(after))->get();
+    if (after == points.end() || p.segmentEnd || stepped(curve) || p.start >= time - epsilon)
+        return p.value;
+    const SimObject::Fields& q = (*after)->get();
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> SimRangeEditor::valueArriving(const SimObject::List& points, int curve, double time)
+{
+    if (points.empty())
+        return std::nullopt;
+    // The first point on or after `time`, and the one before it.
+    const auto at = std::lower_bound(points.begin(), points.end(), time - epsilon,
+                                     [](const IPtr<SimObject>& point, double t) { return point->get().start < t; });
+    if (at == points.begin())
+        return points.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(at))->get();
+    if (at == points.end() || p.segmentEnd || stepped(curve))
+        return p.value;
+    const SimObject::Fields& q = (*at)->get();
+    if (q.start <= time + epsilon)
+        return q.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+bool SimRangeEditor::holdsAt(const SimObject::List& points, double time)
+{
+    const auto after = firstAfter(points, time + epsilon);
+    return after != points.begin() && (*std::prev(after))->get().segmentEnd;
+}
+
+IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start, double end)
+{
+    if (node.kind() != ObjectKind::Part) {
+        const auto values = trimmedFields(node, start, end);
+        if (!values)
+            return nullptr;
+        IPtr<SimObject> copy = node.cloneTree();
+        copy->restoreFields(*values);
+        return copy;
+    }
+    const SimObject::Fields& f = node.get();
+    const double low = std::max(f.start, start);
+    const double high = std::min(f.end, end);
+    if (high - low <= epsilon)
+        return nullptr;
+    IPtr<SimObject> part = SimObject::create(ObjectKind::Part);
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    part->restoreFields(values);
+    for (const auto& [name, value] : node.attributes())
+        part->restoreAttribute(name, &value);
+    // A range that ends at the part's end still cuts the chain inside it.
+    const double cutEnd = end <= f.end + epsilon ? end : unbounded;
+    SimObject::List inner;
+    for (const auto& event : node.children()) {
+        IPtr<SimObject> onTimeline = event->cloneTree();
+        shift(*onTimeline, f.start);
+        if (IPtr<SimObject> piece = trimmedCopy(*onTimeline, innerStart(f, low), cutEnd)) {
+            shift(*piece, -low);
+            inner.push_back(piece);
+        }
+    }
+    part->restoreChildren(inner, false);
+    return part;
+}
+
+double SimRangeEditor::innerStart(const SimObject::Fields& part, double low)
+{
+    // Only a cut edge cuts the events inside; an uncut edge leaves them as
+    // they are, even where they reach past the part.
+    return low > part.start + epsilon ? low : -unbounded;
+}
+
+double SimRangeEditor::innerEnd(const SimObject::Fields& part, double high)
+{
+    return high < part.end - epsilon ? high : unbounded;
+}
+
+void SimRangeEditor::fitPart(SimObject& part, double low, double high)
+{
+    const SimObject::Fields f = part.get();
+    SimObject::List kept;
+    bool removed = false;
+    for (const auto& event : part.children()) {
+        // The inner event on the timeline, cut to the part's new range, then
+        // made relative to the part's new start.
+        IPtr<SimObject> onTimeline = event->cloneTree();
+        shift(*onTimeline, f.start);
+        auto values = trimmedFields(*onTimeline, innerStart(f, low), innerEnd(f, high));
+        if (!values) {
+            removed = true;
+            continue;
+        }
+        values->start -= low;
+        values->end -= low;
+        event->setFields(*values); // records nothing when nothing changes
+        kept.push_back(event);
+    }
+    if (removed)
+        part.replaceChildren(kept);
+    SimObject::Fields values = f;
+    values.start = low;
+    values.end = high;
+    part.setFields(values);
+}
+
+SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end)
+{
+    TrackCopy copy;
+    copy.track = shared(&track);
+    // Only the children near the range can reach into it; they are taken
+    // in the track's order.
+    for (const std::size_t index : track.childrenNear(start, end)) {
+        if (IPtr<SimObject> piece = trimmedCopy(*track.children()[index], start, end)) {
+            shift(*piece, -start);
+            copy.items.push_back(piece);
+        }
+    }
+    for (const auto& automationTrack : track.automation()) {
+        SimObject::List points;
+        const SimObject::List& curve = automationTrack->children();
+        const int type = automationTrack->get().curveType;
+        if (!curve.empty()) {
+            // The curve as it sounds inside the range: from the value after
+            // a step on its start to the value before a step on its end.
+            points.push_back(newPoint(0.0, *valueLeaving(curve, type, start), holdsAt(curve, start)));
+            // Only the points inside the range, found in the time order.
+            for (auto it = firstAfter(curve, start + epsilon); it != curve.end(); ++it) {
+                const double time = (*it)->get().start;
+                if (time >= end - epsilon)
+                    break;
+                IPtr<SimObject> pointCopy = (*it)->cloneTree();
+                shift(*pointCopy, -start);
+                points.push_back(pointCopy);
+            }
+            points.push_back(newPoint(end - start, *valueArriving(curve, type, end)));
+        }
+        copy.automation.emplace_back(automationTrack, std::move(points));
+    }
+    return copy;
+}
+
+void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
+{
+    const double end = onSample(position + length);
+    // The timeline begins at the project start (host time 0): what the paste
+    // would put before it is cut away, as a host does at its first frame.
+    //
+    //   copy          |a....:....b|
+    //   timeline            0 ---------
+    //   pasted              |:...b|      (a point at 0 holds the copy's value)
+    const double low = std::max(onSample(position), 0.0);
+    if (end - low <= epsilon)
+        return;
+    const bool clipped = position < 0.0 && low > position + epsilon;
+    SimObject& track = *copy.track;
+    for (const auto& item : copy.items) {
+        IPtr<SimObject> placed = item->cloneTree();
+        place(*placed, position);
+        if (clipped && placed->get().start < low) {
+            placed = trimmedCopy(*placed, low, unbounded);
+            if (!placed)
+                continue;
+        }
+        track.appendChild(placed);
+    }
+    for (const auto& [automationTrack, points] : copy.automation) {
+        if (points.empty())
+            continue;
+        // The curve just outside the range keeps its values: a point on each
+        // edge holds them, and the copy's own edge points lie inside those.
+        //
+        //   before   0 ------------------------ 1
+        //   after    0 ------ a|copy.........|b ----- 1   (a, b: old values)
+        //
+        // Before the timeline's start there is no curve to keep.
+        const auto valueBefore = valueAt(*automationTrack, low);
+        const auto valueAfter = valueAt(*automationTrack, end);
+        // The points in time order: those up to the destination's start stay
+        // before it, those from its end on after it, and the ones between
+        // make way. Only that stretch of the list changes, so a paste costs
+        // the points it touches, not all the track's.
+        const SimObject::List& all = automationTrack->children();
+        // A point at 0 lies inside a clipped destination and makes way.
+        const auto before = clipped ? all.begin() : firstAfter(all, low + epsilon);
+        const auto after = std::max(before, std::lower_bound(all.begin(), all.end(), end - epsilon,
+                                                             [](const IPtr<SimObject>& point, double t) {
+                                                                 return point->get().start < t;
+                                                             }));
+        const auto near = [](double a, double b) { return std::abs(a - b) <= epsilon; };
+        const auto at = [&near](const SimObject::List& list, double time) {
+            return std::any_of(list.begin(), list.end(), [&](const auto& p) { return near(p->get().start, time); });
+        };
+        // The last point before the destination is the latest there.
+        const bool pointAtLow = before != all.begin() && near((*std::prev(before))->get().start, low);
+        SimObject::List placed;
+        if (valueBefore && !clipped && !pointAtLow)
+            placed.push_back(newPoint(low, *valueBefore));
+        if (clipped && !at(points, low - position))
+            placed.push_back(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
+        for (const auto& point : points) {
+            if (point->get().start + position < low - epsilon)
+                continue;
+            IPtr<SimObject> copied = point->cloneTree();
+            place(*copied, position);
+            placed.push_back(copied);
+        }
+        if (valueAfter && !(after != all.end() && near((*after)->get().start, end)))
+            placed.push_back(newPoint(end, *valueAfter));
+        // Times within epsilon are one time, but the curve must stay in
+        // order to the last bit: a destination that was summed another way
+        // than the neighbouring paste's may lie a hair before it. The new
+        // points are moved onto their neighbours, never the old ones.
+        double floor = before == all.begin() ? -unbounded : (*std::prev(before))->get().start;
+        const double ceiling = after == all.end() ? unbounded : (*after)->get().start;
+        for (const auto& point : placed) {
+            const double time = std::min(std::max(point->get().start, floor), ceiling);
+            if (time != point->get().start)
+                shift(*point, time - point->get().start);
+            floor = time;
+        }
+        automationTrack->replaceChildren(static_cast<std::size_t>(before - all.begin()),
+                                         static_cast<std::size_t>(after - all.begin()), placed);
+    }
+}
+
+void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
+{
+    SimObject::List children;
+    bool changed = false;
+    for (const auto& child : track.children()) {
+        const SimObject::Fields f = child->get();
+        if (isPoint(*child)) {
+            if (f.start >= start - epsilon && f.start < end - epsilon)
+                changed = true;
+            else
+                children.push_back(child);
+            continue;
+        }
+        if (f.end <= start + epsilon || f.start >= end - epsilon) {
+            // What joined an event that ends where the range begins is cut away.
+            if (f.joinedToNext && std::abs(f.end - start) <= epsilon && end - start > epsilon) {
+                SimObject::Fields values = f;
+                values.joinedToNext = false;
+                child->setFields(values);
+            }
+            children.push_back(child);
+            continue;
+        }
+        changed = true;
+        if (f.start >= start - epsilon && f.end <= end + epsilon)
+            continue; // wholly inside
+        IPtr<SimObject> left = f.start < start ? trimmedCopy(*child, f.start, start) : nullptr;
+        IPtr<SimObject> right = f.end > end ? trimmedCopy(*child, end, unbounded) : nullptr;
+        // The node itself becomes the first piece, as a host keeps an event it
+        // trims (and a part the events inside it); a second piece is a new
+        // event beside it.
+        IPtr<SimObject> first = left ? left : right;
+        if (!first)
+            continue;
+        if (child->kind() == ObjectKind::Part)
+            fitPart(*child, first->get().start, first->get().end);
+        else
+            child->setFields(first->get());
+        children.push_back(child);
+        if (left && right)
+            children.push_back(right);
+    }
+    if (changed)
+        track.replaceChildren(children);
+
+    for (const auto& automationTrack : track.automation()) {
+        const SimObject::List& points = automationTrack->children();
+        if (points.empty())
+            continue;
+        const double valueAtStart = *valueAt(*automationTrack, start);
+        const double valueAtEnd = *valueAt(*automationTrack, end);
+        // The points are in time order: only those from the range's start
+        // to its end change places, and the new edge points go among them.
+        const auto from = firstAfter(points, start);
+        const auto to = std::max(from, firstAfter(points, end));
+        // Whether a point lies within epsilon of the time (never one that
+        // goes): the latest up to a hair after it is no more than a hair
+        // before it.
+        const auto pointAt = [&](double time) {
+            const auto it = firstAfter(points, time + epsilon);
+            return it != points.begin() && (*std::prev(it))->get().start >= time - epsilon;
+        };
+        const bool hasStart = pointAt(start);
+        const bool hasEnd = pointAt(end);
+        SimObject::List kept;
+        bool removed = false;
+        for (auto it = from; it != to; ++it) {
+            const double time = (*it)->get().start;
+            if (time > start + epsilon && time < end - epsilon)
+                removed = true;
+            else
+                kept.push_back(*it);
+        }
+        if (!removed)
+            continue;
+        // Nothing lies before the timeline's start: a range that begins
+        // there has no curve on its left to keep.
+        if (!hasStart && start >= -epsilon)
+            insertSorted(kept, newPoint(start, valueAtStart));
+        if (!hasEnd)
+            insertSorted(kept, newPoint(end, valueAtEnd));
+        automationTrack->replaceChildren(static_cast<std::size_t>(from - points.begin()),
+                                         static_cast<std::size_t>(to - points.begin()), kept);
+    }
+}
+
+} // namespace montala::sim

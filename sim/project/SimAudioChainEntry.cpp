@@ -1,0 +1,74 @@
+#include "sim/project/SimAudioChainEntry.h"
+
+#include <algorithm>
+
+namespace montala::sim {
+
+SimAudioChainEntry::SimAudioChainEntry(Chain chain, std::size_t index) : chain(std::move(chain)), index(index) {}
+
+SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
+{
+    if (track.sortedChain)
+        return track.sortedChain;
+    SimObject::List events;
+    for (const auto& child : track.children()) {
+        if (child->kind() == ObjectKind::AudioEvent)
+            events.push_back(child);
+        else if (child->kind() == ObjectKind::Part)
+            for (const auto& inner : child->children())
+                if (inner->kind() == ObjectKind::AudioEvent)
+                    events.push_back(inner);
+    }
+    std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
+        return a->timelineStart() < b->timelineStart();
+    });
+    // Entries handed out hold the list they came from: a change drops the
+    // track's reference, not theirs, so they go on as they were.
+    track.sortedChain = std::make_shared<const SimObject::List>(std::move(events));
+    return track.sortedChain;
+}
+
+std::size_t SimAudioChainEntry::indexOf(const SimObject::List& chain, const SimObject& event)
+{
+    const double start = event.timelineStart();
+    auto it = std::lower_bound(chain.begin(), chain.end(), start,
+                               [](const auto& entry, double time) { return entry->timelineStart() < time; });
+    for (; it != chain.end() && it->get() != &event && (*it)->timelineStart() == start; ++it) {
+    }
+    if (it == chain.end() || it->get() != &event)
+        return chain.size();
+    return static_cast<std::size_t>(it - chain.begin());
+}
+
+Kelmar::tresult SimAudioChainEntry::queryInterface(const Kelmar::FUID& iid, void** obj)
+{
+    if (Kelmar::answerInterface<Kelmar::IAudioChainEntry>(this, iid, obj))
+        return Kelmar::kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+Kelmar::IProjectObject* SimAudioChainEntry::getObject()
+{
+    Kelmar::IProjectObject* object = (*chain)[index].get();
+    object->addRef();
+    return object;
+}
+
+Kelmar::IAudioChainEntry* SimAudioChainEntry::next(Kelmar::int32)
+{
+    if (index + 1 >= chain->size())
+        return nullptr;
+    return new SimAudioChainEntry(chain, index + 1);
+}
+
+double SimAudioChainEntry::getStart()
+{
+    return (*chain)[index]->timelineStart();
+}
+
+double SimAudioChainEntry::getEnd()
+{
+    return (*chain)[index]->timelineEnd();
+}
+
+} // namespace montala::sim

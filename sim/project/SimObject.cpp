@@ -1,0 +1,919 @@
+#include "sim/project/SimObject.h"
+
+#include "kelmar/project/IStorage.h"
+#include "sim/project/SimAudioChainEntry.h"
+#include "sim/edit/SimEditGroup.h"
+#include "sim/services/SimFailures.h"
+#include "sim/services/SimHost.h"
+#include "sim/project/SimMediaPool.h"
+#include "sim/project/SimObjectIterator.h"
+#include "sim/project/SimPoolClip.h"
+#include "sim/project/SimProject.h"
+#include "sim/project/SimStorage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+namespace {
+
+bool same(const char8* a, const char* b)
+{
+    return a && std::strcmp(a, b) == 0;
+}
+
+// A copy that owns its payload, as attributes are kept and handed out.
+FVariant ownedCopy(const FVariant& value)
+{
+    FVariant copy;
+    if (value.isString8())
+        copy.setString8(value.getString8(), true);
+    else if (value.isString16())
+        copy.setString16(value.getString16(), true);
+    else if (value.isObject())
+        copy.setObject(value.getObject(), true);
+    else
+        copy = value;
+    return copy;
+}
+
+bool isPointKind(ObjectKind kind)
+{
+    return kind == ObjectKind::PointMarker || kind == ObjectKind::AutomationPoint;
+}
+
+// Two ends of a chain meet when they lie this close.
+constexpr double chainTolerance = 1e-9;
+
+} // namespace
+
+const char* kindName(ObjectKind kind)
+{
+    switch (kind) {
+    case ObjectKind::Project: return "project";
+    case ObjectKind::Folder: return "folder";
+    case ObjectKind::AudioTrack: return "audio";
+    case ObjectKind::VideoTrack: return "video";
+    case ObjectKind::MarkerTrack: return "marker";
+    case ObjectKind::RulerTrack: return "ruler";
+    case ObjectKind::AutomationTrack: return "automation";
+    case ObjectKind::AutomationPoint: return "point";
+    case ObjectKind::AudioEvent: return "audio";
+    case ObjectKind::Part: return "part";
+    case ObjectKind::VideoEvent: return "video";
+    case ObjectKind::PointMarker: return "point";
+    case ObjectKind::RangeMarker: return "range";
+    }
+    return "?";
+}
+
+SimObject* simObject(FUnknown* object)
+{
+    return dynamic_cast<SimObject*>(object);
+}
+
+IPtr<SimObject> SimObject::create(ObjectKind kind)
+{
+    return owned(new SimObject(kind));
+}
+
+IPtr<SimObject> SimObject::makeTrack(ObjectKind kind, std::u16string name)
+{
+    IPtr<SimObject> track = create(kind);
+    track->fields.name = std::move(name);
+    return track;
+}
+
+IPtr<SimObject> SimObject::makeAudioEvent(std::u16string name, double start, double end, std::string file,
+                                          double offset)
+{
+    IPtr<SimObject> event = create(ObjectKind::AudioEvent);
+    event->fields.name = std::move(name);
+    event->fields.start = start;
+    event->fields.end = end;
+    event->fields.file = std::move(file);
+    event->fields.offset = offset;
+    return event;
+}
+
+IPtr<SimObject> SimObject::makeVideoEvent(double start, double end, std::int64_t clipId, double offset)
+{
+    IPtr<SimObject> event = create(ObjectKind::VideoEvent);
+    event->fields.start = start;
+    event->fields.end = end;
+    event->fields.clipId = clipId;
+    event->fields.offset = offset;
+    return event;
+}
+
+IPtr<SimObject> SimObject::makePart(std::u16string name, double start, double end)
+{
+    IPtr<SimObject> part = create(ObjectKind::Part);
+    part->fields.name = std::move(name);
+    part->fields.start = start;
+    part->fields.end = end;
+    return part;
+}
+
+IPtr<SimObject> SimObject::makeMarker(std::u16string name, double start, double end)
+{
+    IPtr<SimObject> marker = create(end == start ? ObjectKind::PointMarker : ObjectKind::RangeMarker);
+    marker->fields.name = std::move(name);
+    marker->fields.start = start;
+    marker->fields.end = end;
+    return marker;
+}
+
+IPtr<SimObject> SimObject::makeAutomation(std::u16string name, int curveType)
+{
+    IPtr<SimObject> automationTrack = create(ObjectKind::AutomationTrack);
+    automationTrack->fields.name = std::move(name);
+    automationTrack->fields.curveType = curveType;
+    return automationTrack;
+}
+
+IPtr<SimObject> SimObject::makePoint(double time, double value, bool segmentEnd)
+{
+    IPtr<SimObject> point = create(ObjectKind::AutomationPoint);
+    point->fields.start = time;
+    point->fields.end = time;
+    point->fields.value = value;
+    point->fields.segmentEnd = segmentEnd;
+    return point;
+}
+
+SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
+
+SimObject::~SimObject()
+{
+    if (owner)
+        owner->unregisterNode(this);
+}
+
+tresult SimObject::queryInterface(const FUID& iid, void** obj)
+{
+    if (!obj)
+        return kInvalidArgument;
+    if (owner && owner->failures().isWithheld(iid)) {
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    if (answerInterface<IProjectObject>(this, iid, obj))
+        return kResultOk;
+    if (iid == FUnknown::iid) {
+        *obj = static_cast<IProjectObject*>(this);
+        addRef();
+        return kResultOk;
+    }
+    bool answered = false;
+    if (isTrack())
+        answered = answerInterface<ITrack>(this, iid, obj)
+                   || (objectKind == ObjectKind::MarkerTrack && answerInterface<IMarkerTrack>(this, iid, obj));
+    switch (objectKind) {
+    case ObjectKind::AudioEvent: answered = answerInterface<IAudioChainEvent>(this, iid, obj); break;
+    case ObjectKind::VideoEvent: answered = answerInterface<IVideoEvent>(this, iid, obj); break;
+    case ObjectKind::PointMarker: answered = answerInterface<IPointMarker>(this, iid, obj); break;
+    case ObjectKind::RangeMarker: answered = answerInterface<IRangeMarker>(this, iid, obj); break;
+    case ObjectKind::AutomationTrack: answered = answerInterface<IAutomationTrack>(this, iid, obj); break;
+    case ObjectKind::AutomationPoint:
+        answered = answerInterface<IAutomationPoint>(this, iid, obj)
+                   || answerInterface<IAutomationCurvePoint>(this, iid, obj);
+        break;
+    default: break;
+    }
+    if (answered)
+        return kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+// ---- What the node is
+
+bool SimObject::isTrack() const
+{
+    switch (objectKind) {
+    case ObjectKind::Folder:
+    case ObjectKind::AudioTrack:
+    case ObjectKind::VideoTrack:
+    case ObjectKind::MarkerTrack:
+    case ObjectKind::RulerTrack: return true;
+    default: return false;
+    }
+}
+
+bool SimObject::isContentTrack() const
+{
+    return objectKind == ObjectKind::AudioTrack || objectKind == ObjectKind::VideoTrack
+           || objectKind == ObjectKind::MarkerTrack;
+}
+
+bool SimObject::isTimed() const
+{
+    switch (objectKind) {
+    case ObjectKind::AutomationPoint:
+    case ObjectKind::AudioEvent:
+    case ObjectKind::Part:
+    case ObjectKind::VideoEvent:
+    case ObjectKind::PointMarker:
+    case ObjectKind::RangeMarker: return true;
+    default: return false;
+    }
+}
+
+bool SimObject::accepts(ObjectKind child) const
+{
+    const bool childIsTrack = child == ObjectKind::Folder || child == ObjectKind::AudioTrack
+                              || child == ObjectKind::VideoTrack || child == ObjectKind::MarkerTrack
+                              || child == ObjectKind::RulerTrack;
+    switch (objectKind) {
+    case ObjectKind::Project:
+    case ObjectKind::Folder: return childIsTrack;
+    case ObjectKind::AudioTrack: return child == ObjectKind::AudioEvent || child == ObjectKind::Part;
+    case ObjectKind::Part: return child == ObjectKind::AudioEvent;
+    case ObjectKind::VideoTrack: return child == ObjectKind::VideoEvent;
+    case ObjectKind::MarkerTrack: return child == ObjectKind::PointMarker || child == ObjectKind::RangeMarker;
+    case ObjectKind::AutomationTrack: return child == ObjectKind::AutomationPoint;
+    default: return false;
+    }
+}
+
+bool SimObject::isKind(const char8* kind)
+{
+    if (!kind)
+        return false;
+    if (same(kind, "track"))
+        return isTrack();
+    if (same(kind, "audio"))
+        return objectKind == ObjectKind::AudioTrack || objectKind == ObjectKind::AudioEvent;
+    if (same(kind, "video"))
+        return objectKind == ObjectKind::VideoTrack || objectKind == ObjectKind::VideoEvent;
+    if (same(kind, "marker"))
+        return objectKind == ObjectKind::MarkerTrack || objectKind == ObjectKind::PointMarker
+               || objectKind == ObjectKind::RangeMarker;
+    if (same(kind, "folder"))
+        return objectKind == ObjectKind::Folder;
+    if (same(kind, "ruler"))
+        return objectKind == ObjectKind::RulerTrack;
+    if (same(kind, "part"))
+        return objectKind == ObjectKind::Part;
+    if (same(kind, "range"))
+        return objectKind == ObjectKind::RangeMarker;
+    if (same(kind, "automation"))
+        return objectKind == ObjectKind::AutomationTrack;
+    if (same(kind, "point"))
+        return objectKind == ObjectKind::AutomationPoint;
+    if (same(kind, "project"))
+        return objectKind == ObjectKind::Project;
+    return false;
+}
+
+SimObject* SimObject::track()
+{
+    for (SimObject* node = this; node; node = node->parentNode)
+        if (node->isTrack())
+            return node;
+    return nullptr;
+}
+
+bool SimObject::isLockedContent()
+{
+    SimObject* holder = track();
+    return holder && holder->fields.locked && holder->objectKind != ObjectKind::Folder;
+}
+
+double SimObject::timelineStart() const
+{
+    if (parentNode && parentNode->objectKind == ObjectKind::Part)
+        return parentNode->fields.start + fields.start;
+    return fields.start;
+}
+
+double SimObject::timelineEnd() const
+{
+    if (parentNode && parentNode->objectKind == ObjectKind::Part)
+        return parentNode->fields.start + fields.end;
+    return fields.end;
+}
+
+bool SimObject::isInProject() const
+{
+    const SimObject* root = this;
+    while (root->parentNode)
+        root = root->parentNode;
+    return owner && root == static_cast<const SimObject*>(owner);
+}
+
+Kelmar::int32 SimObject::getFlags()
+{
+    int32 flags = 0;
+    if (!isInProject())
+        flags |= kLeftProject;
+    if (contentChanged)
+        flags |= kContentChanged;
+    return flags;
+}
+
+// ---- Recording
+
+bool SimObject::failing(const char* call)
+{
+    return owner && owner->failures().fails(call);
+}
+
+void SimObject::noteFieldsChange(const Fields& values)
+{
+    if (!owner)
+        return;
+    // The project's fields are its length (and name); a track's lock alone
+    // is a toggle. Neither is an edit unless made inside a group.
+    Fields lockOnly = fields;
+    lockOnly.locked = values.locked;
+    const ChangeKind change = objectKind == ObjectKind::Project ? ChangeKind::Setting
+                              : lockOnly == values              ? ChangeKind::Toggle
+                                                                : ChangeKind::Structure;
+    if (SimEditGroup* group = owner->recordingGroup(change)) {
+        group->recordFields(*this, fields, values);
+        group->noteChanged(*this);
+    }
+}
+
+void SimObject::noteListChange(bool automation)
+{
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Structure) : nullptr) {
+        // Only the first change in a group needs the list as it was.
+        if (!group->recorded(*this, automation)) {
+            settle();
+            group->recordList(*this, automation ? automationList : childList, automation);
+        }
+        group->noteChanged(*this);
+    }
+}
+
+void SimObject::dropChain()
+{
+    for (SimObject* node = this; node; node = node->parentNode) {
+        node->sortedChain.reset();
+        node->childOrder.reset();
+        // The orders above an automation track are of the track's events:
+        // a point that comes or goes leaves them as they are.
+        if (node->objectKind == ObjectKind::AutomationTrack)
+            break;
+    }
+}
+
+std::vector<std::size_t> SimObject::childrenNear(double start, double end)
+{
+    settle();
+    if (!childOrder) {
+        auto order = std::make_unique<ChildOrder>();
+        order->byStart.resize(childList.size());
+        for (std::size_t i = 0; i < childList.size(); ++i)
+            order->byStart[i] = i;
+        std::stable_sort(order->byStart.begin(), order->byStart.end(), [this](std::size_t a, std::size_t b) {
+            return childList[a]->fields.start < childList[b]->fields.start;
+        });
+        double reach = -std::numeric_limits<double>::infinity();
+        for (const std::size_t i : order->byStart) {
+            order->starts.push_back(childList[i]->fields.start);
+            reach = std::max(reach, childList[i]->fields.end);
+            order->reach.push_back(reach);
+        }
+        childOrder = std::move(order);
+    }
+    // Wider than any rounding the range work allows, so that no child that
+    // touches the range is missed; the caller decides on each one near.
+    constexpr double margin = 1e-6;
+    const ChildOrder& order = *childOrder;
+    const auto last = std::lower_bound(order.starts.begin(), order.starts.end(), end) - order.starts.begin();
+    auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
+    std::vector<std::size_t> near;
+    for (; i < last; ++i)
+        if (childList[order.byStart[i]]->fields.end >= start - margin)
+            near.push_back(order.byStart[i]);
+    std::sort(near.begin(), near.end());
+    return near;
+}
+
+void SimObject::setFields(const Fields& values)
+{
+    if (values == fields)
+        return;
+    dropChain();
+    noteFieldsChange(values);
+    fields = values;
+}
+
+tresult SimObject::changeFields(const Fields& values)
+{
+    setFields(values);
+    return kResultOk;
+}
+
+void SimObject::setListParents(const List& list)
+{
+    for (const auto& child : list) {
+        child->parentNode = this;
+        if (child->owner != owner)
+            child->bindTo(owner);
+    }
+}
+
+void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
+{
+    if (!child || child->parentNode)
+        return;
+    settle();
+    noteListChange(false);
+    index = std::min(index, childList.size());
+    // A run appends its pieces, mostly in time order: an appended child
+    // takes its place in the order by start (near its end, after those that
+    // start with it), and a copy of the next range finds its children
+    // without sorting them all again.
+    const bool appended = childOrder && index == childList.size();
+    std::unique_ptr<ChildOrder> order = appended ? std::move(childOrder) : nullptr;
+    dropChain();
+    if (order) {
+        const double start = child->fields.start;
+        const auto at = std::upper_bound(order->starts.begin(), order->starts.end(), start) - order->starts.begin();
+        order->byStart.insert(order->byStart.begin() + at, index);
+        order->starts.insert(order->starts.begin() + at, start);
+        // The latest end up to each place grows from the new child on, as
+        // far as the new child's end is the latest.
+        const double end = child->fields.end;
+        const auto place = static_cast<std::size_t>(at);
+        order->reach.insert(order->reach.begin() + at, place == 0 ? end : std::max(order->reach[place - 1], end));
+        for (std::size_t i = place + 1; i < order->reach.size() && order->reach[i] < end; ++i)
+            order->reach[i] = end;
+        childOrder = std::move(order);
+    }
+    child->parentNode = this;
+    child->bindTo(owner);
+    childList.insert(childList.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
+}
+
+void SimObject::appendChild(IPtr<SimObject> child)
+{
+    insertChild(std::move(child), childList.size());
+}
+
+void SimObject::insertPoint(IPtr<SimObject> point)
+{
+    settle();
+    const double time = point->fields.start;
+    std::size_t index = 0;
+    while (index < childList.size() && childList[index]->fields.start <= time)
+        ++index;
+    insertChild(std::move(point), index);
+}
+
+bool SimObject::removeChild(SimObject* child)
+{
+    // A child in the list has this node for its parent; an automation track
+    // has too, but lies in the other list.
+    if (!child || child->parentNode != this || child->objectKind == ObjectKind::AutomationTrack)
+        return false;
+    noteListChange(false);
+    dropChain();
+    child->parentNode = nullptr;
+    ++leaving;
+    return true;
+}
+
+void SimObject::settle() const
+{
+    if (leaving == 0)
+        return;
+    leaving = 0;
+    std::erase_if(childList, [this](const auto& child) { return child->parentNode != this; });
+}
+
+void SimObject::replaceChildren(const List& list)
+{
+    settle();
+    replaceChildren(0, childList.size(), list);
+}
+
+void SimObject::replaceChildren(std::size_t first, std::size_t last, const List& list)
+{
+    settle();
+    noteListChange(false);
+    dropChain();
+    last = std::min(last, childList.size());
+    first = std::min(first, last);
+    // Those that stay keep their parent; only the ones that leave let go of
+    // it and only the new ones take it, so a paste among a long list of
+    // points costs what it changes.
+    for (std::size_t i = first; i < last; ++i)
+        childList[i]->parentNode = nullptr;
+    const auto at = childList.erase(childList.begin() + static_cast<std::ptrdiff_t>(first),
+                                    childList.begin() + static_cast<std::ptrdiff_t>(last));
+    childList.insert(at, list.begin(), list.end());
+    for (const auto& child : list) {
+        child->parentNode = this;
+        if (child->owner != owner)
+            child->bindTo(owner);
+    }
+}
+
+void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
+{
+    if (!automationTrack || automationTrack->parentNode)
+        return;
+    noteListChange(true);
+    automationTrack->parentNode = this;
+    automationTrack->bindTo(owner);
+    automationList.push_back(std::move(automationTrack));
+}
+
+void SimObject::putAttribute(const std::string& name, const FVariant& value)
+{
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
+        const auto found = attributeMap.find(name);
+        group->recordAttribute(*this, name, found == attributeMap.end() ? nullptr : &found->second);
+        group->noteChanged(*this);
+    }
+    attributeMap[name] = ownedCopy(value);
+}
+
+void SimObject::dropAttribute(const std::string& name)
+{
+    const auto found = attributeMap.find(name);
+    if (found == attributeMap.end())
+        return;
+    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
+        group->recordAttribute(*this, name, &found->second);
+        group->noteChanged(*this);
+    }
+    attributeMap.erase(found);
+}
+
+void SimObject::restoreFields(const Fields& values)
+{
+    dropChain();
+    fields = values;
+}
+
+void SimObject::restoreChildren(const List& list, bool automation)
+{
+    settle();
+    List& target = automation ? automationList : childList;
+    dropChain();
+    for (const auto& child : target)
+        if (child->parentNode == this)
+            child->parentNode = nullptr;
+    target = list;
+    setListParents(target);
+}
+
+void SimObject::restoreAttribute(const std::string& name, const FVariant* value)
+{
+    if (value)
+        attributeMap[name] = ownedCopy(*value);
+    else
+        attributeMap.erase(name);
+}
+
+IPtr<SimObject> SimObject::cloneTree() const
+{
+    IPtr<SimObject> copy = create(objectKind);
+    copy->fields = fields;
+    copy->selected = selected;
+    for (const auto& [name, value] : attributeMap) {
+        // A copy keeps its own store: what is written to it later leaves the
+        // original's alone.
+        auto* storage = value.isObject() ? dynamic_cast<SimStorage*>(value.getObject()) : nullptr;
+        if (storage) {
+            IPtr<SimStorage> own = storage->copy();
+            FVariant holder;
+            holder.setObject(static_cast<IStorage*>(own.get()), true);
+            copy->attributeMap[name] = holder;
+        } else {
+            copy->attributeMap[name] = ownedCopy(value);
+        }
+    }
+    for (const auto& child : children()) {
+        IPtr<SimObject> childCopy = child->cloneTree();
+        childCopy->parentNode = copy.get();
+        copy->childList.push_back(childCopy);
+    }
+    for (const auto& automationTrack : automationList) {
+        IPtr<SimObject> trackCopy = automationTrack->cloneTree();
+        trackCopy->parentNode = copy.get();
+        copy->automationList.push_back(trackCopy);
+    }
+    return copy;
+}
+
+void SimObject::bindTo(SimProject* project)
+{
+    if (owner != project) {
+        if (owner)
+            owner->unregisterNode(this);
+        owner = project;
+        if (owner)
+            owner->registerNode(this);
+    }
+    for (const auto& child : children())
+        child->bindTo(project);
+    for (const auto& automationTrack : automationList)
+        automationTrack->bindTo(project);
+}
+
+// ---- Attributes
+
+tresult SimObject::setAttribute(const char8* name, const FVariant& value, int32)
+{
+    if (failing("setAttribute"))
+        return kResultFailed;
+    if (!name || !*name || value.isEmpty())
+        return kInvalidArgument;
+    if (value.isObject()) {
+        // Objects kept in attributes are stores; nothing else could be saved.
+        if (!Kelmar::queryInterface<IStorage>(value.getObject()))
+            return kInvalidArgument;
+    }
+    if (isLockedContent())
+        return kResultFalse;
+    putAttribute(name, value);
+    watchStore(name);
+    return kResultOk;
+}
+
+void SimObject::watchStore(const std::string& name)
+{
+    // Stores read from a session file were made without the host's failure
+    // plan; they take it when a plug-in can reach them.
+    const auto found = attributeMap.find(name);
+    if (!owner || found == attributeMap.end() || !found->second.isObject())
+        return;
+    if (auto* storage = dynamic_cast<SimStorage*>(found->second.getObject()))
+        storage->setFailures(owner->failurePlanShared());
+}
+
+tresult SimObject::getAttribute(const char8* name, FVariant& value)
+{
+    const auto found = name ? attributeMap.find(name) : attributeMap.end();
+    if (found == attributeMap.end())
+        return kResultFalse;
+    watchStore(name);
+    value = ownedCopy(found->second);
+    return kResultOk;
+}
+
+tresult SimObject::hasAttribute(const char8* name)
+{
+    return name && attributeMap.count(name) ? kResultOk : kResultFalse;
+}
+
+tresult SimObject::removeAttribute(const char8* name)
+{
+    if (failing("removeAttribute"))
+        return kResultFailed;
+    if (!name || !attributeMap.count(name) || isLockedContent())
+        return kResultFalse;
+    dropAttribute(name);
+    return kResultOk;
+}
+
+// ---- Names and times
+
+tresult SimObject::getName(String& name)
+{
+    name.assign(std::u16string_view(fields.name));
+    return kResultOk;
+}
+
+tresult SimObject::setName(IEditContext*, const char16* name, int32)
+{
+    if (failing("setName"))
+        return kResultFailed;
+    if (!name)
+        return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Rename");
+    Fields values = fields;
+    values.name = name;
+    return changeFields(values);
+}
+
+double SimObject::getStart(IEditContext*)
+{
+    return isTimed() ? fields.start : 0.0;
+}
+
+double SimObject::getEnd(IEditContext*)
+{
+    if (objectKind == ObjectKind::Project)
+        return fields.end;
+    if (isTrack())
+        return owner ? owner->length() : 0.0;
+    return isPointKind(objectKind) ? fields.start : fields.end;
+}
+
+double SimObject::getOffset(IEditContext*)
+{
+    return fields.offset;
+}
+
+tresult SimObject::setStart(IEditContext*, double start, int32)
+{
+    if (failing("setStart"))
+        return kResultFailed;
+    if (!isTimed())
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Move");
+    Fields values = fields;
+    values.end = isPointKind(objectKind) ? start : start + (fields.end - fields.start);
+    values.start = start;
+    if (objectKind == ObjectKind::AutomationPoint && parentNode) {
+        // Points stay in time order: take the point out and put it back.
+        IPtr<SimObject> self = shared(this);
+        SimObject* automationTrack = parentNode;
+        automationTrack->removeChild(this);
+        setFields(values);
+        automationTrack->insertPoint(self);
+        return kResultOk;
+    }
+    return changeFields(values);
+}
+
+tresult SimObject::setLength(IEditContext* context, double length, int32 flags)
+{
+    if (failing("setLength"))
+        return kResultFailed;
+    if (objectKind == ObjectKind::Project)
+        return owner ? owner->setProjectLength(length) : kResultFalse;
+    if (!isTimed() || isPointKind(objectKind))
+        return kNotImplemented;
+    if (length < 0.0)
+        return kInvalidArgument;
+    return changeEnd(context, fields.start + length, flags);
+}
+
+tresult SimObject::setEnd(IEditContext* context, double end, int32 flags)
+{
+    if (failing("setEnd"))
+        return kResultFailed;
+    return changeEnd(context, end, flags);
+}
+
+tresult SimObject::changeEnd(IEditContext*, double end, int32)
+{
+    if (objectKind == ObjectKind::Project)
+        return owner ? owner->setProjectLength(end) : kResultFalse;
+    if (!isTimed() || isPointKind(objectKind))
+        return kNotImplemented;
+    if (end < fields.start)
+        return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Trim");
+    Fields values = fields;
+    values.end = end;
+    return changeFields(values);
+}
+
+// ---- Tree
+
+IObjectIterator* SimObject::getChildren()
+{
+    return new SimObjectIterator(children());
+}
+
+IProjectObject* SimObject::getParent()
+{
+    if (!parentNode)
+        return nullptr;
+    parentNode->addRef();
+    return parentNode;
+}
+
+// ---- Tracks
+
+IObjectIterator* SimObject::getAutomationTracks()
+{
+    if (!isTrack() || automationList.empty())
+        return nullptr;
+    return new SimObjectIterator(automationList);
+}
+
+IAudioChainEntry* SimObject::getAudioChain()
+{
+    if (objectKind != ObjectKind::AudioTrack)
+        return nullptr;
+    SimAudioChainEntry::Chain chain = SimAudioChainEntry::chainOf(*this);
+    if (chain->empty())
+        return nullptr;
+    return new SimAudioChainEntry(chain, 0);
+}
+
+tresult SimObject::setToggle(const char8* name, bool on)
+{
+    if (failing("setToggle"))
+        return kResultFailed;
+    if (!isTrack())
+        return kNotImplemented;
+    if (!same(name, "lock"))
+        return kInvalidArgument;
+    Fields values = fields;
+    values.locked = on;
+    return changeFields(values);
+}
+
+tresult SimObject::getToggle(const char8* name)
+{
+    if (!isTrack())
+        return kNotImplemented;
+    if (!same(name, "lock"))
+        return kInvalidArgument;
+    return fields.locked ? kResultOk : kResultFalse;
+}
+
+// ---- Events
+
+IProjectObject* SimObject::getNextInChain()
+{
+    if (objectKind != ObjectKind::AudioEvent || !fields.joinedToNext)
+        return nullptr;
+    SimObject* holder = track();
+    if (!holder || holder->objectKind != ObjectKind::AudioTrack)
+        return nullptr;
+    // The next event is joined only where it takes over: an event that no
+    // longer begins at this one's end is another sound, not the chain's.
+    const SimAudioChainEntry::Chain chain = SimAudioChainEntry::chainOf(*holder);
+    const std::size_t index = SimAudioChainEntry::indexOf(*chain, *this);
+    if (index + 1 >= chain->size())
+        return nullptr;
+    SimObject* next = (*chain)[index + 1].get();
+    if (std::abs(next->timelineStart() - timelineEnd()) > chainTolerance)
+        return nullptr;
+    next->addRef();
+    return next;
+}
+
+IPoolClip* SimObject::getClip()
+{
+    if (objectKind != ObjectKind::VideoEvent || !owner)
+        return nullptr;
+    SimPoolClip* clip = owner->mediaPool().findClip(fields.clipId);
+    if (!clip)
+        return nullptr;
+    clip->addRef();
+    return clip;
+}
+
+tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
+{
+    if (failing("setClip"))
+        return kResultFailed;
+    if (objectKind != ObjectKind::VideoEvent)
+        return kNotImplemented;
+    auto* clip = dynamic_cast<SimPoolClip*>(source);
+    if (!clip)
+        return kInvalidArgument;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Clip");
+    Fields values = fields;
+    values.clipId = clip->id();
+    return changeFields(values);
+}
+
+// ---- Automation points
+
+tresult SimObject::setValue(IEditContext*, float value, int32)
+{
+    if (failing("setValue"))
+        return kResultFailed;
+    if (objectKind != ObjectKind::AutomationPoint)
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Value");
+    Fields values = fields;
+    values.value = value;
+    return changeFields(values);
+}
+
+tresult SimObject::setSegmentEnd(IEditContext*, bool segmentEnd, int32)
+{
+    if (failing("setSegmentEnd"))
+        return kResultFailed;
+    if (objectKind != ObjectKind::AutomationPoint)
+        return kNotImplemented;
+    if (isLockedContent())
+        return kResultFalse;
+    const SimHost::OwnStep step(owner, u"Change Value");
+    Fields values = fields;
+    values.segmentEnd = segmentEnd;
+    return changeFields(values);
+}
+
+} // namespace montala::sim

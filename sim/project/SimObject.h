@@ -1,0 +1,274 @@
+#pragma once
+
+#include "kelmar/base/FVariant.h"
+#include "kelmar/project/IAudioChainEvent.h"
+#include "kelmar/project/IAutomationCurvePoint.h"
+#include "kelmar/project/IAutomationPoint.h"
+#include "kelmar/project/IAutomationTrack.h"
+#include "kelmar/project/IMarkerTrack.h"
+#include "kelmar/project/IPointMarker.h"
+#include "kelmar/project/IProjectObject.h"
+#include "kelmar/base/IPtr.h"
+#include "kelmar/project/IRangeMarker.h"
+#include "kelmar/project/ITrack.h"
+#include "kelmar/project/IVideoEvent.h"
+#include "sim/project/SimBase.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace montala::sim {
+
+class SimProject;
+
+// What a node of the project tree is.
+enum class ObjectKind {
+    Project,
+    Folder,
+    AudioTrack,
+    VideoTrack,
+    MarkerTrack,
+    RulerTrack,
+    AutomationTrack,
+    AutomationPoint,
+    AudioEvent,
+    Part,
+    VideoEvent,
+    PointMarker,
+    RangeMarker,
+};
+
+const char* kindName(ObjectKind kind);
+
+// One node of a simulated project: a track of any sort, an automation track
+// or point, an event, a part or a marker (the project is a node too). One
+// class serves all of them so that copying, undo and the session file treat
+// every node alike; each node answers only the interfaces of its kind.
+//
+// Times are seconds relative to the project start, except for events inside a
+// part, which are relative to the part's start. Every change made while the
+// node belongs to an open project is recorded for undo as SimHost says.
+//
+// A part answers isKind("part"), not "audio": code that looks for the audio
+// of a track asks for both. Content of a locked track (the track's own name
+// and attributes included) refuses changes with kResultFalse.
+class SimObject : public SimBase,
+                  public Kelmar::IProjectObject,
+                  public Kelmar::ITrack,
+                  public Kelmar::IMarkerTrack,
+                  public Kelmar::IAudioChainEvent,
+                  public Kelmar::IVideoEvent,
+                  public Kelmar::IPointMarker,
+                  public Kelmar::IRangeMarker,
+                  public Kelmar::IAutomationTrack,
+                  public Kelmar::IAutomationPoint,
+                  public Kelmar::IAutomationCurvePoint {
+public:
+    // The values of a node that undo restores as one.
+    struct Fields {
+        std::u16string name;
+        double start = 0.0;
+        double end = 0.0;
+        double offset = 0.0;       // source offset of an audio or video event
+        std::string file;          // source file of an audio event
+        bool joinedToNext = false; // an audio event joined to the next in the chain
+        std::int64_t clipId = 0;   // pool clip of a video event
+        bool locked = false;       // the track's "lock" toggle
+        int curveType = 1;         // of an automation track
+        double value = 0.0;        // of an automation point
+        bool segmentEnd = false;   // of an automation point
+
+        bool operator==(const Fields&) const = default;
+    };
+
+    using List = std::vector<Kelmar::IPtr<SimObject>>;
+    using Attributes = std::map<std::string, Kelmar::FVariant>;
+
+    static Kelmar::IPtr<SimObject> create(ObjectKind kind);
+    // Shorthands for building a project by hand; times as in Fields.
+    static Kelmar::IPtr<SimObject> makeTrack(ObjectKind kind, std::u16string name);
+    static Kelmar::IPtr<SimObject> makeAudioEvent(std::u16string name, double start, double end, std::string file,
+                                                  double offset);
+    static Kelmar::IPtr<SimObject> makeVideoEvent(double start, double end, std::int64_t clipId, double offset);
+    static Kelmar::IPtr<SimObject> makePart(std::u16string name, double start, double end);
+    // A point marker when `end` equals `start`, else a range marker.
+    static Kelmar::IPtr<SimObject> makeMarker(std::u16string name, double start, double end);
+    static Kelmar::IPtr<SimObject> makeAutomation(std::u16string name, int curveType);
+    static Kelmar::IPtr<SimObject> makePoint(double time, double value, bool segmentEnd = false);
+
+    ~SimObject() override;
+
+    // ---- Kelmar::FUnknown
+    Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
+    KELMAR_FOBJECT_REFCOUNT
+    const char* isA() const override { return "SimObject"; }
+
+    // ---- Kelmar::IProjectObject
+    bool isKind(const Kelmar::char8* kind) override;
+    Kelmar::int32 getFlags() override;
+    Kelmar::tresult setAttribute(const Kelmar::char8* name, const Kelmar::FVariant& value,
+                                 Kelmar::int32 notify) override;
+    Kelmar::tresult getAttribute(const Kelmar::char8* name, Kelmar::FVariant& value) override;
+    Kelmar::tresult hasAttribute(const Kelmar::char8* name) override;
+    Kelmar::tresult removeAttribute(const Kelmar::char8* name) override;
+    Kelmar::tresult getName(Kelmar::String& name) override;
+    Kelmar::tresult setName(Kelmar::IEditContext* context, const Kelmar::char16* name, Kelmar::int32 flags) override;
+    bool isSelected() override { return selected; }
+    double getStart(Kelmar::IEditContext* context) override;
+    // Moves the node; its length stays.
+    Kelmar::tresult setStart(Kelmar::IEditContext* context, double start, Kelmar::int32 flags) override;
+    Kelmar::tresult setLength(Kelmar::IEditContext* context, double length, Kelmar::int32 flags) override;
+    double getEnd(Kelmar::IEditContext* context) override;
+    Kelmar::tresult setEnd(Kelmar::IEditContext* context, double end, Kelmar::int32 flags) override;
+    double getOffset(Kelmar::IEditContext* context) override;
+    Kelmar::IObjectIterator* getChildren() override;
+    Kelmar::IProjectObject* getParent() override;
+
+    // ---- Kelmar::ITrack
+    Kelmar::IObjectIterator* getAutomationTracks() override;
+    Kelmar::IAudioChainEntry* getAudioChain() override;
+    Kelmar::tresult setToggle(const Kelmar::char8* name, bool on) override;
+    Kelmar::tresult getToggle(const Kelmar::char8* name) override;
+
+    // ---- Kelmar::IAudioChainEvent
+    Kelmar::IProjectObject* getNextInChain() override;
+
+    // ---- Kelmar::IVideoEvent
+    Kelmar::IPoolClip* getClip() override;
+    Kelmar::tresult setClip(Kelmar::IEditContext* context, Kelmar::IClipSource* clip, Kelmar::int32 flags) override;
+
+    // ---- Kelmar::IAutomationTrack
+    Kelmar::int32 getCurveType() override { return fields.curveType; }
+
+    // ---- Kelmar::IAutomationPoint and IAutomationCurvePoint
+    float getValue() override { return static_cast<float>(fields.value); }
+    Kelmar::tresult setValue(Kelmar::IEditContext* context, float value, Kelmar::int32 flags) override;
+    bool isSegmentEnd() override { return fields.segmentEnd; }
+    Kelmar::tresult setSegmentEnd(Kelmar::IEditContext* context, bool segmentEnd, Kelmar::int32 flags) override;
+
+    // ---- The simulator's own view of the node
+    ObjectKind kind() const { return objectKind; }
+    bool isTrack() const;
+    bool isContentTrack() const; // a track that holds events: audio, video, marker
+    bool isTimed() const;        // an event, part, marker or automation point
+    // Whether `child` may be put into this node.
+    bool accepts(ObjectKind child) const;
+
+    const Fields& get() const { return fields; }
+    const List& children() const
+    {
+        settle();
+        return childList;
+    }
+    const List& automation() const { return automationList; }
+    const Attributes& attributes() const { return attributeMap; }
+    SimObject* parent() const { return parentNode; }
+    SimProject* project() const { return owner; }
+    bool selectedFlag() const { return selected; }
+
+    // The track that holds this node (itself for a track); null if none.
+    SimObject* track();
+    // Whether a change of this node's content is refused: the node is, or lies
+    // in, a locked track.
+    bool isLockedContent();
+    // Start and end on the timeline, with a part's start added.
+    double timelineStart() const;
+    double timelineEnd() const;
+    // Whether the node lies in its project's tree.
+    bool isInProject() const;
+    // The positions of the children that may lie in [start, end): those
+    // that start before `end` and end no earlier than a hair before `start`,
+    // in the children's order. Found through an order of the children by
+    // start, kept until their times or the list change (a child appended
+    // after all the others joins it).
+    std::vector<std::size_t> childrenNear(double start, double end);
+
+    // Changes, recorded for undo. The list changes keep the parents right.
+    void setFields(const Fields& values);
+    void insertChild(Kelmar::IPtr<SimObject> child, std::size_t index);
+    void appendChild(Kelmar::IPtr<SimObject> child);
+    // Puts an automation point among the others in time order, after those at
+    // the same time.
+    void insertPoint(Kelmar::IPtr<SimObject> point);
+    bool removeChild(SimObject* child);
+    void replaceChildren(const List& list);
+    // Puts `list` in the place of the children [first, last).
+    void replaceChildren(std::size_t first, std::size_t last, const List& list);
+    void appendAutomation(Kelmar::IPtr<SimObject> automationTrack);
+    void putAttribute(const std::string& name, const Kelmar::FVariant& value);
+    void dropAttribute(const std::string& name);
+    // Selection is not an edit: it is not recorded.
+    void setSelectedFlag(bool on) { selected = on; }
+
+    // A copy of the node and everything below it, in no project.
+    Kelmar::IPtr<SimObject> cloneTree() const;
+
+    // Binds the node and all below it to `project`, or to none with null.
+    void bindTo(SimProject* project);
+    // Only for a project that goes away: forgets it without telling it.
+    void forgetProject() { owner = nullptr; }
+
+    // Used by undo: puts back values without recording.
+    void restoreFields(const Fields& values);
+    void restoreChildren(const List& list, bool automationList);
+    void restoreAttribute(const std::string& name, const Kelmar::FVariant* value);
+
+    // Set while the node has changed in the open undo group.
+    bool contentChanged = false;
+    // An audio track's chain in time order, kept until anything below the
+    // track changes (see SimAudioChainEntry::chainOf); null when it must be
+    // gathered and sorted anew.
+    std::shared_ptr<const List> sortedChain;
+
+protected:
+    explicit SimObject(ObjectKind kind);
+
+private:
+    Kelmar::tresult changeFields(const Fields& values);
+    Kelmar::tresult changeEnd(Kelmar::IEditContext* context, double end, Kelmar::int32 flags);
+    // Counts a call of the host's interface; true when the test made it fail.
+    bool failing(const char* call);
+    // Hands the project's failure plan to a store kept under `name`.
+    void watchStore(const std::string& name);
+    // Records a change of this node with the host, if it is in an open project.
+    void noteFieldsChange(const Fields& values);
+    void noteListChange(bool automationList);
+    void setListParents(const List& list);
+    // A change of this node's times or children: the orders kept by the
+    // nodes above (the track's chain, a track's or part's children by start)
+    // no longer hold.
+    void dropChain();
+    // Takes the children removed since the list was last read out of it.
+    // A removal only lets go of its parent: a run that takes a thousand
+    // events off a track one by one would move the rest of the list each
+    // time.
+    void settle() const;
+
+    ObjectKind objectKind;
+    Fields fields;
+    mutable List childList;
+    // Children removed but still in the list (see settle).
+    mutable std::size_t leaving = 0;
+    List automationList;
+    Attributes attributeMap;
+    bool selected = false;
+    SimObject* parentNode = nullptr;
+    SimProject* owner = nullptr;
+    // The children's positions by start, each with the latest end of those
+    // up to it (see childrenNear).
+    struct ChildOrder {
+        std::vector<std::size_t> byStart;
+        std::vector<double> starts;
+        std::vector<double> reach;
+    };
+    std::unique_ptr<ChildOrder> childOrder;
+};
+
+// The node behind an interface pointer of the simulator, or null for an
+// object the simulator did not make.
+SimObject* simObject(Kelmar::FUnknown* object);
+
+} // namespace montala::sim

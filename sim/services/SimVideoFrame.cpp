@@ -1,0 +1,42 @@
+#include "sim/services/SimVideoFrame.h"
+
+namespace montala::sim {
+
+using namespace Kelmar;
+
+SimVideoFrame::SimVideoFrame(std::int64_t streamId, std::int64_t position, int width, int height)
+    : streamId(streamId), position(position), width(width), height(height)
+{
+}
+
+tresult SimVideoFrame::queryInterface(const FUID& iid, void** obj)
+{
+    if (answerInterface<IVideoFrame>(this, iid, obj))
+        return kResultOk;
+    return FObject::queryInterface(iid, obj);
+}
+
+tresult SimVideoFrame::getSize(int32& w, int32& h)
+{
+    w = width;
+    h = height;
+    return kResultOk;
+}
+
+tresult SimVideoFrame::copyPixels(uint8* buffer, int32 rowPitch)
+{
+    if (!buffer || rowPitch < width * 4)
+        return kInvalidArgument;
+    for (int y = 0; y < height; ++y) {
+        uint8* row = buffer + static_cast<std::ptrdiff_t>(y) * rowPitch;
+        for (int x = 0; x < width; ++x) {
+            row[x * 4 + 0] = static_cast<uint8>(position & 0xFF);
+            row[x * 4 + 1] = static_cast<uint8>((position >> 8) & 0xFF);
+            row[x * 4 + 2] = static_cast<uint8>(streamId & 0xFF);
+            row[x * 4 + 3] = 255;
+        }
+    }
+    return kResultOk;
+}
+
+} // namespace montala::sim
