@@ -407,7 +407,7 @@ void Host::describeTracks(Project& project, RunSummary& summary)
 {
     const bool selectedOnly = project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
     for (Track& track : project.getTracks()) {
-        if (project.isMontalaTrack(track))
+        if (MontalaTracks::isMontalaTrack(track))
             continue;
         if (track.isLocked())
             summary.tracksLeftOut.push_back({track.getName(), RunSummary::LeftOut::Locked});
@@ -437,8 +437,8 @@ Result::Type Host::runFramed(RunSummary::Kind kind, const RunWork& work)
     Result::Type result = Result::Ok;
     try {
         project.setCaching(true);
-        if (!project.hasConformOffset())
-            project.computeConformOffset();
+        if (!project.workArea().hasConformOffset())
+            project.workArea().computeConformOffset();
         // A preview leaves the transport alone: the user may be listening.
         if (applying && transport && transport->isPlaying())
             transport->stop();
@@ -484,7 +484,7 @@ Result::Type Host::runApply()
                 // The model's step joins the group when the command goes, at
                 // the end of this scope, before the group closes.
                 std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
-                project.createFolderAndMarkerTracks(edit);
+                project.ownTracks().createFolderAndMarkers(edit, project.getDataModel().getSettings());
                 // The conform catches its own failures: what it did stays,
                 // and its code is the run's answer.
                 const Result::Type conformed = conform(project.getDataModel().getChangeList());
@@ -493,7 +493,7 @@ Result::Type Host::runApply()
                 // video provider.
                 double start = 0.0;
                 double end = 0.0;
-                project.getEditRange(start, end);
+                project.workArea().getEditRange(start, end);
                 project.finishRange(edit, start, end, selectedOnly);
                 return conformed;
             });
@@ -519,13 +519,13 @@ Result::Type Host::runPreview()
             // asked for, not to the model of this moment.
             std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit, previewSnapshot);
             project.createVideoTrack(edit);
-            project.createFolderAndMarkerTracks(edit);
-            project.numberMemos();
+            project.ownTracks().createFolderAndMarkers(edit, project.getDataModel().getSettings());
+            project.ownTracks().numberMemos(project.workArea());
             const Result::Type previewed =
                 core::MontalerBase::preview(previewList, previewFirst, previewLast, previewDestination);
             // The new picture goes into the work area here once there is a
             // video provider.
-            project.finishRange(edit, project.getConformOffset(), project.getProjectEnd(), selectedOnly);
+            project.finishRange(edit, project.workArea().getConformOffset(), project.getProjectEnd(), selectedOnly);
             return previewed;
         });
         if (!summary.incomplete) {
@@ -545,8 +545,8 @@ Result::Type Host::startConform()
 {
     try {
         Project& project = requireProject();
-        if (!project.hasConformOffset())
-            project.computeConformOffset();
+        if (!project.workArea().hasConformOffset())
+            project.workArea().computeConformOffset();
         const Result::Type code = checkTracks();
         if (code == Result::Ok)
             applyRequested = true;
@@ -565,8 +565,8 @@ Result::Type Host::startPreview(const core::EventList& events, size_t first, siz
 {
     try {
         Project& project = requireProject();
-        if (!project.hasConformOffset())
-            project.computeConformOffset();
+        if (!project.workArea().hasConformOffset())
+            project.workArea().computeConformOffset();
         const Result::Type code = checkTracks();
         if (code != Result::Ok)
             return code;
@@ -606,7 +606,7 @@ Result::Type Host::showPreview(const core::EventList& events, size_t first, size
 
         // The previewed stretch, on the old timeline when the source is
         // shown, in the work area when the new arrangement is.
-        const double offset = showDestination ? project.getConformOffset() : 0.0;
+        const double offset = showDestination ? project.workArea().getConformOffset() : 0.0;
         double start = std::numeric_limits<double>::max();
         double end = std::numeric_limits<double>::lowest();
         for (size_t index = first; index + last < events.getSize(); ++index) {
@@ -677,9 +677,9 @@ void Host::setPreviewActive(bool on)
         model.setProperty(PropertyKey::CycleStartBeforePreview, core::Variant(std::min(cycleStart, cycleEnd)));
         model.setProperty(PropertyKey::CycleEndBeforePreview, core::Variant(std::max(cycleStart, cycleEnd)));
         model.setProperty(PropertyKey::CursorBeforePreview, core::Variant(getCursor()));
-        if (!project.hasConformOffset())
-            project.computeConformOffset();
-        project.extendProjectEnd(false);
+        if (!project.workArea().hasConformOffset())
+            project.workArea().computeConformOffset();
+        project.workArea().extendProjectEnd(false);
     } catch (Result::Type) {
         // The window has nothing to show for it; what was done stays.
     }
@@ -714,7 +714,7 @@ Result::Type Host::endPreview(bool keepName)
     if (!activeProject)
         return Result::NoProject;
     Project& project = *activeProject;
-    if (!project.hasConformOffset())
+    if (!project.workArea().hasConformOffset())
         return Result::Ok;
     // Taking the work area away is Montala's own edit: the memo mirroring
     // must not read it as the user's.
@@ -728,8 +728,8 @@ Result::Type Host::endPreview(bool keepName)
                       // The preview's picture leaves the work area here once
                       // there is a video provider.
                       throwIfFailed(core::MontalerBase::deletePreview());
-                      project.restoreProjectEnd();
-                      project.clearConformOffset();
+                      project.workArea().restoreProjectEnd();
+                      project.workArea().clearConformOffset();
                       return Result::Ok;
                   });
     busy = wasBusy;
@@ -868,7 +868,7 @@ Result::Type Host::generateMarkers(const std::vector<core::InformationEntry>& en
         progress->setText(u"Generate Markers");
         progress->addSteps(static_cast<int64_t>(entries.size()));
     }
-    activeProject->generateMarkers(currentEdit(), entries);
+    activeProject->ownTracks().generateMarkers(currentEdit(), entries, activeProject->workArea(), progress);
     if (running)
         for (const core::InformationEntry& entry : entries)
             ++running->markersWritten[markerTrackOf(entry.kind)];
@@ -899,7 +899,7 @@ Result::Type Host::applyCuts(core::CutList& cuts)
     if (activeProject->getDataModel().getSettings().getCreateVirginTerritories()) {
         if (progress)
             progress->setText(StringUtil::translate(u"Virgin Territories"));
-        activeProject->fillVirginTerritories(currentEdit(), cuts);
+        activeProject->workArea().fillVirginTerritories(currentEdit(), cuts, progress);
     }
     return Result::Ok;
 }
@@ -922,7 +922,7 @@ int64_t Host::countSteps(int64_t eventCount, const core::Settings& settings, int
         if (!selectedOnly || track.isSelected())
             ++tracks;
     // A run makes the Memos track when there is none, and carries it along.
-    if (!selectedOnly && !activeProject->hasMarkerTrack(TrackType::Memos))
+    if (!selectedOnly && !activeProject->ownTracks().hasMarkerTrack(TrackType::Memos))
         ++tracks;
     const int64_t detectors = core::MontalerBase::countSteps(eventCount, settings, tracks);
     // An apply advances once more per track than it has events: the cut

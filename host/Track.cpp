@@ -1,7 +1,6 @@
 #include "host/Track.h"
 
 #include "host/HostCalls.h"
-#include "host/Project.h"
 
 #include "core/time/Tolerances.h"
 
@@ -72,73 +71,28 @@ const char* trackTypeName(int type)
     return "INVALID!";
 }
 
-// ---- Life and registration
-
-Track::Track(Project* owner, Kelmar::ITrack* track) : hostTrack(track)
+Track::Track(TrackHome* owner, Kelmar::ITrack* track)
+    : home(owner), hostTrack(track), seenChanges(owner ? owner->changeCount() : 0)
 {
-    attach(owner);
 }
-
-Track::Track(const Track& other) : automation(other.automation), hostTrack(other.hostTrack), dirty(other.dirty)
-{
-    attach(other.project);
-}
-
-Track& Track::operator=(const Track& other)
-{
-    if (this == &other)
-        return *this;
-    detach();
-    automation = other.automation;
-    hostTrack = other.hostTrack;
-    dirty = other.dirty;
-    attach(other.project);
-    return *this;
-}
-
-Track::~Track() { detach(); }
-
-void Track::attach(Project* newProject)
-{
-    project = newProject;
-    if (project)
-        project->addListener(this);
-}
-
-void Track::detach()
-{
-    if (project)
-        project->removeListener(this);
-    project = nullptr;
-}
-
-void Track::projectChanged(Project&) { markDirty(); }
-
-void Track::projectEdited(Project&) { markDirty(); }
 
 // ---- Identity
 
 bool Track::isValid()
 {
-    if (!project || !hostTrack)
+    if (!home || !hostTrack)
         return false;
-    if (dirty) {
-        if (!project->containsTrack(*this)) {
+    const uint64_t changes = home->changeCount();
+    if (changes != seenChanges) {
+        // Only the pointer is compared: a track that left may be gone.
+        if (!home->containsTrack(hostTrack)) {
             hostTrack = nullptr;
             automation.clear();
             return false;
         }
-        dirty = false;
+        seenChanges = changes;
     }
     return true;
-}
-
-void Track::markDirty()
-{
-    if (dirty || !hostTrack)
-        return;
-    Kelmar::IPtr<Kelmar::IProjectObject> asObject = Kelmar::queryInterface<Kelmar::IProjectObject>(hostTrack);
-    dirty = !asObject || (asObject->getFlags() & Kelmar::IProjectObject::kLeftProject) != 0;
 }
 
 Kelmar::IPtr<Kelmar::IProjectObject> Track::object() const
@@ -150,9 +104,9 @@ Kelmar::IPtr<Kelmar::IProjectObject> Track::object() const
 
 double Track::projectStart() const
 {
-    if (!project)
+    if (!home)
         throw Result::NotInitialized;
-    return project->getProjectStart();
+    return home->getProjectStart();
 }
 
 // ---- Selection, lock, kind, type, name
@@ -273,7 +227,7 @@ std::string Track::getName() const
 void Track::setName(const std::string& name)
 {
     auto asObject = object();
-    Kelmar::IPtr<Kelmar::IEditContext> context = Kelmar::owned(project->getHostProject()->getEditContext(asObject.get()));
+    Kelmar::IPtr<Kelmar::IEditContext> context = Kelmar::owned(home->getHostProject()->getEditContext(asObject.get()));
     const std::u16string wide = Kelmar::String::utf8ToUtf16(name);
     check(asObject->setName(context.get(), wide.c_str(), 0));
 }
@@ -303,7 +257,7 @@ std::vector<TrackEvent> Track::getEventsInRange(double start, double end) const
     // Frame times have no exact binary form: a boundary and an event's edge
     // on the same frame differ by a few ulps, and so do the two halves of an
     // event split on a frame. Within a sample they are the same.
-    constexpr double tolerance = Project::positionTolerance;
+    constexpr double tolerance = core::positionTolerance;
     std::vector<TrackEvent> taken;
     for (TrackEvent& event : getEvents()) {
         const double s = event.getStart();
@@ -391,23 +345,23 @@ core::AudioInfo::Range Track::chainRange(Kelmar::IAudioChainEntry& entry) const
 // ends before it starts, a layer reaching past its predecessor from before
 // its start) keeps the ranges counted before the refusal and the refusal's
 // code: only a position whose walk gets that far is refused.
-struct Track::ChainImage {
+struct ChainImage {
     std::vector<core::AudioInfo::Range> ranges;
     std::optional<Result::Type> failure;
 };
 
-std::shared_ptr<const Track::ChainImage> Track::chainImage() const
+std::shared_ptr<const ChainImage> Track::chainImage() const
 {
     if (!hostTrack)
         throw Result::NotInitialized;
-    const bool keep = project && project->isCaching();
-    if (keep) {
-        const auto found = project->keptChains().find(hostTrack);
-        if (found != project->keptChains().end())
+    TrackHome::KeptChains* kept = home ? home->keptChains() : nullptr;
+    if (kept) {
+        const auto found = kept->find(hostTrack);
+        if (found != kept->end())
             return found->second;
     }
 
-    constexpr double tolerance = Project::positionTolerance;
+    constexpr double tolerance = core::positionTolerance;
     auto image = std::make_shared<ChainImage>();
     try {
         Kelmar::IPtr<Kelmar::IAudioChainEntry> entry = Kelmar::owned(hostTrack->getAudioChain());
@@ -432,8 +386,8 @@ std::shared_ptr<const Track::ChainImage> Track::chainImage() const
             throw;
         image->failure = code;
     }
-    if (keep)
-        project->keptChains()[hostTrack] = image;
+    if (kept)
+        (*kept)[hostTrack] = image;
     return image;
 }
 
@@ -452,7 +406,7 @@ void Track::getSurroundings(double position, core::AudioInfo::Range& before, cor
     // the host may differ by a rounding hair.
     const auto first = ranges.begin();
     const auto following = std::upper_bound(first, ranges.end(), position, [](double p, const core::AudioInfo::Range& r) {
-        return p + Project::positionTolerance < r.start;
+        return p + core::positionTolerance < r.start;
     });
     if (following == ranges.end() && image->failure)
         throw *image->failure;
@@ -553,10 +507,8 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
 {
     if (end < start)
         throw Result::InvalidArgument;
-    if (!project)
-        throw Result::NotInitialized;
     const double offset = projectStart();
-    Kelmar::IProject& host = *project->getHostProject();
+    Kelmar::IProject& host = *home->getHostProject();
 
     // The curve arrives at the gap as it was and leaves it as it was; in
     // between it holds the value it arrived with:
@@ -604,7 +556,7 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
         }
 
         auto addPoint = [&](double hostTime, double value, bool segmentEnd) {
-            auto point = getService<Kelmar::IAutomationCurvePoint>(project->getServices());
+            auto point = getService<Kelmar::IAutomationCurvePoint>(home->getServices());
             auto pointObject = queryRequired<Kelmar::IProjectObject>(point.get());
             check(point->setValue(context.get(), static_cast<float>(value), 0));
             if (segmentEnd)

@@ -2,8 +2,8 @@
 
 #include "core/conform/AudioInfo.h"
 #include "host/AutomationData.h"
-#include "host/ProjectListener.h"
 #include "host/TrackEvent.h"
+#include "host/TrackHome.h"
 
 #include "kelmar/edit/IProjectEdit.h"
 #include "kelmar/project/IProjectObject.h"
@@ -20,8 +20,6 @@ class IAudioChainEntry;
 }
 
 namespace montala::host {
-
-class Project;
 
 // The kinds of track Montala makes and finds again by the number it writes
 // into an attribute of the track (typeAttribute names which one).
@@ -42,31 +40,24 @@ enum class TrackType : int {
 // "INVALID!" for any other number.
 const char* trackTypeName(int type);
 
-// One track of a host project. The wrapper holds the host's track without a
-// reference of its own: the project keeps it, and a track that left the
-// project is noticed through its flags (markDirty) and looked up again
-// before the next use (isValid).
+// One track of a host project, a light value: the host's track and the
+// project it lives in, held without a reference of its own (the project
+// keeps the track). A track that may have left the project since the last
+// look (the home counts such notices) is looked up again before its next
+// use (isValid).
 //
 // Times are absolute seconds unless a name says host-relative.
-class Track : public ProjectListener {
+class Track {
 public:
     Track() = default;
-    Track(Project* project, Kelmar::ITrack* hostTrack);
-    Track(const Track& other);
-    Track& operator=(const Track& other);
-    ~Track() override;
-
-    void projectChanged(Project& project) override;
-    void projectEdited(Project& project) override;
+    Track(TrackHome* home, Kelmar::ITrack* hostTrack);
 
     bool isValid();
-    void markDirty();
 
     Kelmar::ITrack* getHostTrack() const { return hostTrack; }
     // The track's IProjectObject; NotInitialized for an invalid track,
     // NoInterface when the host's track has none.
     Kelmar::IPtr<Kelmar::IProjectObject> object() const;
-    Project* getProject() const { return project; }
 
     bool isSelected() const;
     bool isLocked() const;
@@ -109,11 +100,6 @@ public:
                          core::AudioInfo::Range& after) const;
     // The absolute range an audio chain entry covers, joined members included.
     core::AudioInfo::Range chainRange(Kelmar::IAudioChainEntry& entry) const;
-    // The audio chains of a project's tracks as read while the project
-    // caches its tracks. The project holds them and forgets them on every
-    // edit that may move audio; a run's reads then start afresh.
-    struct ChainImage;
-    using KeptChains = std::map<const Kelmar::ITrack*, std::shared_ptr<const ChainImage>>;
 
     // Reads every automation track anew into `automation`.
     void readAutomation();
@@ -125,18 +111,17 @@ public:
     void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);
 
 private:
-    void attach(Project* newProject);
     // The track's audio chain as getSurroundings reads it: kept and shared by
     // every wrapper of the track while the project caches its tracks (a run's
     // detectors ask for it once per piece and position), read anew otherwise.
     std::shared_ptr<const ChainImage> chainImage() const;
-    void detach();
     double projectStart() const;
 
-    Project* project = nullptr;
+    TrackHome* home = nullptr;
     std::vector<AutomationData> automation;
     Kelmar::ITrack* hostTrack = nullptr;
-    bool dirty = false;
+    // The home's change count when the track was last known to be in it.
+    uint64_t seenChanges = 0;
 };
 
 } // namespace montala::host

@@ -83,7 +83,7 @@ TEST_F(AdapterAuditTest, ADamagedBlockIsReportedWithItsMessageAndLeavesTheProjec
     std::vector<uint8_t> good;
     {
         core::DataModel stored;
-        stored.setProperty(Project::conformOffsetKey, core::Variant(86400.0));
+        stored.setProperty(WorkArea::conformOffsetKey, core::Variant(86400.0));
         stored.getSettings().setCreateOverlapMarkers(false);
         core::serialize::SerializationTree tree;
         tree.writeObject(stored);
@@ -122,7 +122,7 @@ TEST_F(AdapterAuditTest, ADamagedBlockIsReportedWithItsMessageAndLeavesTheProjec
         // The project stays open with an empty model and nothing of the
         // block taken: no offset, no settings, no tracks locked by it.
         ASSERT_EQ(montala->getActiveProject(), montala->findProject(hostProject.get()));
-        EXPECT_FALSE(active().hasConformOffset());
+        EXPECT_FALSE(active().workArea().hasConformOffset());
         EXPECT_TRUE(model().getProperties().empty());
         EXPECT_TRUE(model().getSettings().getCreateOverlapMarkers());
         EXPECT_TRUE(active().getLockedTracks().empty());
@@ -139,7 +139,7 @@ TEST_F(AdapterAuditTest, ADamagedBlockIsReportedWithItsMessageAndLeavesTheProjec
     // The good block loads without a word, and the locked track is known again.
     startOn(sessionWithBlock(good, checksumOf(good)));
     EXPECT_TRUE(alerts().empty());
-    EXPECT_DOUBLE_EQ(active().getConformOffset(), 86400.0);
+    EXPECT_DOUBLE_EQ(active().workArea().getConformOffset(), 86400.0);
     EXPECT_FALSE(model().getSettings().getCreateOverlapMarkers());
     EXPECT_EQ(active().getLockedTracks().size(), 1u);
 }
@@ -150,8 +150,8 @@ TEST_F(AdapterAuditTest, AnEventExactlyHalfInARangeOfFramesBelongsToNeitherSide)
     // middle by a frame boundary comes out a few ulps more on one side. On
     // the home timeline and in the work area alike it belongs to neither.
     openProject(smallSession());
-    project->computeConformOffset();
-    const double workArea = project->getConformOffset() - project->getProjectStart();
+    project->workArea().computeConformOffset();
+    const double workArea = project->workArea().getConformOffset() - project->getProjectStart();
     Track notes = track("Notes");
     Kelmar::IProjectEdit& run = beginEdit();
     struct Split {
@@ -162,9 +162,9 @@ TEST_F(AdapterAuditTest, AnEventExactlyHalfInARangeOfFramesBelongsToNeitherSide)
     const Split splits[] = {{30.0, 9, 3}, {30.0, 13, 7}, {workArea, 240, 10}, {workArea, 251, 1}};
     for (const Split& split : splits) {
         const double boundary = split.base + split.frame / 25.0;
-        project->writeMarker(run, &notes, "split", "", 3600.0 + split.base + (split.frame - split.half) / 25.0,
-                             3600.0 + split.base + (split.frame + split.half) / 25.0, 0);
-        project->writeMarker(run, &notes, "point", "", 3600.0 + boundary, 3600.0 + boundary, 0);
+        project->ownTracks().writeMarker(run, &notes, "split", "", {3600.0 + split.base + (split.frame - split.half) / 25.0},
+                                         {3600.0 + split.base + (split.frame + split.half) / 25.0}, 0);
+        project->ownTracks().writeMarker(run, &notes, "point", "", {3600.0 + boundary}, {3600.0 + boundary}, 0);
         SCOPED_TRACE(boundary);
         auto named = [](const std::vector<TrackEvent>& events) {
             std::vector<std::string> names;
@@ -196,12 +196,12 @@ TEST_F(AdapterAuditTest, MovingHomeOverARangeOfFramesRemovesWhatLiesOnItsEdges)
       {"kind": "audio", "name": "air", "start": "01:00:09:15", "end": "01:00:19:15", "file": "air.wav", "offset": 0}]},
     )");
     openProject(text);
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     const double before = at25(1, 0, 9, 15);
     const double after = at25(1, 0, 19, 15);
     std::vector<Track> tracks{track("BG")};
     Kelmar::IProjectEdit& run = beginEdit();
-    project->moveBack(run, project->getConformOffset() + before, before, after - before, tracks);
+    project->workArea().moveBack(run, {project->workArea().getConformOffset() + before}, {before}, after - before, tracks);
     endEdit();
     EXPECT_TRUE(track("BG").getEvents().empty());
 }
@@ -216,7 +216,7 @@ TEST_F(AdapterAuditTest, MarkersCarriedByACutKeepTheirNamesReelsAndIds)
                  R"({"kind": "point", "name": "hit", "start": "01:00:12:00",
                      "attributes": {"User:STR_MAReel": "R7", "MontEventUserId": 4}})");
     openProject(text);
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     project->getDataModel().getSettings().setMatchName(core::MatchName::ClipName);
 
     core::EventPtr event;
@@ -229,7 +229,7 @@ TEST_F(AdapterAuditTest, MarkersCarriedByACutKeepTheirNamesReelsAndIds)
 
     project->setCaching(true);
     Kelmar::IProjectEdit& run = beginEdit();
-    project->createFolderAndMarkerTracks(run);
+    project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
     core::CutPtr cut = project->createCut(event);
     project->applyCut(run, *cut);
     project->complete(run);

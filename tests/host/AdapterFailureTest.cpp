@@ -49,7 +49,7 @@ protected:
 TEST_F(AdapterFailureTest, AFailedRunIsUndoneWhole)
 {
     openProject(smallSession());
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     const std::string before = saved(*hostProject);
 
     // Each way a run's host calls can fail, at a point where some of its
@@ -69,7 +69,7 @@ TEST_F(AdapterFailureTest, AFailedRunIsUndoneWhole)
         host->failures().failCall(c.call, c.nth);
         const Result::Type code = failingRun([&](Kelmar::IProjectEdit& run) {
             project->setCaching(true);
-            project->createFolderAndMarkerTracks(run);
+            project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
             project->applyCut(run, *project->createCut(event("01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00")));
             project->applyCut(run, *project->createCut(event("01:00:00:00", "01:00:10:00", "01:00:10:00", "01:00:20:00")));
             project->complete(run);
@@ -85,7 +85,7 @@ TEST_F(AdapterFailureTest, AFailedRunIsUndoneWhole)
 TEST_F(AdapterFailureTest, WithheldInterfacesAreNoInterface)
 {
     openProject(smallSession());
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     Kelmar::IProjectEdit& run = beginEdit();
     Track notes = track("Notes");
 
@@ -100,12 +100,12 @@ TEST_F(AdapterFailureTest, WithheldInterfacesAreNoInterface)
 
     host->failures().withhold(Kelmar::IObjectList::iid);
     std::vector<Track> tracks{track("DX")};
-    EXPECT_EQ(montala::test::thrownCode([&] { project->moveBack(run, 86400.0, 0.0, 86400.0, tracks); }),
+    EXPECT_EQ(montala::test::thrownCode([&] { project->workArea().moveBack(run, {86400.0}, {0.0}, 86400.0, tracks); }),
               Result::NoInterface);
     host->failures().clear();
 
     host->failures().withhold(Kelmar::IRangeMarker::iid);
-    EXPECT_EQ(montala::test::thrownCode([&] { project->writeMarker(run, &notes, "n", "", 3630.0, 3640.0, 0); }),
+    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().writeMarker(run, &notes, "n", "", {3630.0}, {3640.0}, 0); }),
               Result::NoInterface);
     host->failures().clear();
     endEdit();
@@ -119,7 +119,7 @@ TEST_F(AdapterFailureTest, RefusedLocksAndMarkersAreHostCallFailed)
     Track notes = track("Notes");
     Kelmar::IProjectEdit& run = beginEdit();
     host->failures().failCall("addObject");
-    EXPECT_EQ(montala::test::thrownCode([&] { project->writeMarker(run, &notes, "n", "", 3630.0, 3640.0, 0); }),
+    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().writeMarker(run, &notes, "n", "", {3630.0}, {3640.0}, 0); }),
               Result::HostCallFailed);
     endEdit();
     EXPECT_EQ(notes.getEvents().size(), 2u);
@@ -140,7 +140,7 @@ TEST_F(AdapterFailureTest, AFailedSaveLeavesNoBlockWithoutItsChecksum)
     for (int i = 0; i < 3; ++i) {
         SCOPED_TRACE(i);
         openProject(smallSession());
-        project->computeConformOffset();
+        project->workArea().computeConformOffset();
         host->failures().failCall(calls[i], i == 2 ? 2 : 1);
         EXPECT_EQ(montala::test::thrownCode([&] { project->save(); }), Result::HostCallFailed);
         host->failures().clear();
@@ -151,7 +151,7 @@ TEST_F(AdapterFailureTest, AFailedSaveLeavesNoBlockWithoutItsChecksum)
         EXPECT_FALSE(hasProjectAttribute("Mnts"));
         Project reloaded(hostProject.get(), host.get());
         EXPECT_EQ(montala::test::thrownCode([&] { reloaded.load(); }), Result::Ok);
-        EXPECT_FALSE(reloaded.hasConformOffset());
+        EXPECT_FALSE(reloaded.workArea().hasConformOffset());
         project.reset();
         host->projectManager().closeProject(hostProject.get());
     }

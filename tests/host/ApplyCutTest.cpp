@@ -31,7 +31,7 @@ protected:
     // Every event of every track that lies in the work area.
     size_t eventsInWorkArea()
     {
-        const double workArea = project->getConformOffset() - project->getProjectStart();
+        const double workArea = project->workArea().getConformOffset() - project->getProjectStart();
         size_t count = 0;
         for (Track& each : project->getTracks())
             for (const TrackEvent& e : each.getEvents())
@@ -60,10 +60,10 @@ TEST_F(ApplyCutTest, OneCutCarriesTheOldSoundToItsNewPlaceAndMarksIt)
         oldFx.push_back(heard("FX", 3600.0 + t));
     }
 
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     project->setCaching(true);
     Kelmar::IProjectEdit& run = beginEdit();
-    project->createFolderAndMarkerTracks(run);
+    project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
     core::CutPtr cut = project->createCut(event(1, "01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00"));
     // DX, Notes, Picture and the user's Memos; not FX, nor the tracks the
     // run writes.
@@ -109,9 +109,9 @@ TEST_F(ApplyCutTest, MarkerLengthDecidesPointOrRange)
     openProject(smallSession());
     Kelmar::IProjectEdit& run = beginEdit();
     Track notes = track("Notes");
-    project->writeMarker(run, &notes, "short", "", 3630.0, 3630.01, 7);
-    project->writeMarker(run, &notes, "long", "", 3640.0, 3640.02, 0);
-    EXPECT_EQ(montala::test::thrownCode([&] { project->writeMarker(run, nullptr, "x", "", 0.0, 1.0, 0); }),
+    project->ownTracks().writeMarker(run, &notes, "short", "", {3630.0}, {3630.01}, 7);
+    project->ownTracks().writeMarker(run, &notes, "long", "", {3640.0}, {3640.02}, 0);
+    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().writeMarker(run, nullptr, "x", "", {0.0}, {1.0}, 0); }),
               Result::NotInitialized);
     endEdit();
 
@@ -136,10 +136,10 @@ TEST_F(ApplyCutTest, MarkerLengthDecidesPointOrRange)
 TEST_F(ApplyCutTest, AutomationHoldsThroughAGapButNotThroughOneOfExactlyOneHundredth)
 {
     openProject(smallSession());
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     project->getDataModel().getSettings().setCreateDestinationMarkers(false);
     // Host time of the new timeline's 01:00:00:00 in the work area.
-    const double workArea = project->getConformOffset();
+    const double workArea = project->workArea().getConformOffset();
 
     // Two stretches of the ramp, with a second of nothing between them on
     // the new timeline: 01:00:05:00 to 01:00:06:00.
@@ -149,7 +149,7 @@ TEST_F(ApplyCutTest, AutomationHoldsThroughAGapButNotThroughOneOfExactlyOneHundr
     Kelmar::IProjectEdit& run = beginEdit();
     for (size_t i = 0; i < cuts.size(); ++i)
         project->applyCut(run, *cuts.getCut(i));
-    project->fillVirginTerritories(run, cuts);
+    project->workArea().fillVirginTerritories(run, cuts, nullptr);
     endEdit();
 
     // At the gap's start the ramp stood at 7/20; it holds there until the
@@ -164,7 +164,7 @@ TEST_F(ApplyCutTest, AutomationHoldsThroughAGapButNotThroughOneOfExactlyOneHundr
     for (const core::CutEventPtr& piece : cuts.getCut(1)->getPieces())
         piece->setDstStart(cuts.getCut(0)->getPieces()[0]->getDstEnd() + 0.01);
     Kelmar::IProjectEdit& again = beginEdit();
-    project->fillVirginTerritories(again, cuts);
+    project->workArea().fillVirginTerritories(again, cuts, nullptr);
     endEdit();
     EXPECT_EQ(volume.children().size(), pointsBefore);
 }

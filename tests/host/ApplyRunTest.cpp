@@ -45,7 +45,7 @@ TEST_F(ApplyRunTest, EachPlaceOfTheNewCutPlaysWhatTheOldCutHadThere)
     // Nothing was left in the work area, one day past the material.
     for (Track& track : active().getTracks())
         for (const TrackEvent& event : track.getEvents())
-            EXPECT_LT(event.getEnd(), active().getConformOffset() - active().getProjectStart()) << track.getName();
+            EXPECT_LT(event.getEnd(), active().workArea().getConformOffset() - active().getProjectStart()) << track.getName();
     EXPECT_EQ(pointsFrom(60.0), 0u);
     EXPECT_EQ(hostProject->get().end, 60.0);
 

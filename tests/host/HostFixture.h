@@ -72,7 +72,7 @@ protected:
 
     Track track(const std::string& name)
     {
-        return Track(project.get(), static_cast<Kelmar::ITrack*>(&simTrack(name)));
+        return Track(project ? &project->tracks() : nullptr, static_cast<Kelmar::ITrack*>(&simTrack(name)));
     }
 
     // What a track plays at an absolute time, as "file@position", or "-".

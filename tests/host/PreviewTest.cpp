@@ -144,7 +144,7 @@ TEST_F(PreviewTest, EndingThePreviewPutsTheTransportBackAndClearsTheWorkArea)
     EXPECT_EQ(hostProject->cursor, 2.0);
     EXPECT_FALSE(locked("DX"));
     EXPECT_FALSE(locked("Destination"));
-    EXPECT_FALSE(active().hasConformOffset());
+    EXPECT_FALSE(active().workArea().hasConformOffset());
     EXPECT_EQ(eventsInWorkArea(), 0u);
     EXPECT_EQ(pointsFrom(60.0), 0u);
     EXPECT_EQ(hostProject->get().end, 60.0) << "the project ends where it did";

@@ -30,8 +30,8 @@ protected:
     void openWithOffset()
     {
         openProject(smallSession());
-        project->computeConformOffset();
-        ASSERT_DOUBLE_EQ(project->getConformOffset(), 86400.0);
+        project->workArea().computeConformOffset();
+        ASSERT_DOUBLE_EQ(project->workArea().getConformOffset(), 86400.0);
     }
 
     Kelmar::IPtr<Kelmar::IObjectList> listOf(std::initializer_list<const char*> names)
@@ -47,7 +47,7 @@ protected:
     // Events of any track that reach into the work area.
     size_t eventsInWorkArea()
     {
-        const double workArea = project->getConformOffset() - project->getProjectStart();
+        const double workArea = project->workArea().getConformOffset() - project->getProjectStart();
         size_t count = 0;
         for (Track& each : project->getTracks())
             for (const TrackEvent& e : each.getEvents())
@@ -75,7 +75,7 @@ protected:
 TEST_F(ProjectOperationsTest, MovingHomeLeavesNothingInTheWorkAreaNorOfTheOldArrangement)
 {
     openWithOffset();
-    const double offset = project->getConformOffset();
+    const double offset = project->workArea().getConformOffset();
     std::vector<std::string> firstHalf, secondHalf, oldFx;
     for (double t : {0.5, 4.0, 9.5}) {
         firstHalf.push_back(heard("DX", 3600.0 + t));
@@ -85,11 +85,11 @@ TEST_F(ProjectOperationsTest, MovingHomeLeavesNothingInTheWorkAreaNorOfTheOldArr
 
     // The new cut swaps the two takes of DX; built in the work area.
     Kelmar::IProjectEdit& run = beginEdit();
-    project->copyRange(run, 3610.0, 3620.0, offset + 3600.0, listOf({"DX"}).get());
-    project->copyRange(run, 3600.0, 3610.0, offset + 3610.0, listOf({"DX"}).get());
+    project->workArea().copyRange(run, {3610.0}, {3620.0}, {offset + 3600.0}, listOf({"DX"}).get());
+    project->workArea().copyRange(run, {3600.0}, {3610.0}, {offset + 3610.0}, listOf({"DX"}).get());
     ASSERT_EQ(eventsInWorkArea(), 2u);
     std::vector<Track> dxOnly{track("DX")};
-    project->moveBack(run, offset, 0.0, offset, dxOnly);
+    project->workArea().moveBack(run, {offset}, {0.0}, offset, dxOnly);
     endEdit();
 
     EXPECT_EQ(eventsInWorkArea(), 0u);
@@ -109,13 +109,13 @@ TEST_F(ProjectOperationsTest, MovingHomeLeavesNothingInTheWorkAreaNorOfTheOldArr
 TEST_F(ProjectOperationsTest, ClearingTheWorkAreaUnlocksAndKeepsHome)
 {
     openWithOffset();
-    const double offset = project->getConformOffset();
+    const double offset = project->workArea().getConformOffset();
     const std::string doorBefore = heard("FX", 3606.0);
 
     // A preview's state: its pieces in the work area, the tracks it took
     // locked.
     Kelmar::IProjectEdit& preview = beginEdit();
-    project->copyRange(preview, 3600.0, 3620.0, offset + 3600.0, listOf({"DX", "FX", "Notes"}).get());
+    project->workArea().copyRange(preview, {3600.0}, {3620.0}, {offset + 3600.0}, listOf({"DX", "FX", "Notes"}).get());
     endEdit();
     project->collectLockedTracks();
     project->setTracksLocked(true);
@@ -143,7 +143,7 @@ TEST_F(ProjectOperationsTest, PreviewLocksWhatTookPartAndMontalasTracksButNeverM
     project->getDataModel().getVideoList().addEntry(
         core::VideoList::Entry("/media/new.mov", core::Timecode(1, 0, 0, 0), core::Timecode(0, 0, 10, 0)));
     Kelmar::IProjectEdit& run = beginEdit();
-    project->createFolderAndMarkerTracks(run);
+    project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
     project->createVideoTrack(run);
     endEdit();
     // The user locked FX himself: it takes no part, and the preview leaves
@@ -196,40 +196,40 @@ TEST_F(ProjectOperationsTest, PreviewGrowsTheProjectOneDayPastTheWorkArea)
     EXPECT_DOUBLE_EQ(project->getProjectEnd(), start + 60.0);
 
     // Without a preview the project stays as it is.
-    project->extendProjectEnd(false);
+    project->workArea().extendProjectEnd(false);
     EXPECT_DOUBLE_EQ(project->getProjectEnd(), start + 60.0);
 
     // Material ends within the first day: the project reaches a whole day
     // past the work area's start.
     project->getDataModel().setPreviewActive(true);
-    project->extendProjectEnd(false);
+    project->workArea().extendProjectEnd(false);
     EXPECT_DOUBLE_EQ(project->getProjectEnd(), 2 * 86400.0);
     // Long enough already: nothing changes, not even to shrink it.
-    project->extendProjectEnd(true);
+    project->workArea().extendProjectEnd(true);
     EXPECT_DOUBLE_EQ(project->getProjectEnd(), 2 * 86400.0);
 }
 
 TEST_F(ProjectOperationsTest, DetectorMarkersLandOnTheirTracksInTheWorkArea)
 {
     openWithOffset();
-    const double offset = project->getConformOffset();
+    const double offset = project->workArea().getConformOffset();
     project->getDataModel().getSettings().setCreateSnippetMarkers(false);
     Kelmar::IProjectEdit& run = beginEdit();
-    project->createFolderAndMarkerTracks(run);
+    project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
     const std::vector<core::InformationEntry> entries = {
         {3602.0, 3604.0, "Insert REEL7", core::InformationKind::Insert},
         {3605.0, 3605.0, "Overlap on DX", core::InformationKind::Overlap},
         {3606.0, 3607.0, "Dissolve", core::InformationKind::Transition},
     };
-    project->generateMarkers(run, entries);
+    project->ownTracks().generateMarkers(run, entries, project->workArea(), nullptr);
 
     // No track for snippets: the marker has nowhere to go. A kind without a
     // track of its own is refused.
     const std::vector<core::InformationEntry> snippet = {{3608.0, 3609.0, "Snippet", core::InformationKind::Snippet}};
-    EXPECT_EQ(montala::test::thrownCode([&] { project->generateMarkers(run, snippet); }), Result::NotInitialized);
+    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().generateMarkers(run, snippet, project->workArea(), nullptr); }), Result::NotInitialized);
     const std::vector<core::InformationEntry> strange = {
         {3608.0, 3609.0, "?", static_cast<core::InformationKind>(42)}};
-    EXPECT_EQ(montala::test::thrownCode([&] { project->generateMarkers(run, strange); }), Result::InvalidArgument);
+    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().generateMarkers(run, strange, project->workArea(), nullptr); }), Result::InvalidArgument);
     endEdit();
 
     std::vector<Track> markers = project->getTracks("marker");
@@ -256,7 +256,7 @@ protected:
         ProjectOperationsTest::SetUp();
         openWithOffset();
         // The new 01:00:00:00 lies one offset past the project start.
-        workArea = project->getConformOffset();
+        workArea = project->workArea().getConformOffset();
         project->getDataModel().setPreviewActive(true);
         core::EventList events(core::EventList::ChangeKind);
         {
@@ -265,9 +265,9 @@ protected:
         }
         project->setPreviewEvents(events);
         Kelmar::IProjectEdit& run = beginEdit();
-        project->createFolderAndMarkerTracks(run);
+        project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
         endEdit();
-        memos = project->markerTrack(TrackType::Memos);
+        memos = project->ownTracks().markerTrack(TrackType::Memos);
     }
 
     // The track listens to its project: it lets go before the project goes.
@@ -321,8 +321,8 @@ TEST_F(MemoTest, MemosWrittenInTheWorkAreaReachTheOldTimelineWithTheirIds)
     // that is 12 s to 13 s. A second memo starts before the event's place in
     // the work area and is held to the event's start.
     userEdit([&](Kelmar::IProjectEdit& group) {
-        project->writeMarker(group, &memos, "breath", "", project->getConformOffset() + 3602.0,
-                             project->getConformOffset() + 3603.0, 0);
+        project->ownTracks().writeMarker(group, &memos, "breath", "", project->workArea().behindEnd({3602.0}),
+                                         project->workArea().behindEnd({3603.0}), 0);
     });
     const std::vector<Memo> source = memosIn(10.0, 20.0);
     ASSERT_EQ(source.size(), 1u);
@@ -363,9 +363,9 @@ TEST_F(MemoTest, AMemoWithAnIdFromElsewhereGetsAFreshOne)
     // the old timeline it is a new memo and must not share an id with the
     // one it came from.
     userEdit([&](Kelmar::IProjectEdit& group) {
-        project->writeMarker(group, &memos, "elsewhere", "", 3630.0, 3631.0, 1);
-        project->writeMarker(group, &memos, "copied", "", project->getConformOffset() + 3605.0,
-                             project->getConformOffset() + 3606.0, 1);
+        project->ownTracks().writeMarker(group, &memos, "elsewhere", "", {3630.0}, {3631.0}, 1);
+        project->ownTracks().writeMarker(group, &memos, "copied", "", project->workArea().behindEnd({3605.0}),
+                                         project->workArea().behindEnd({3606.0}), 1);
     });
     const std::vector<Memo> source = memosIn(10.0, 20.0);
     ASSERT_EQ(source.size(), 1u);
@@ -385,8 +385,8 @@ TEST_F(MemoTest, EditsTellTheListenersAndLeaveMemosAloneWithoutAPreview)
     project->addListener(&counter);
     project->getDataModel().setPreviewActive(false);
     userEdit([&](Kelmar::IProjectEdit& group) {
-        project->writeMarker(group, &memos, "later", "", project->getConformOffset() + 3602.0,
-                             project->getConformOffset() + 3603.0, 0);
+        project->ownTracks().writeMarker(group, &memos, "later", "", project->workArea().behindEnd({3602.0}),
+                                         project->workArea().behindEnd({3603.0}), 0);
     });
     project->removeListener(&counter);
     EXPECT_EQ(counter.edited, 1);

@@ -69,37 +69,37 @@ TEST_F(ProjectTest, RateDayLengthOffsetAndEditRange)
     openProject(smallSession());
     EXPECT_EQ(project->getFramerate().fps, 25);
     EXPECT_EQ(project->getFramerate().dropMode, 0);
-    EXPECT_DOUBLE_EQ(Project::dayLength(), 86400.0);
+    EXPECT_DOUBLE_EQ(WorkArea::dayLength(), 86400.0);
     EXPECT_DOUBLE_EQ(project->getProjectStart(), at25(1, 0, 0));
     EXPECT_DOUBLE_EQ(project->getProjectEnd(), at25(1, 1, 0));
 
     // Material ends at 01:00:30:00: the work area begins at the next whole day.
-    EXPECT_FALSE(project->hasConformOffset());
+    EXPECT_FALSE(project->workArea().hasConformOffset());
     double start = -1.0, end = -1.0;
-    EXPECT_EQ(montala::test::thrownCode([&] { project->getEditRange(start, end); }), Result::NotInitialized);
-    project->computeConformOffset();
-    EXPECT_DOUBLE_EQ(project->getConformOffset(), 86400.0);
+    EXPECT_EQ(montala::test::thrownCode([&] { project->workArea().getEditRange(start, end); }), Result::NotInitialized);
+    project->workArea().computeConformOffset();
+    EXPECT_DOUBLE_EQ(project->workArea().getConformOffset(), 86400.0);
 
-    project->getEditRange(start, end);
+    project->workArea().getEditRange(start, end);
     EXPECT_EQ(start, 0.0);
     EXPECT_EQ(end, 86400.0);
     project->getDataModel().getSettings().setRestrictRange(true);
     project->getDataModel().getSettings().setRestrictedRange(at25(1, 0, 5), at25(1, 0, 15));
-    project->getEditRange(start, end);
+    project->workArea().getEditRange(start, end);
     EXPECT_EQ(start, at25(1, 0, 5));
     EXPECT_EQ(end, at25(1, 0, 15));
 
-    project->clearConformOffset();
-    EXPECT_FALSE(project->hasConformOffset());
+    project->workArea().clearConformOffset();
+    EXPECT_FALSE(project->workArea().hasConformOffset());
 
     // A pulled rate makes a day of timecode 1.001 times as long.
     hostProject->setFrameRate(sim::SimFrameRate{30, true, false});
     project->updateFramerate();
     EXPECT_TRUE(project->getFramerate().pulled);
-    EXPECT_NEAR(Project::dayLength(), 86486.4, 1e-6);
+    EXPECT_NEAR(WorkArea::dayLength(), 86486.4, 1e-6);
     hostProject->setFrameRate(sim::SimFrameRate{25, false, false});
     project->updateFramerate();
-    EXPECT_DOUBLE_EQ(Project::dayLength(), 86400.0);
+    EXPECT_DOUBLE_EQ(WorkArea::dayLength(), 86400.0);
 }
 
 TEST_F(ProjectTest, TracksInTreeOrderWithoutFoldersAndRulers)
@@ -118,7 +118,7 @@ TEST_F(ProjectTest, TracksInTreeOrderWithoutFoldersAndRulers)
     EXPECT_EQ(names, (std::vector<std::string>{"A", "M", "V"}));
     ASSERT_EQ(project->getTracks("marker").size(), 1u);
     EXPECT_EQ(project->getTracks("marker")[0].getName(), "M");
-    EXPECT_EQ(project->trackList().size(), 5u);
+    EXPECT_EQ(project->tracks().trackList().size(), 5u);
 
     // With caching on, a track that leaves the project is still listed
     // until the cache is rebuilt; a track wrapper notices through its flags.
@@ -126,8 +126,8 @@ TEST_F(ProjectTest, TracksInTreeOrderWithoutFoldersAndRulers)
     Track audio = project->getTracks()[0];
     EXPECT_TRUE(audio.isValid());
     project->setCaching(false);
-    EXPECT_TRUE(project->containsTrack(audio));
-    EXPECT_FALSE(project->containsTrack(Track()));
+    EXPECT_TRUE(project->tracks().containsTrack(audio));
+    EXPECT_FALSE(project->tracks().containsTrack(Track()));
 }
 
 TEST_F(ProjectTest, LocatorsAbsoluteMoveBothBackByATenth)
@@ -148,7 +148,7 @@ TEST_F(ProjectTest, SavedBlockComesBackThroughTheSessionFile)
 {
     openProject(smallSession());
     project->getDataModel().getSettings().setCreateOverlapMarkers(false);
-    project->computeConformOffset();
+    project->workArea().computeConformOffset();
     project->save();
     const std::vector<uint8_t> before = storedModel();
     const std::string text = saved(*hostProject);
@@ -159,7 +159,7 @@ TEST_F(ProjectTest, SavedBlockComesBackThroughTheSessionFile)
     project = std::make_unique<Project>(hostProject.get(), host.get());
     EXPECT_EQ(loadCode(), Result::Ok);
     EXPECT_EQ(storedModel(), before);
-    EXPECT_DOUBLE_EQ(project->getConformOffset(), 86400.0);
+    EXPECT_DOUBLE_EQ(project->workArea().getConformOffset(), 86400.0);
 }
 
 TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
@@ -168,7 +168,7 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
     std::vector<uint8_t> good;
     {
         core::DataModel model;
-        model.setProperty(Project::conformOffsetKey, core::Variant(86400.0));
+        model.setProperty(WorkArea::conformOffsetKey, core::Variant(86400.0));
         core::serialize::SerializationTree tree;
         tree.writeObject(model);
         good = tree.getBytes();
@@ -203,7 +203,7 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
         const Result::Type code = loadCode();
         EXPECT_EQ(code, c.code);
         EXPECT_EQ(Project::loadFailureMessage(code), c.message);
-        EXPECT_FALSE(project->hasConformOffset());
+        EXPECT_FALSE(project->workArea().hasConformOffset());
         EXPECT_TRUE(project->getDataModel().getProperties().empty());
         EXPECT_TRUE(project->getLockedTracks().empty());
         EXPECT_EQ(projectInteger("Mnts"), c.checksum);
@@ -227,7 +227,7 @@ TEST_F(ProjectTest, BadBlocksLeaveTheModelEmptyAndTheProjectUnchanged)
     // The good block loads, and the track the preview had locked is known again.
     openProject(sessionWithBlock(good, checksumOf(good)));
     EXPECT_EQ(loadCode(), Result::Ok);
-    EXPECT_DOUBLE_EQ(project->getConformOffset(), 86400.0);
+    EXPECT_DOUBLE_EQ(project->workArea().getConformOffset(), 86400.0);
     EXPECT_EQ(project->getLockedTracks().size(), 1u);
 }
 

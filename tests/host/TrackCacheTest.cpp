@@ -55,7 +55,7 @@ TEST_F(TrackCacheTest, EditsThroughTheProjectReachEveryWrapperOfTheTrack)
     // The door's first two seconds copied to 3601: a wrapper made before the
     // copy and one made after it both find them under 3602.
     Kelmar::IProjectEdit& edit = beginEdit();
-    project->copyRange(edit, 3604.0, 3606.0, 3601.0, listOf("FX").get());
+    project->workArea().copyRange(edit, {3604.0}, {3606.0}, {3601.0}, listOf("FX").get());
     Track second = track("FX");
     EXPECT_EQ(span(around(second, 3602.0).at), Span(3601.0, 3603.0));
     EXPECT_EQ(span(around(first, 3602.0).at), Span(3601.0, 3603.0));
@@ -64,16 +64,16 @@ TEST_F(TrackCacheTest, EditsThroughTheProjectReachEveryWrapperOfTheTrack)
     // Moving the door to 3620 the way a run moves home: copied there, and
     // its old place deleted.
     std::vector<Track> tracks{first};
-    project->moveBack(edit, 3604.0, 3620.0, 12.0, tracks);
+    project->workArea().moveBack(edit, {3604.0}, {3620.0}, 12.0, tracks);
     const Around moved = around(second, 3605.0);
     EXPECT_EQ(span(moved.before), Span(3601.0, 3603.0));
     EXPECT_TRUE(moved.at.isEmpty());
     EXPECT_EQ(span(moved.after), Span(3620.0, 3632.0));
 
     // A piece in the work area, then the work area cleared.
-    project->computeConformOffset();
-    const double offset = project->getConformOffset();
-    project->copyRange(edit, 3620.0, 3632.0, offset + 3604.0, listOf("FX").get());
+    project->workArea().computeConformOffset();
+    const double offset = project->workArea().getConformOffset();
+    project->workArea().copyRange(edit, {3620.0}, {3632.0}, {offset + 3604.0}, listOf("FX").get());
     EXPECT_EQ(span(around(first, offset + 3605.0).at), Span(offset + 3604.0, offset + 3616.0));
     project->clearWorkArea(edit);
     EXPECT_TRUE(around(first, offset + 3605.0).at.isEmpty());
@@ -86,7 +86,7 @@ TEST_F(TrackCacheTest, AnEditOutsideMontalaIsSeenByTheNextRead)
     // host's report; the chains read before it are forgotten.
     startOn(smallSession());
     active().setCaching(true);
-    Track fx(&active(), static_cast<Kelmar::ITrack*>(&simTrack("FX")));
+    Track fx(&active().tracks(), static_cast<Kelmar::ITrack*>(&simTrack("FX")));
     EXPECT_TRUE(around(fx, 3602.0).at.isEmpty());
     sim::SimUser user(*host);
     ASSERT_TRUE(user.moveEvent(*simTrack("FX").children()[0], 0.0));
