@@ -5,9 +5,9 @@
 #include "host/FileBrowserDialog.h"
 #include "host/HostCalls.h"
 #include "host/MediaPool.h"
-#include "host/ProgressHandler.h"
 #include "host/Project.h"
 #include "host/StringTranslator.h"
+#include "host/TakingPart.h"
 
 #include "core/services/AlertWindowBase.h"
 #include "core/model/PropertyKeys.h"
@@ -53,18 +53,6 @@ Kelmar::IPtr<Kelmar::ITimeParameter> cycleEdge(Kelmar::ITransport* transport, co
 {
     Kelmar::IPtr<Kelmar::FUnknown> parameter = Kelmar::owned(require(transport).getParameter(name));
     return queryRequired<Kelmar::ITimeParameter>(parameter.get());
-}
-
-TrackType markerTrackOf(core::InformationKind kind)
-{
-    switch (kind) {
-    case core::InformationKind::Insert: return TrackType::Insert;
-    case core::InformationKind::Transition: return TrackType::Transition;
-    case core::InformationKind::AutomationWarning: return TrackType::AutomationWarning;
-    case core::InformationKind::Snippet: return TrackType::Snippet;
-    case core::InformationKind::Overlap: return TrackType::Overlap;
-    }
-    throw Result::InvalidArgument;
 }
 
 } // namespace
@@ -294,7 +282,7 @@ Kelmar::tresult Host::projectEdited(Kelmar::IProject* project, Kelmar::IProjectE
 {
     // A run's own edits are no user's; a project in the background is not
     // followed until it is active again.
-    if (busy || !activeProject || !project || activeProject->getHostProject() != project)
+    if (isBusy() || !activeProject || !project || activeProject->getHostProject() != project)
         return Kelmar::kResultOk;
     try {
         core::ScopedFramerateProvider provider(activeProject);
@@ -307,7 +295,7 @@ Kelmar::tresult Host::projectEdited(Kelmar::IProject* project, Kelmar::IProjectE
 
 void Host::update(Kelmar::FUnknown* changed, Kelmar::int32)
 {
-    if (busy)
+    if (isBusy())
         return;
     auto settingsChange = Kelmar::queryInterface<Kelmar::IProjectSettingsChange>(changed);
     if (!settingsChange)
@@ -346,197 +334,44 @@ Project& Host::requireProject()
 Kelmar::tresult Host::onIdle()
 {
     // The video provider's idle work comes here once there is one.
-    if (busy)
+    if (isBusy())
         return Kelmar::kResultOk;
     if (applyRequested) {
-        runApply();
+        carryOut(RunSummary::Kind::Apply);
         applyRequested = false;
         notify(core::ActionChangeContext(1));
     }
     if (previewRequested) {
-        runPreview();
+        carryOut(RunSummary::Kind::Preview);
         previewRequested = false;
         notify(core::ActionChangeContext(0));
     }
     return Kelmar::kResultOk;
 }
 
-Kelmar::IProjectEdit& Host::currentEdit()
+void Host::carryOut(RunSummary::Kind kind)
 {
-    if (!runProjectEdit)
-        throw Result::NotInitialized;
-    return *runProjectEdit;
-}
-
-Result::Type Host::runInEdit(Project& project, const char16_t* title, const char16_t* incompleteTitle,
-                             const EditWork& work)
-{
-    Kelmar::IProject* hostProject = project.getHostProject();
-    try {
-        runEdit = getService<Kelmar::IRangeEdit>(context.get());
-        runProjectEdit = queryRequired<Kelmar::IProjectEdit>(runEdit.get());
-        check(runProjectEdit->beginEdit(1));
-        // What the work gives back is its answer, not a failure of the
-        // group: the group closes under its normal title either way.
-        const Result::Type answer = work(*runProjectEdit);
-        const std::u16string closing = StringUtil::translate(title);
-        check(runProjectEdit->endEdit(hostProject, closing.c_str()));
-        runProjectEdit.reset();
-        runEdit.reset();
-        return answer;
-    } catch (Result::Type code) {
-        // One way out for every failure: the group closes under a name that
-        // says it is partial, and the host's undo can take it back.
-        if (runProjectEdit) {
-            std::u16string closing = incompleteTitle;
-            try {
-                closing = StringUtil::translate(incompleteTitle);
-            } catch (Result::Type) {
-            }
-            runProjectEdit->endEdit(hostProject, closing.c_str());
-            if (running)
-                running->incomplete = true;
-        }
-        runProjectEdit.reset();
-        runEdit.reset();
-        return code;
-    }
-}
-
-void Host::describeTracks(Project& project, RunSummary& summary)
-{
-    const bool selectedOnly = project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
-    for (Track& track : project.getTracks()) {
-        if (MontalaTracks::isMontalaTrack(track))
-            continue;
-        if (track.isLocked())
-            summary.tracksLeftOut.push_back({track.getName(), RunSummary::LeftOut::Locked});
-        else if (selectedOnly && !track.isSelected())
-            summary.tracksLeftOut.push_back({track.getName(), RunSummary::LeftOut::NotSelected});
-        else
-            summary.tracksTakingPart.push_back(track.getName());
-    }
-}
-
-Result::Type Host::runFramed(RunSummary::Kind kind, const RunWork& work)
-{
-    RunSummary summary;
-    summary.kind = kind;
     if (!activeProject) {
         // The project was closed while the request waited for this call.
-        summary.result = Result::NoProject;
-        lastRunSummary = summary;
-        return summary.result;
+        lastRunSummary = RunSummary();
+        lastRunSummary.kind = kind;
+        lastRunSummary.result = Result::NoProject;
+        return;
     }
-    const bool applying = kind == RunSummary::Kind::Apply;
-    Project& project = *activeProject;
-    core::DataModel& model = project.getDataModel();
-    running = &summary;
-    ProgressHandler handler(context.get());
-    Kelmar::IPtr<Kelmar::IApplicationState> application;
-    Result::Type result = Result::Ok;
-    try {
-        project.setCaching(true);
-        if (!project.workArea().hasConformOffset())
-            project.workArea().computeConformOffset();
-        // A preview leaves the transport alone: the user may be listening.
-        if (applying && transport && transport->isPlaying())
-            transport->stop();
-        progress = &handler;
-        project.setProgress(&handler);
-        application = getService<Kelmar::IApplicationState>(context.get());
-        application->setBusy(true);
-        // Only an apply can be cancelled: the host's undo takes it back.
-        const core::EventList& events = applying ? model.getChangeList() : previewList;
-        handler.start(StringUtil::translate(applying ? u"Processing Project" : u"Project Preview"),
-                      countSteps(static_cast<int64_t>(events.getSize()), model.getSettings(), 1), applying);
-        describeTracks(project, summary);
-        busy = true;
-        result = work(project, summary);
-        busy = false;
-    } catch (Result::Type code) {
-        result = code;
-    }
-    busy = false;
-    try {
-        handler.finish();
-    } catch (Result::Type) {
-        // Never opened.
-    }
-    if (application)
-        application->setBusy(false);
-    progress = nullptr;
-    project.setProgress(nullptr);
-    project.setCaching(false);
-    running = nullptr;
-    summary.result = result;
-    lastRunSummary = summary;
-    return result;
+    ConformRun made(*activeProject, context.get(), kind);
+    run = &made;
+    lastRunSummary = kind == RunSummary::Kind::Apply ? made.apply(*this, transport.get())
+                                                    : made.preview(*this, previewRequest);
+    run = nullptr;
 }
 
-Result::Type Host::runApply()
+ConformRun& Host::currentRun()
 {
-    return runFramed(RunSummary::Kind::Apply, [this](Project& project, RunSummary& summary) {
-        const bool selectedOnly =
-            project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
-        const Result::Type result =
-            runInEdit(project, u"Apply Montala", u"Apply Montala (incomplete)", [&](Kelmar::IProjectEdit& edit) {
-                // The model's step joins the group when the command goes, at
-                // the end of this scope, before the group closes.
-                std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
-                project.ownTracks().createFolderAndMarkers(edit, project.getDataModel().getSettings());
-                // The conform catches its own failures: what it did stays,
-                // and its code is the run's answer.
-                const Result::Type conformed = conform(project.getDataModel().getChangeList());
-                project.createVideoTrack(edit);
-                // The new picture goes on its track here once there is a
-                // video provider.
-                double start = 0.0;
-                double end = 0.0;
-                project.workArea().getEditRange(start, end);
-                project.finishRange(edit, start, end, selectedOnly);
-                return conformed;
-            });
-        busy = false;
-
-        if (result == Result::Cancelled) {
-            // The host takes the whole group back at once, the model's step
-            // with it.
-            auto actions = getService<Kelmar::IActionManager>(context.get());
-            summary.undone = actions->invoke("Edit", "Undo") == Kelmar::kResultOk;
-        }
-        return result;
-    });
-}
-
-Result::Type Host::runPreview()
-{
-    return runFramed(RunSummary::Kind::Preview, [this](Project& project, RunSummary& summary) {
-        const bool selectedOnly =
-            project.getDataModel().getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
-        Result::Type result = runInEdit(project, u"Preview", u"Preview (incomplete)", [&](Kelmar::IProjectEdit& edit) {
-            // Undo goes back to the model as it was before the preview was
-            // asked for, not to the model of this moment.
-            std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit, previewSnapshot);
-            project.createVideoTrack(edit);
-            project.ownTracks().createFolderAndMarkers(edit, project.getDataModel().getSettings());
-            project.ownTracks().numberMemos(project.workArea());
-            const Result::Type previewed =
-                core::MontalerBase::preview(previewList, previewFirst, previewLast, previewDestination);
-            // The new picture goes into the work area here once there is a
-            // video provider.
-            project.finishRange(edit, project.workArea().getConformOffset(), project.getProjectEnd(), selectedOnly);
-            return previewed;
-        });
-        if (!summary.incomplete) {
-            project.collectLockedTracks();
-            const Result::Type shown = showPreview(previewList, previewFirst, previewLast, previewDestination);
-            if (result == Result::Ok)
-                result = shown;
-            project.setPreviewEvents(previewList);
-        }
-        return result;
-    });
+    if (!activeProject)
+        throw Result::NoProject;
+    if (!run)
+        throw Result::NotInitialized;
+    return *run;
 }
 
 // ---- Requests from the window
@@ -571,10 +406,11 @@ Result::Type Host::startPreview(const core::EventList& events, size_t first, siz
         if (code != Result::Ok)
             return code;
         core::DataModel& model = project.getDataModel();
-        previewList = events;
-        previewFirst = first;
-        previewLast = last;
-        previewDestination = showDestination;
+        previewRequest.events = events;
+        previewRequest.first = first;
+        previewRequest.last = last;
+        previewRequest.showDestination = showDestination;
+        core::serialize::SerializationTree& previewSnapshot = previewRequest.snapshot;
         previewSnapshot.clear();
         // The state an undo of the preview goes back to is the one before
         // the user turned the preview on: a preview just started is stored
@@ -718,21 +554,23 @@ Result::Type Host::endPreview(bool keepName)
         return Result::Ok;
     // Taking the work area away is Montala's own edit: the memo mirroring
     // must not read it as the user's.
-    const bool wasBusy = busy;
-    busy = true;
-    const Result::Type code =
-        runInEdit(project, keepName ? u"End Preview" : u"Delete Preview Range",
-                  keepName ? u"End Preview (incomplete)" : u"Delete Preview Range (incomplete)",
-                  [&](Kelmar::IProjectEdit& edit) {
-                      std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
-                      // The preview's picture leaves the work area here once
-                      // there is a video provider.
-                      throwIfFailed(core::MontalerBase::deletePreview());
-                      project.workArea().restoreProjectEnd();
-                      project.workArea().clearConformOffset();
-                      return Result::Ok;
-                  });
-    busy = wasBusy;
+    const bool wasEnding = endingPreview;
+    endingPreview = true;
+    bool incomplete = false;
+    const Result::Type code = ConformRun::inEditGroup(
+        context.get(), project.getHostProject(), keepName ? u"End Preview" : u"Delete Preview Range",
+        keepName ? u"End Preview (incomplete)" : u"Delete Preview Range (incomplete)",
+        [&](Kelmar::IProjectEdit& edit) {
+            std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
+            // The preview's picture leaves the work area here once there is
+            // a video provider.
+            project.clearWorkArea(edit);
+            project.workArea().restoreProjectEnd();
+            project.workArea().clearConformOffset();
+            return Result::Ok;
+        },
+        incomplete);
+    endingPreview = wasEnding;
     return code;
 }
 
@@ -808,13 +646,7 @@ Result::Type Host::checkTracks()
         core::DataModel& model = activeProject->getDataModel();
         if (model.getChangeList().getSize() == 0)
             return Result::EmptyChangeList;
-        std::vector<Track> tracks = activeProject->getTracks();
-        if (tracks.empty())
-            return Result::NoTracks;
-        if (model.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks
-            && std::none_of(tracks.begin(), tracks.end(), [](const Track& track) { return track.isSelected(); }))
-            return Result::NoSelectedTracks;
-        return Result::Ok;
+        return TakingPart::refusal(*activeProject, model.getSettings());
     } catch (Result::Type code) {
         return code;
     }
@@ -824,54 +656,34 @@ Result::Type Host::checkTracks()
 
 Result::Type Host::clearWorkArea()
 {
-    if (!activeProject)
-        return Result::NoProject;
-    activeProject->clearWorkArea(currentEdit());
+    try {
+        currentRun().clearWorkArea();
+    } catch (Result::Type code) {
+        return code;
+    }
     return Result::Ok;
 }
 
 Result::Type Host::applyCut(core::Cut& cut)
 {
-    if (!activeProject)
-        return Result::NoProject;
-    if (progress && progress->isCancelled())
-        throw Result::Cancelled;
-    activeProject->applyCut(currentEdit(), cut);
-    if (running && cut.getEvent()) {
-        ++running->eventsApplied;
-        if (activeProject->getDataModel().getSettings().getCreateDestinationMarkers())
-            ++running->markersWritten[TrackType::Destination];
-    }
+    currentRun().applyCut(cut);
     return Result::Ok;
 }
 
 core::CutPtr Host::createCut(const core::EventPtr& event)
 {
-    return requireProject().createCut(event);
+    return currentRun().createCut(event);
 }
 
 Result::Type Host::complete()
 {
-    Project& project = requireProject();
-    if (progress)
-        progress->setText(StringUtil::translate(u"Completing"));
-    project.complete(currentEdit());
+    currentRun().complete();
     return Result::Ok;
 }
 
 Result::Type Host::generateMarkers(const std::vector<core::InformationEntry>& entries)
 {
-    if (!activeProject)
-        return Result::NoProject;
-    if (progress) {
-        // Left untranslated, as it has always been.
-        progress->setText(u"Generate Markers");
-        progress->addSteps(static_cast<int64_t>(entries.size()));
-    }
-    activeProject->ownTracks().generateMarkers(currentEdit(), entries, activeProject->workArea(), progress);
-    if (running)
-        for (const core::InformationEntry& entry : entries)
-            ++running->markersWritten[markerTrackOf(entry.kind)];
+    currentRun().generateMarkers(entries);
     return Result::Ok;
 }
 
@@ -891,16 +703,11 @@ core::SnippetContext Host::getSnippetContext()
 
 Result::Type Host::applyCuts(core::CutList& cuts)
 {
-    if (!activeProject)
-        return Result::NoProject;
+    ConformRun& current = currentRun();
     const Result::Type code = core::MontalerBase::applyCuts(cuts);
     if (code != Result::Ok)
         return code;
-    if (activeProject->getDataModel().getSettings().getCreateVirginTerritories()) {
-        if (progress)
-            progress->setText(StringUtil::translate(u"Virgin Territories"));
-        activeProject->workArea().fillVirginTerritories(currentEdit(), cuts, progress);
-    }
+    current.fillVirginTerritories(cuts);
     return Result::Ok;
 }
 
@@ -916,14 +723,10 @@ int64_t Host::countSteps(int64_t eventCount, const core::Settings& settings, int
 {
     if (!activeProject)
         return 0;
-    int64_t tracks = 0;
-    const bool selectedOnly = settings.getApplyTo() == core::ApplyTo::SelectedTracks;
-    for (const Track& track : activeProject->getTracks())
-        if (!selectedOnly || track.isSelected())
-            ++tracks;
-    // A run makes the Memos track when there is none, and carries it along.
-    if (!selectedOnly && !activeProject->ownTracks().hasMarkerTrack(TrackType::Memos))
-        ++tracks;
+    // As many tracks as each cut has pieces on: the run's own choice while
+    // one goes.
+    const int64_t tracks =
+        run ? run->takingPart().piecesPerCut() : TakingPart(*activeProject, settings).piecesPerCut();
     const int64_t detectors = core::MontalerBase::countSteps(eventCount, settings, tracks);
     // An apply advances once more per track than it has events: the cut
     // pieces, then the moving home.

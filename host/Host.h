@@ -5,6 +5,7 @@
 #include "core/events/EventList.h"
 #include "core/conform/MontalerBase.h"
 #include "core/serialize/SerializationTree.h"
+#include "host/ConformRun.h"
 #include "host/RunSummary.h"
 #include "util/Result.h"
 #include "util/StringUtil.h"
@@ -17,10 +18,8 @@
 #include "kelmar/project/IProjectNotification.h"
 #include "kelmar/project/IProjectStorageNotification.h"
 #include "kelmar/base/IPtr.h"
-#include "kelmar/edit/IRangeEdit.h"
 #include "kelmar/project/ITransport.h"
 
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,21 +34,17 @@ class StringTranslator;
 class VideoProvider;
 
 // The one object between the logic and the host. It follows the host's
-// projects and keeps a Project for each, carries out the conform driver's
-// slots on the active one, runs apply and preview, makes the data model's
-// undo steps and passes the model's change notices on to the window.
+// projects and keeps a Project for each, passes the model's change notices on
+// to the window, makes the data model's undo steps, and carries out the
+// conform driver's slots: those of a run on the ConformRun under way, the others on
+// the active project.
 //
 // A run is split from the request on purpose: startConform and preview only
 // set a flag, and the next onIdle does the work, on a clean call stack of the
 // host's main thread:
 //
-//   startConform ---> applyRequested ---> onIdle: apply run ---> lastRun()
-//   preview      ---> previewRequested -> onIdle: preview run -> lastRun()
-//
-// An apply run is one group on the host's undo list, "Apply Montala", with
-// the model's step inside it, so that one undo takes back both. A cancel ends
-// in the host's own undo of that group; a failure outside the conform itself
-// closes the group as "Apply Montala (incomplete)".
+//   startConform ---> applyRequested ---> onIdle: ConformRun::apply ---> lastRun()
+//   preview      ---> previewRequested -> onIdle: ConformRun::preview -> lastRun()
 //
 // A program drives it as the host would: construct it over the host's
 // services (projects already open are adopted), call startConform, call
@@ -150,36 +145,21 @@ public:
     // The Project of a host project; null for one not known.
     Project* findProject(Kelmar::IProject* project) const;
     size_t getProjectCount() const { return projects.size(); }
-    bool isBusy() const { return busy; }
+    // A run's or an ended preview's own edits are under way.
+    bool isBusy() const { return endingPreview || (run && run->isEditing()); }
     // A run was asked for and the next onIdle carries it out.
     bool isRunPending() const { return applyRequested || previewRequested; }
     // The last apply or preview carried out by onIdle.
     const RunSummary& lastRun() const { return lastRunSummary; }
 
 private:
-    // The run's steps inside one undo group; see runInEdit.
-    using EditWork = std::function<util::Result::Type(Kelmar::IProjectEdit&)>;
-
-    // What a run does once its frame is set up: given the project and the
-    // run's summary, answers the run's result.
-    using RunWork = std::function<util::Result::Type(Project&, RunSummary&)>;
-
-    util::Result::Type runApply();
-    util::Result::Type runPreview();
-    // The frame both runs share: the progress window, the host's busy state
-    // and the project's caching are on around `work`, and off again on every
-    // way out; lastRun() holds the summary afterwards.
-    util::Result::Type runFramed(RunSummary::Kind kind, const RunWork& work);
-    // Opens one undo group on the project, does `work` in it and closes it
-    // under `title`. A throw closes it under `incompleteTitle` and is the
-    // answer; otherwise the answer is what `work` gave back.
-    util::Result::Type runInEdit(Project& project, const char16_t* title, const char16_t* incompleteTitle,
-                                 const EditWork& work);
-    // The edit of the run under way; NotInitialized between runs.
-    Kelmar::IProjectEdit& currentEdit();
+    // Carries out the run asked for on the active project; lastRun() holds
+    // its summary afterwards.
+    void carryOut(RunSummary::Kind kind);
+    // The run under way; NoProject without a project, NotInitialized
+    // between runs.
+    ConformRun& currentRun();
     Project& requireProject();
-    // Fills the summary's lists of tracks, before anything is cut.
-    void describeTracks(Project& project, RunSummary& summary);
     void showMessage(const std::u16string& message);
     void forget(Kelmar::IProject* hostProject);
     void shutdown();
@@ -192,22 +172,17 @@ private:
     Kelmar::IPtr<Kelmar::IProjectManager> projectManager;
     std::map<Kelmar::IProject*, std::unique_ptr<Project>> projects;
     Project* activeProject = nullptr;
-    Kelmar::IPtr<Kelmar::IRangeEdit> runEdit;
-    Kelmar::IPtr<Kelmar::IProjectEdit> runProjectEdit;
     // The same service object as `services`: the one every part reaches the
     // host through.
     Kelmar::IPtr<Kelmar::IHostServices> context;
     Kelmar::IPtr<Kelmar::ITransport> transport;
     std::shared_ptr<StringTranslator> translator;
     std::shared_ptr<VideoProvider> videoProvider;
-    bool busy = false;
+    // The preview's work area is being taken away.
+    bool endingPreview = false;
     bool applyRequested = false;
     bool previewRequested = false;
-    core::EventList previewList{core::EventList::ChangeKind};
-    size_t previewFirst = 0;
-    size_t previewLast = 0;
-    bool previewDestination = false;
-    core::serialize::SerializationTree previewSnapshot;
+    ConformRun::PreviewRequest previewRequest;
     bool previewJustStarted = false;
 
     // What was installed before this object, put back when it goes.
@@ -216,8 +191,8 @@ private:
     bool notificationAdded = false;
     bool dialogsInstalled = false;
     RunSummary lastRunSummary;
-    // The summary of the run under way; null between runs.
-    RunSummary* running = nullptr;
+    // The run under way; null between runs.
+    ConformRun* run = nullptr;
 };
 
 } // namespace montala::host

@@ -234,7 +234,7 @@ void MontalaTracks::writeMarker(Kelmar::IProjectEdit& edit, Track* track, const 
 }
 
 void MontalaTracks::writeDestination(Kelmar::IProjectEdit& edit, const core::EventBase& event,
-                                     const core::Settings& settings, const WorkArea& area)
+                                     const core::Settings& settings, const WorkArea& area, MarkerCount& written)
 {
     std::string name = util::StringUtil::toUtf8(util::StringUtil::translate(u"Event: "))
                        + std::to_string(event.getEventNumber()) + " - ";
@@ -247,15 +247,18 @@ void MontalaTracks::writeDestination(Kelmar::IProjectEdit& edit, const core::Eve
     writeMarker(edit, destination.isValid() ? &destination : nullptr, name, event.getRollName(),
                 area.behindEnd({event.getDstIn().toSeconds(framerate)}),
                 area.behindEnd({event.getDstOut().toSeconds(framerate)}), 0);
+    ++written[TrackType::Destination];
 }
 
 void MontalaTracks::generateMarkers(Kelmar::IProjectEdit& edit, const std::vector<core::InformationEntry>& entries,
-                                    const WorkArea& area, core::ProgressHandlerBase* progress)
+                                    const WorkArea& area, core::ProgressHandlerBase* progress, MarkerCount& written)
 {
     for (const core::InformationEntry& entry : entries) {
-        Track& target = markerTrack(markerTrackOf(entry.kind));
+        const TrackType type = markerTrackOf(entry.kind);
+        Track& target = markerTrack(type);
         writeMarker(edit, target.isValid() ? &target : nullptr, entry.text, std::string(),
                     area.behindEnd({entry.start}), area.behindEnd({entry.end}), 0);
+        ++written[type];
         if (progress)
             progress->advance(1);
     }

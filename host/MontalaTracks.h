@@ -12,6 +12,7 @@
 #include "kelmar/edit/IProjectEdit.h"
 
 #include <array>
+#include <map>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,6 +30,9 @@ namespace montala::host {
 // made when a run needs one that is not there.
 class MontalaTracks {
 public:
+    // Markers written, by the track they went to.
+    using MarkerCount = std::map<TrackType, size_t>;
+
     MontalaTracks(ProjectTracks& tracks, core::FramerateProvider& rate);
     MontalaTracks(const MontalaTracks&) = delete;
     MontalaTracks& operator=(const MontalaTracks&) = delete;
@@ -60,10 +64,10 @@ public:
                      Absolute start, Absolute end, int64_t id);
     // Marks where a Change event's cut lies in the work area.
     void writeDestination(Kelmar::IProjectEdit& edit, const core::EventBase& event, const core::Settings& settings,
-                          const WorkArea& area);
+                          const WorkArea& area, MarkerCount& written);
     // The detectors' findings, each on the track of its kind, in the work area.
     void generateMarkers(Kelmar::IProjectEdit& edit, const std::vector<core::InformationEntry>& entries,
-                         const WorkArea& area, core::ProgressHandlerBase* progress);
+                         const WorkArea& area, core::ProgressHandlerBase* progress, MarkerCount& written);
 
     // ---- Memos of a preview
     // Gives every memo on the old timeline an id before a preview copies it

@@ -1,10 +1,8 @@
 #include "host/Project.h"
 
-#include "host/CutEvent.h"
 #include "host/HostCalls.h"
 #include "host/MediaPool.h"
 
-#include "core/services/ProgressHandlerBase.h"
 #include "core/services/VideoTrackHandlerBase.h"
 #include "core/model/Settings.h"
 #include "core/time/Timecode.h"
@@ -182,70 +180,7 @@ void Project::createVideoTrack(Kelmar::IProjectEdit& edit)
         }
 }
 
-bool Project::takesPart(const Track& track) const
-{
-    if (dataModel.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks && !track.isSelected())
-        return false;
-    return !track.isLocked();
-}
-
 // ---- A run
-
-core::CutPtr Project::createCut(const core::EventPtr& event)
-{
-    if (!event)
-        throw Result::InvalidArgument;
-    const core::Framerate rate = getFramerate();
-    const double srcStart = event->getSrcIn().toSeconds(rate);
-    const double srcEnd = event->getSrcOut().toSeconds(rate);
-    const double dstStart = event->getDstIn().toSeconds(rate);
-    const double dstEnd = event->getDstOut().toSeconds(rate);
-    std::vector<core::CutEventPtr> pieces;
-    for (Track& track : getTracks()) {
-        // Montala's own tracks hold what a run writes, not old material.
-        if (!takesPart(track) || MontalaTracks::holdsRunOutput(track))
-            continue;
-        pieces.push_back(std::make_shared<CutEvent>(track, srcStart, srcEnd, dstStart, dstEnd));
-    }
-    return std::make_shared<core::Cut>(event, std::move(pieces));
-}
-
-void Project::applyCut(Kelmar::IProjectEdit& edit, core::Cut& cut)
-{
-    const core::EventPtr& event = cut.getEvent();
-    if (progress && event)
-        progress->setText(util::StringUtil::fromUtf8(event->getRollName()));
-    area.paste(edit, cut);
-    if (progress)
-        progress->advance(static_cast<int64_t>(cut.getPieces().size()));
-    if (event && dataModel.getSettings().getCreateDestinationMarkers())
-        montalaTracks.writeDestination(edit, *event, dataModel.getSettings(), area);
-}
-
-void Project::complete(Kelmar::IProjectEdit& edit)
-{
-    std::vector<Track> targets;
-    const bool selectedOnly = dataModel.getSettings().getApplyTo() == core::ApplyTo::SelectedTracks;
-    for (Track& track : getTracks()) {
-        if (track.isLocked())
-            continue;
-        // What the run wrote on its marker tracks comes home in any case.
-        if (selectedOnly && !track.isSelected() && !(track.isMarkerTrack() && MontalaTracks::holdsRunOutput(track)))
-            continue;
-        targets.push_back(track);
-    }
-    if (area.moveHome(edit, targets))
-        clearWorkArea(edit);
-}
-
-void Project::finishRange(Kelmar::IProjectEdit& edit, double start, double end, bool selectedOnly)
-{
-    std::vector<Track> finished;
-    for (Track& track : getTracks())
-        if (!selectedOnly || track.isSelected())
-            finished.push_back(track);
-    area.finishRange(edit, start, end, finished);
-}
 
 void Project::clearWorkArea(Kelmar::IProjectEdit& edit)
 {
@@ -260,14 +195,6 @@ void Project::setTracksLocked(bool on)
         if (track.isValid())
             track.setLocked(on);
     montalaTracks.setLocked(on);
-}
-
-void Project::collectLockedTracks()
-{
-    lockedTracks.clear();
-    for (Track& track : getTracks())
-        if (takesPart(track) && !MontalaTracks::isMontalaTrack(track))
-            lockedTracks.push_back(track);
 }
 
 // ---- The user's edits during a preview

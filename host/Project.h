@@ -3,8 +3,6 @@
 #include "core/model/DataModel.h"
 #include "core/events/EventList.h"
 #include "core/time/Framerate.h"
-#include "core/conform/Cut.h"
-#include "core/conform/CutList.h"
 #include "core/conform/InformationContext.h"
 #include "core/conform/InformationEntry.h"
 #include "core/conform/SnippetContext.h"
@@ -29,7 +27,6 @@
 #include <vector>
 
 namespace montala::core {
-class ProgressHandlerBase;
 class VideoTrackHandlerBase;
 }
 
@@ -90,20 +87,14 @@ public:
 
     // ---- What a run does on the tracks
     void createVideoTrack(Kelmar::IProjectEdit& edit);
-    // A cut with one piece per track that takes part.
-    core::CutPtr createCut(const core::EventPtr& event);
-    // Copies the cut's pieces into the work area and marks the destination.
-    void applyCut(Kelmar::IProjectEdit& edit, core::Cut& cut);
-    // Moves the arrangement home and closes the work area.
-    void complete(Kelmar::IProjectEdit& edit);
-    // The host's closing work over [start, end]; times passed as they are.
-    void finishRange(Kelmar::IProjectEdit& edit, double start, double end, bool selectedOnly);
     // Releases the preview's locks and takes the work area away.
     void clearWorkArea(Kelmar::IProjectEdit& edit);
     // Locks or unlocks the tracks a preview locked and Montala's own tracks,
     // except "Memos", which the user writes in during a preview.
     void setTracksLocked(bool on);
-    void collectLockedTracks();
+    // The user's tracks a preview shows: locked while the new arrangement
+    // is shown.
+    void setPreviewLocks(std::vector<Track> tracks) { lockedTracks = std::move(tracks); }
     // A preview that ends forgets the tracks it locked.
     void clearLockedTracks() { lockedTracks.clear(); }
     // After an edit of the user's.
@@ -130,21 +121,16 @@ public:
     Kelmar::IProject* getHostProject() const { return projectTracks.getHostProject(); }
     Kelmar::IHostServices* getServices() const { return projectTracks.getServices(); }
     MediaPool* getMediaPool() const { return mediaPool.get(); }
-    void setProgress(core::ProgressHandlerBase* handler) { progress = handler; }
     // The video preview's track handler, handed in by whoever shows the
     // preview; not owned. Null when there is none.
     void setVideoTrackHandler(core::VideoTrackHandlerBase* handler) { videoTrackHandler = handler; }
     core::VideoTrackHandlerBase* getVideoTrackHandler() const { return videoTrackHandler; }
-    core::ProgressHandlerBase* getProgress() const { return progress; }
     core::EventList& getPreviewList() { return previewList; }
     void setPreviewEvents(const core::EventList& events);
     core::InformationContext getInformationContext();
     core::SnippetContext getSnippetContext();
 
 private:
-    // A track takes part in a run unless the run is for selected tracks and
-    // it is not selected; a locked track never does.
-    bool takesPart(const Track& track) const;
     void tellListeners(bool edited);
 
     std::set<ProjectListener*> listeners;
@@ -159,7 +145,6 @@ private:
     core::EventList previewList{core::EventList::ChangeKind};
     std::vector<Track> lockedTracks;
     bool unreadBlockKept = false;
-    core::ProgressHandlerBase* progress = nullptr;
 };
 
 } // namespace montala::host

@@ -240,7 +240,7 @@ void WorkArea::fillVirginTerritories(Kelmar::IProjectEdit& edit, core::CutList& 
 
 // ---- Going home
 
-bool WorkArea::moveHome(Kelmar::IProjectEdit& edit, std::vector<Track>& onTracks)
+bool WorkArea::moveHome(Kelmar::IProjectEdit& edit, const std::vector<Track>& onTracks)
 {
     const double offset = getConformOffset();
     const core::Settings& settings = model.getSettings();
@@ -255,7 +255,7 @@ bool WorkArea::moveHome(Kelmar::IProjectEdit& edit, std::vector<Track>& onTracks
 }
 
 void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, double length,
-                        std::vector<Track>& onTracks)
+                        const std::vector<Track>& onTracks)
 {
     // What lies wholly in the home range is the old arrangement: it goes,
     // and the new one takes its place.
@@ -263,7 +263,7 @@ void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, 
     const double low = tracks.toHost(to).seconds;
     const double high = tracks.toHost({to.seconds + length}).seconds;
     auto list = getService<Kelmar::IObjectList>(tracks.getServices());
-    for (Track& track : onTracks) {
+    for (const Track& track : onTracks) {
         auto context = tracks.editContext(track.object().get());
         for (const TrackEvent& event : track.getEvents()) {
             // Within a sample: the edges are frames of the settings, and an

@@ -80,10 +80,11 @@ public:
     // ---- Going home
     // Moves the arrangement on `tracks` home. True when the run kept to a
     // range and what is left behind the end must still be cleared.
-    bool moveHome(Kelmar::IProjectEdit& edit, std::vector<Track>& tracks);
+    bool moveHome(Kelmar::IProjectEdit& edit, const std::vector<Track>& tracks);
     // Removes what lies wholly in [to, to + length] of `tracks` and moves
     // [from, from + length] there.
-    void moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, double length, std::vector<Track>& tracks);
+    void moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, double length,
+                  const std::vector<Track>& tracks);
     // The host's closing work over [start, end] on `tracks`; times passed as
     // they are.
     void finishRange(Kelmar::IProjectEdit& edit, double start, double end, const std::vector<Track>& tracks);

@@ -230,9 +230,9 @@ TEST_F(AdapterAuditTest, MarkersCarriedByACutKeepTheirNamesReelsAndIds)
     project->setCaching(true);
     Kelmar::IProjectEdit& run = beginEdit();
     project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
-    core::CutPtr cut = project->createCut(event);
-    project->applyCut(run, *cut);
-    project->complete(run);
+    ConformRun steps(*project, run);
+    steps.applyCut(*steps.createCut(event));
+    steps.complete();
     endEdit();
     project->setCaching(false);
 

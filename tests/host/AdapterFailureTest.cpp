@@ -70,9 +70,10 @@ TEST_F(AdapterFailureTest, AFailedRunIsUndoneWhole)
         const Result::Type code = failingRun([&](Kelmar::IProjectEdit& run) {
             project->setCaching(true);
             project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
-            project->applyCut(run, *project->createCut(event("01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00")));
-            project->applyCut(run, *project->createCut(event("01:00:00:00", "01:00:10:00", "01:00:10:00", "01:00:20:00")));
-            project->complete(run);
+            ConformRun steps(*project, run);
+            steps.applyCut(*steps.createCut(event("01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00")));
+            steps.applyCut(*steps.createCut(event("01:00:00:00", "01:00:10:00", "01:00:10:00", "01:00:20:00")));
+            steps.complete();
         });
         project->setCaching(false);
         host->failures().clear();
@@ -90,10 +91,11 @@ TEST_F(AdapterFailureTest, WithheldInterfacesAreNoInterface)
     Track notes = track("Notes");
 
     host->failures().withhold(Kelmar::IRangeEdit::iid);
-    EXPECT_EQ(montala::test::thrownCode([&] { project->finishRange(run, 0.0, 10.0, false); }), Result::NoInterface);
+    EXPECT_EQ(montala::test::thrownCode([&] { project->workArea().finishRange(run, 0.0, 10.0, project->getTracks()); }),
+              Result::NoInterface);
+    ConformRun steps(*project, run);
     EXPECT_EQ(montala::test::thrownCode([&] {
-                  project->applyCut(run, *project->createCut(event("01:00:10:00", "01:00:20:00", "01:00:00:00",
-                                                                   "01:00:10:00")));
+                  steps.applyCut(*steps.createCut(event("01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00")));
               }),
               Result::NoInterface);
     host->failures().clear();
@@ -124,7 +126,7 @@ TEST_F(AdapterFailureTest, RefusedLocksAndMarkersAreHostCallFailed)
     endEdit();
     EXPECT_EQ(notes.getEvents().size(), 2u);
 
-    project->collectLockedTracks();
+    project->setPreviewLocks(TakingPart(*project, project->getDataModel().getSettings()).usersTracks());
     host->failures().failCall("setToggle");
     EXPECT_EQ(montala::test::thrownCode([&] { project->setTracksLocked(true); }), Result::HostCallFailed);
     // The lock that was refused is not claimed either: the track is open

@@ -64,12 +64,13 @@ TEST_F(ApplyCutTest, OneCutCarriesTheOldSoundToItsNewPlaceAndMarksIt)
     project->setCaching(true);
     Kelmar::IProjectEdit& run = beginEdit();
     project->ownTracks().createFolderAndMarkers(run, project->getDataModel().getSettings());
-    core::CutPtr cut = project->createCut(event(1, "01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00"));
+    ConformRun steps(*project, run);
+    core::CutPtr cut = steps.createCut(event(1, "01:00:10:00", "01:00:20:00", "01:00:00:00", "01:00:10:00"));
     // DX, Notes, Picture and the user's Memos; not FX, nor the tracks the
     // run writes.
     EXPECT_EQ(cut->getPieces().size(), 4u);
-    project->applyCut(run, *cut);
-    project->complete(run);
+    steps.applyCut(*cut);
+    steps.complete();
     endEdit();
     project->setCaching(false);
 
@@ -143,12 +144,13 @@ TEST_F(ApplyCutTest, AutomationHoldsThroughAGapButNotThroughOneOfExactlyOneHundr
 
     // Two stretches of the ramp, with a second of nothing between them on
     // the new timeline: 01:00:05:00 to 01:00:06:00.
-    core::CutList cuts;
-    cuts.append(project->createCut(event(1, "01:00:02:00", "01:00:07:00", "01:00:00:00", "01:00:05:00")));
-    cuts.append(project->createCut(event(2, "01:00:12:00", "01:00:16:00", "01:00:06:00", "01:00:10:00")));
     Kelmar::IProjectEdit& run = beginEdit();
+    ConformRun steps(*project, run);
+    core::CutList cuts;
+    cuts.append(steps.createCut(event(1, "01:00:02:00", "01:00:07:00", "01:00:00:00", "01:00:05:00")));
+    cuts.append(steps.createCut(event(2, "01:00:12:00", "01:00:16:00", "01:00:06:00", "01:00:10:00")));
     for (size_t i = 0; i < cuts.size(); ++i)
-        project->applyCut(run, *cuts.getCut(i));
+        steps.applyCut(*cuts.getCut(i));
     project->workArea().fillVirginTerritories(run, cuts, nullptr);
     endEdit();
 

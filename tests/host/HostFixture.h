@@ -1,6 +1,8 @@
 #pragma once
 
 #include "host/Project.h"
+#include "host/ConformRun.h"
+#include "host/TakingPart.h"
 #include "host/Track.h"
 #include "sim/SimFixture.h"
 

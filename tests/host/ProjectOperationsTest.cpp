@@ -34,6 +34,12 @@ protected:
         ASSERT_DOUBLE_EQ(project->workArea().getConformOffset(), 86400.0);
     }
 
+    // What a preview run locks when it ends: the user's tracks it took.
+    void lockWhatAPreviewShows()
+    {
+        project->setPreviewLocks(TakingPart(*project, project->getDataModel().getSettings()).usersTracks());
+    }
+
     Kelmar::IPtr<Kelmar::IObjectList> listOf(std::initializer_list<const char*> names)
     {
         void* made = nullptr;
@@ -117,7 +123,7 @@ TEST_F(ProjectOperationsTest, ClearingTheWorkAreaUnlocksAndKeepsHome)
     Kelmar::IProjectEdit& preview = beginEdit();
     project->workArea().copyRange(preview, {3600.0}, {3620.0}, {offset + 3600.0}, listOf({"DX", "FX", "Notes"}).get());
     endEdit();
-    project->collectLockedTracks();
+    lockWhatAPreviewShows();
     project->setTracksLocked(true);
     ASSERT_TRUE(track("DX").isLocked());
     ASSERT_GT(eventsInWorkArea(), 0u);
@@ -150,7 +156,7 @@ TEST_F(ProjectOperationsTest, PreviewLocksWhatTookPartAndMontalasTracksButNeverM
     // it to him.
     sim::SimUser(*host).setLocked(simTrack("FX"), true);
 
-    project->collectLockedTracks();
+    lockWhatAPreviewShows();
     std::vector<std::string> collected;
     for (const Track& each : project->getLockedTracks())
         collected.push_back(const_cast<Track&>(each).getName());
@@ -184,7 +190,7 @@ TEST_F(ProjectOperationsTest, PreviewLocksWhatTookPartAndMontalasTracksButNeverM
     // With a run on selected tracks only the selected one is collected.
     project->getDataModel().getSettings().setApplyTo(core::ApplyTo::SelectedTracks);
     sim::SimUser(*host).setSelected(simTrack("DX"), true);
-    project->collectLockedTracks();
+    lockWhatAPreviewShows();
     ASSERT_EQ(project->getLockedTracks().size(), 1u);
     EXPECT_TRUE(project->getLockedTracks()[0].sameTrack(track("DX")));
 }
@@ -221,16 +227,22 @@ TEST_F(ProjectOperationsTest, DetectorMarkersLandOnTheirTracksInTheWorkArea)
         {3605.0, 3605.0, "Overlap on DX", core::InformationKind::Overlap},
         {3606.0, 3607.0, "Dissolve", core::InformationKind::Transition},
     };
-    project->ownTracks().generateMarkers(run, entries, project->workArea(), nullptr);
+    MontalaTracks& own = project->ownTracks();
+    MontalaTracks::MarkerCount written;
+    own.generateMarkers(run, entries, project->workArea(), nullptr, written);
 
-    // No track for snippets: the marker has nowhere to go. A kind without a
-    // track of its own is refused.
+    // No track for snippets: the marker has nowhere to go, and is not
+    // counted. A kind without a track of its own is refused.
     const std::vector<core::InformationEntry> snippet = {{3608.0, 3609.0, "Snippet", core::InformationKind::Snippet}};
-    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().generateMarkers(run, snippet, project->workArea(), nullptr); }), Result::NotInitialized);
+    EXPECT_EQ(montala::test::thrownCode([&] { own.generateMarkers(run, snippet, project->workArea(), nullptr, written); }),
+              Result::NotInitialized);
     const std::vector<core::InformationEntry> strange = {
         {3608.0, 3609.0, "?", static_cast<core::InformationKind>(42)}};
-    EXPECT_EQ(montala::test::thrownCode([&] { project->ownTracks().generateMarkers(run, strange, project->workArea(), nullptr); }), Result::InvalidArgument);
+    EXPECT_EQ(montala::test::thrownCode([&] { own.generateMarkers(run, strange, project->workArea(), nullptr, written); }),
+              Result::InvalidArgument);
     endEdit();
+    EXPECT_EQ(written, (MontalaTracks::MarkerCount{
+                           {TrackType::Transition, 1}, {TrackType::Insert, 1}, {TrackType::Overlap, 1}}));
 
     std::vector<Track> markers = project->getTracks("marker");
     Track* insert = byName(markers, "Insert");
