@@ -14,9 +14,7 @@
 #include "core/model/Settings.h"
 #include "core/time/Timecode.h"
 #include "core/model/Variant.h"
-#include "core/conform/CutList.h"
 
-#include "kelmar/services/IActionManager.h"
 #include "kelmar/services/IApplicationState.h"
 #include "kelmar/base/IDependencyRegistry.h"
 #include "kelmar/project/IProject.h"
