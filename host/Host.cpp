@@ -4,6 +4,7 @@
 #include "host/DataModelChangeCommand.h"
 #include "host/FileBrowserDialog.h"
 #include "host/HostCalls.h"
+#include "host/InputChecks.h"
 #include "host/MediaPool.h"
 #include "host/Project.h"
 #include "host/StringTranslator.h"
@@ -347,6 +348,23 @@ Kelmar::tresult Host::onIdle()
     return Kelmar::kResultOk;
 }
 
+bool Host::inputsConfirmed(RunSummary::Kind kind)
+{
+    if (!inputChecksAsked || !activeProject)
+        return true;
+    try {
+        if (confirmInputs(*activeProject, kind == RunSummary::Kind::Preview))
+            return true;
+    } catch (Result::Type) {
+        // What could not be read for the checks, the run meets and reports.
+        return true;
+    }
+    lastRunSummary = RunSummary{};
+    lastRunSummary.kind = kind;
+    lastRunSummary.result = Result::Cancelled;
+    return false;
+}
+
 void Host::carryOut(RunSummary::Kind kind)
 {
     if (!activeProject) {
@@ -356,6 +374,8 @@ void Host::carryOut(RunSummary::Kind kind)
         lastRunSummary.result = Result::NoProject;
         return;
     }
+    if (!inputsConfirmed(kind))
+        return;
     ConformRun made(*activeProject, context.get(), kind);
     run = &made;
     lastRunSummary = kind == RunSummary::Kind::Apply ? made.apply(*this, transport.get())

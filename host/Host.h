@@ -151,11 +151,19 @@ public:
     bool isRunPending() const { return applyRequested || previewRequested; }
     // The last apply or preview carried out by onIdle.
     const RunSummary& lastRun() const { return lastRunSummary; }
+    // A run first asks the checks of its inputs and, when they find that the
+    // cuts and the session do not belong together, asks the user whether to
+    // go on ("Abort" is a cancelled run that changed nothing). A program
+    // that has asked them itself turns this off.
+    void setInputChecksAsked(bool on) { inputChecksAsked = on; }
 
 private:
     // Carries out the run asked for on the active project; lastRun() holds
     // its summary afterwards.
     void carryOut(RunSummary::Kind kind);
+    // The checks of the run's inputs, put to the user; false when they
+    // answered "Abort".
+    bool inputsConfirmed(RunSummary::Kind kind);
     // The run under way; NoProject without a project, NotInitialized
     // between runs.
     ConformRun& currentRun();
@@ -183,6 +191,7 @@ private:
     bool applyRequested = false;
     bool previewRequested = false;
     ConformRun::PreviewRequest previewRequest;
+    bool inputChecksAsked = true;
     bool previewJustStarted = false;
 
     // What was installed before this object, put back when it goes.

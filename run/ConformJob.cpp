@@ -3,7 +3,9 @@
 #include "core/model/DataModel.h"
 #include "core/time/FramerateNames.h"
 #include "core/time/Timecode.h"
+#include "core/time/Tolerances.h"
 #include "host/Host.h"
+#include "host/InputChecks.h"
 #include "host/Project.h"
 #include "platform/FileIdentity.h"
 #include "platform/SafeFileWriter.h"
@@ -113,7 +115,8 @@ private:
         if (watcher.cancelRequested && watcher.cancelRequested()) {
             outcome.status = ConformOutcome::Status::Cancelled;
             outcome.result = Result::Cancelled;
-            outcome.message = "cancelled before the run began; nothing was written";
+            outcome.message = reached == ConformStage::Saving ? "cancelled while saving; nothing was written"
+                                                              : "cancelled before the run began; nothing was written";
             return false;
         }
         return true;
@@ -267,7 +270,6 @@ private:
 
         if (!stage(ConformStage::Conforming))
             return outcome;
-        const std::map<host::TrackType, size_t> markersBefore = markersInProject();
         const auto began = std::chrono::steady_clock::now();
         const Result::Type asked = montala->startConform();
         if (asked != Result::Ok) {
@@ -281,14 +283,9 @@ private:
         outcome.summary = montala->lastRun();
         outcome.result = outcome.summary.result;
         // What the tracks hold now, not what the run meant to write: a marker
-        // outside the range, say, is not there.
-        outcome.summary.markersWritten.clear();
-        for (const auto& [type, count] : markersInProject()) {
-            const auto before = markersBefore.find(type);
-            const size_t had = before == markersBefore.end() ? 0 : before->second;
-            if (count > had)
-                outcome.summary.markersWritten[type] = count - had;
-        }
+        // outside the range, say, is not there. The run rewrites Montala's
+        // tracks over the stretch it brings home, so what lies there is its own.
+        outcome.summary.markersWritten = markersInProject(model.getSettings());
         if (montala->isRunPending())
             return failed(Result::HostCallFailed, "the host never gave the run its idle call");
         if (outcome.result == Result::Cancelled) {
@@ -379,18 +376,29 @@ private:
     {
         const core::EventList& change = model.getChangeList();
         const core::Framerate& rate = outcome.rate;
+        // The same evidence and checks as the window's, read through the
+        // host adapter; the host's own asking is off, as they are answered here.
+        core::SessionEvidence evidence;
+        try {
+            evidence = host::sessionEvidence(*montala->getActiveProject(), request.selectedTracksOnly);
+        } catch (Result::Type code) {
+            failed(code, std::string("the session's tracks could not be read (") + Result::name(code) +
+                             "); nothing was changed");
+            return false;
+        }
+        montala->setInputChecksAsked(false);
         const auto originOf = [](const std::vector<Origin>& origins, size_t index) {
             return index < origins.size() ? origins[index] : Origin{};
         };
         if (request.changeFiles.empty()) {
-            for (const size_t index : unmatchedEvents(model.getNewList(), change, rate)) {
+            for (const size_t index : core::unmatchedEvents(model.getNewList(), change, rate)) {
                 const Origin origin = originOf(newOrigins, index);
                 outcome.unused.push_back({origin.file, origin.line, model.getNewList().getEvent(index)->getEventNumber(),
                                           "no event of the Old cut shows this picture"});
             }
-            outcome.silentSpans = uncoveredSpans(model.getNewList(), change, rate);
+            outcome.silentSpans = core::uncoveredSpans(model.getNewList(), change, rate);
         }
-        for (const size_t index : eventsOutsideSession(*project, rate, change)) {
+        for (const size_t index : core::eventsOutsideSession(evidence, rate, change)) {
             const core::EventBase& event = *change.getEvent(index);
             const Origin origin =
                 request.changeFiles.empty() ? Origin{} : originOf(changeOrigins, index);
@@ -399,24 +407,13 @@ private:
                                           " lies outside the session"});
         }
 
-        if (request.changeFiles.empty()) {
-            const SessionFit fit = sessionFit(*project, rate, model.getOldList(), model.getNewList());
-            if (fit == SessionFit::New)
-                outcome.refusals.push_back(
-                    {"picture", conformedBefore ? "this session already follows the New cut"
-                                                : "the session follows the New cut, not the Old one: did you swap "
-                                                  "--old and --new?"});
-            else if (fit == SessionFit::Neither)
-                outcome.refusals.push_back({"picture", "the session's picture does not follow the Old cut"});
-        }
-        if (!request.range && change.getSize() > 0) {
-            const std::optional<double> dropped =
-                droppedSoundShare(*project, rate, change, request.selectedTracksOnly);
-            if (dropped && *dropped > request.maxDroppedShare)
-                outcome.refusals.push_back({"dropped-sound", "the Change EDL would drop " + percent(*dropped) +
-                                                                 " of the session's sound (more than " +
-                                                                 percent(request.maxDroppedShare) + ")"});
-        }
+        core::InputCheckOptions options;
+        options.conformedBefore = conformedBefore;
+        options.wholeChange = !request.range;
+        options.maxDroppedShare = request.maxDroppedShare;
+        for (core::InputRefusal& refusal :
+             core::checkInputs(evidence, rate, model.getOldList(), model.getNewList(), change, options))
+            outcome.refusals.push_back(std::move(refusal));
         if (outcome.refusals.empty() || request.goOnAnyway)
             return true;
         outcome.status = ConformOutcome::Status::Refused;
@@ -438,29 +435,31 @@ private:
         return false;
     }
 
-    // Markers on Montala's marker tracks, by the track's type.
-    std::map<host::TrackType, size_t> markersInProject()
+    // Markers on Montala's marker tracks, by the track's type, that lie in
+    // the stretch a run brings home: the whole timeline, or the range.
+    std::map<host::TrackType, size_t> markersInProject(const core::Settings& settings)
     {
+        const double start = project->getProjectStart();
+        const bool ranged = settings.getRestrictRange();
+        const double from = settings.getPreserveBefore() - start - core::positionTolerance;
+        const double to = settings.getPreserveAfter() - start + core::positionTolerance;
         std::map<host::TrackType, size_t> counts;
         const auto walk = [&](const auto& self, const sim::SimObject& node) -> void {
             for (const auto& child : node.children()) {
                 if (!child->isTrack())
                     continue;
+                // Memos are the user's, not the run's.
                 const auto type = child->attributes().find("Montala:MarkerType");
-                if (child->kind() == sim::ObjectKind::MarkerTrack && type != child->attributes().end())
-                    counts[static_cast<host::TrackType>(type->second.getInt())] += child->children().size();
+                if (child->kind() == sim::ObjectKind::MarkerTrack && type != child->attributes().end() &&
+                    type->second.getInt() != static_cast<int>(host::TrackType::Memos))
+                    for (const auto& marker : child->children())
+                        if (!ranged || (marker->timelineStart() >= from && marker->timelineEnd() <= to))
+                            ++counts[static_cast<host::TrackType>(type->second.getInt())];
                 self(self, *child);
             }
         };
         walk(walk, *project);
         return counts;
-    }
-
-    static std::string percent(double share)
-    {
-        char text[16];
-        std::snprintf(text, sizeof text, "%.0f%%", share * 100.0);
-        return text;
     }
 
     // Where an event of a list came from.

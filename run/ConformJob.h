@@ -1,11 +1,11 @@
 #pragma once
 
+#include "core/conform/InputChecks.h"
 #include "core/model/DataModel.h"
 #include "core/events/EdlLoader.h"
 #include "core/time/Framerate.h"
 #include "core/model/Settings.h"
 #include "host/RunSummary.h"
-#include "run/InputChecks.h"
 #include "run/ProgressRelay.h"
 #include "sim/project/SimProject.h"
 #include "util/Result.h"
@@ -58,14 +58,13 @@ struct ConformRequest {
     // set, the run goes on past what they found.
     bool goOnAnyway = false;
     // More of the session's sound than this share dropped is refused.
-    double maxDroppedShare = 0.8;
+    double maxDroppedShare = core::InputCheckOptions{}.maxDroppedShare;
 };
 
-// A check before the run that found the inputs do not belong together.
-struct Refusal {
-    std::string check; // "rate", "picture", "dropped-sound"
-    std::string message;
-};
+// A check before the run that found the inputs do not belong together:
+// those of the window ("picture", "dropped-sound") and the EDLs' "rate".
+using Refusal = core::InputRefusal;
+using core::TimecodeSpan;
 
 // An event the run could not use, with where it came from and why.
 struct UnusedEvent {

@@ -3,72 +3,36 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <map>
 
 namespace montala::run {
 
-namespace {
-
 using sim::ObjectKind;
-
-// Stretches by start while they are painted; each is kept whole until a
-// later event covers part of it.
-using Canvas = std::map<double, PlaybackTrace::Stretch>;
-
-// Cuts the stretch that runs across `time` in two, so that `time` is a key
-// or falls in a gap.
-void split(Canvas& canvas, double time)
-{
-    auto after = canvas.upper_bound(time);
-    if (after == canvas.begin())
-        return;
-    auto holder = std::prev(after);
-    PlaybackTrace::Stretch& stretch = holder->second;
-    if (stretch.start >= time || stretch.end <= time)
-        return;
-    PlaybackTrace::Stretch right = stretch;
-    right.start = time;
-    right.positionAtStart = stretch.positionAtStart + (time - stretch.start);
-    stretch.end = time;
-    canvas.emplace(time, right);
-}
-
-} // namespace
 
 PlaybackTrace::PlaybackTrace(const sim::SimObject& track)
 {
-    Canvas canvas;
-    const auto paintEvent = [&](const sim::SimObject& event, double from, double to) {
+    std::vector<Stretch> layers;
+    const auto layer = [&](const sim::SimObject& event, double from, double to) {
         if (event.kind() != ObjectKind::AudioEvent && event.kind() != ObjectKind::VideoEvent)
             return;
         const double eventStart = event.timelineStart();
-        const double start = std::max(from, eventStart);
-        const double end = std::min(to, event.timelineEnd());
-        if (!(start < end))
-            return;
-        split(canvas, start);
-        split(canvas, end);
-        canvas.erase(canvas.lower_bound(start), canvas.lower_bound(end));
         Stretch stretch;
-        stretch.start = start;
-        stretch.end = end;
+        stretch.start = std::max(from, eventStart);
+        stretch.end = std::min(to, event.timelineEnd());
         stretch.file = event.get().file;
         stretch.clipId = event.kind() == ObjectKind::VideoEvent ? event.get().clipId : 0;
-        stretch.positionAtStart = event.get().offset + (start - eventStart);
-        canvas.emplace(start, std::move(stretch));
+        stretch.positionAtStart = event.get().offset + (stretch.start - eventStart);
+        layers.push_back(std::move(stretch));
     };
     constexpr double always = 1e300;
     for (const auto& child : track.children()) {
         if (child->kind() == ObjectKind::Part) {
             for (const auto& inner : child->children())
-                paintEvent(*inner, child->get().start, child->get().end);
+                layer(*inner, child->get().start, child->get().end);
         } else {
-            paintEvent(*child, -always, always);
+            layer(*child, -always, always);
         }
     }
-    list.reserve(canvas.size());
-    for (auto& entry : canvas)
-        list.push_back(std::move(entry.second));
+    list = core::heardStretches(layers);
 
     // Events in a part lie where they lie, whatever the part's range; a
     // joined event goes on in the one that begins where it ends.

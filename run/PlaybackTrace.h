@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/conform/HeardStretches.h"
 #include "sim/project/SimObject.h"
 
 #include <cstdint>
@@ -15,10 +16,6 @@ namespace montala::run {
 // event added last is heard; a part plays its events inside its own range),
 // but a look-up is a binary search instead of a walk over every event, so
 // that an audit can ask at every frame of a long reel.
-//
-//   events in layer order:  [ a .......... ]
-//                                 [ b ..... ]      later, heard over a
-//   trace:                  [ a  ][ b ..... ]
 class PlaybackTrace {
 public:
     struct Heard {
@@ -33,13 +30,7 @@ public:
     std::optional<Heard> at(double time) const;
 
     // The stretches heard, in time order: [start, end).
-    struct Stretch {
-        double start = 0.0;
-        double end = 0.0;
-        std::string file;
-        std::int64_t clipId = 0;
-        double positionAtStart = 0.0;
-    };
+    using Stretch = core::MediaStretch;
     const std::vector<Stretch>& stretches() const { return list; }
 
     // Where each sound of the track lies, layers and parts alike, in order of

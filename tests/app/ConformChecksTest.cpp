@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <tuple>
 #include <regex>
 
 namespace {
@@ -186,6 +188,41 @@ TEST_F(ConformChecks, AChangeEdlInPartsIsReadWholeInOrder)
     // The same session, but for the stored block, which names the files.
     const auto tracks = [&](const char* name) { return nlohmann::json::parse(readFile(folder / name))["tracks"]; };
     EXPECT_EQ(tracks("parts.json"), tracks("whole.json"));
+}
+
+TEST_F(ConformChecks, MarkersWrittenAreThoseOnMontalasMarkerTracksOfTheWrittenSession)
+{
+    // Markers on the tracks Montala marks with its kind, by the name the
+    // summary gives that kind.
+    const auto markersIn = [&](const std::string& path) {
+        const char* names[] = {"", "destination", "transition", "insert", "automation", "snippet", "overlap"};
+        std::map<std::string, int> counts;
+        const auto walk = [&](const auto& self, const nlohmann::json& tracks) -> void {
+            for (const nlohmann::json& track : tracks) {
+                const int kind = track.value("attributes", nlohmann::json::object()).value("Montala:MarkerType", 0);
+                const size_t markers = track.value("events", nlohmann::json::array()).size();
+                if (kind >= 1 && kind <= 6 && markers > 0)
+                    counts[names[kind]] += static_cast<int>(markers);
+                self(self, track.value("tracks", nlohmann::json::array()));
+            }
+        };
+        walk(walk, nlohmann::json::parse(readFile(path))["tracks"]);
+        return counts;
+    };
+    // The first conform of the sample, and a second one, which replaces the
+    // first one's markers with its own.
+    const std::string once = pathOf("once.json");
+    const std::string twice = pathOf("twice.json");
+    for (const auto& [from, to, cuts] : {std::tuple{session, once, std::pair{oldEdl, newEdl}},
+                                         std::tuple{once, twice, std::pair{newEdl, thirdCut}}}) {
+        SCOPED_TRACE(to);
+        const CommandRun run =
+            runMontala({"conform", from, "--old", cuts.first, "--new", cuts.second, "-o", to, "--json"});
+        ASSERT_EQ(run.status, 0) << run.err;
+        const auto written = nlohmann::json::parse(run.out)["markersWritten"].get<std::map<std::string, int>>();
+        EXPECT_EQ(written, markersIn(to));
+    }
+    EXPECT_EQ(markersIn(twice), (std::map<std::string, int>{{"destination", 2}, {"insert", 2}}));
 }
 
 } // namespace

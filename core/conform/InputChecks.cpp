@@ -1,32 +1,20 @@
-#include "run/InputChecks.h"
+#include "core/conform/InputChecks.h"
 
 #include "core/events/EdlLoader.h"
 #include "core/time/Timecode.h"
-#include "run/PlaybackTrace.h"
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <cstdio>
 
-namespace montala::run {
+namespace montala::core {
 
 namespace {
 
-using sim::ObjectKind;
-using sim::SimObject;
-
-// [start, end) in absolute seconds.
-using Interval = std::pair<double, double>;
-
-// Montala's own tracks carry their type under one of these.
-constexpr const char* videoTypeAttribute = "Montala:VideoType";
-constexpr const char* markerTypeAttribute = "Montala:MarkerType";
-constexpr std::int64_t destinationMarkers = 1;
-
-std::optional<Interval> recordRange(const core::EventBase& event, const core::Framerate& rate)
+std::optional<Interval> recordRange(const EventBase& event, const Framerate& rate)
 {
-    const core::Timecode& in = event.getDstIn();
-    const core::Timecode& out = event.getDstOut();
+    const Timecode& in = event.getDstIn();
+    const Timecode& out = event.getDstOut();
     if (!in.isInitialized() || !out.isInitialized() || !in.isValid(rate) || !out.isValid(rate))
         return std::nullopt;
     const Interval range{in.toSeconds(rate), out.toSeconds(rate)};
@@ -35,10 +23,10 @@ std::optional<Interval> recordRange(const core::EventBase& event, const core::Fr
     return range;
 }
 
-std::optional<Interval> sourceRange(const core::EventBase& event, const core::Framerate& rate)
+std::optional<Interval> sourceRange(const EventBase& event, const Framerate& rate)
 {
-    const core::Timecode& in = event.getSrcIn();
-    const core::Timecode& out = event.getSrcOut();
+    const Timecode& in = event.getSrcIn();
+    const Timecode& out = event.getSrcOut();
     if (!in.isInitialized() || !out.isInitialized() || !in.isValid(rate) || !out.isValid(rate))
         return std::nullopt;
     const Interval range{in.toSeconds(rate), std::max(out.toSeconds(rate), in.toSeconds(rate) + 1.0 / rate.exactRate)};
@@ -59,7 +47,7 @@ std::vector<Interval> joined(std::vector<Interval> intervals)
     return result;
 }
 
-std::vector<Interval> recordRanges(const core::EventList& list, const core::Framerate& rate)
+std::vector<Interval> recordRanges(const EventList& list, const Framerate& rate)
 {
     std::vector<Interval> ranges;
     for (size_t index = 0; index < list.getSize(); ++index)
@@ -76,58 +64,6 @@ double overlap(const std::vector<Interval>& sorted, const Interval& with)
     return total;
 }
 
-void collectTracks(const SimObject& node, std::vector<const SimObject*>& tracks)
-{
-    for (const auto& child : node.children()) {
-        if (!child->isTrack())
-            continue;
-        tracks.push_back(child.get());
-        collectTracks(*child, tracks);
-    }
-}
-
-std::vector<const SimObject*> tracksOf(sim::SimProject& project)
-{
-    std::vector<const SimObject*> tracks;
-    collectTracks(project, tracks);
-    return tracks;
-}
-
-std::optional<std::int64_t> intAttribute(const SimObject& object, const char* name)
-{
-    const auto found = object.attributes().find(name);
-    if (found == object.attributes().end())
-        return std::nullopt;
-    return found->second.getInt();
-}
-
-// Where the picture starts, jumps and ends, absolute seconds: one track's
-// stretches, joined where the picture runs on in the same clip.
-std::vector<double> pictureEdges(const SimObject& track, double projectStart, double frame)
-{
-    const PlaybackTrace trace(track);
-    std::vector<double> edges;
-    const PlaybackTrace::Stretch* previous = nullptr;
-    for (const PlaybackTrace::Stretch& stretch : trace.stretches()) {
-        const bool runsOn = previous && std::fabs(stretch.start - previous->end) < frame / 2 &&
-                            stretch.clipId == previous->clipId &&
-                            std::fabs(stretch.positionAtStart - (previous->positionAtStart + previous->end -
-                                                                 previous->start)) < frame / 2;
-        if (!runsOn) {
-            if (previous)
-                edges.push_back(previous->end + projectStart);
-            edges.push_back(stretch.start + projectStart);
-        }
-        previous = &stretch;
-    }
-    if (previous)
-        edges.push_back(previous->end + projectStart);
-    edges.erase(std::unique(edges.begin(), edges.end(),
-                            [frame](double a, double b) { return std::fabs(a - b) < frame / 2; }),
-                edges.end());
-    return edges;
-}
-
 bool nearAny(double time, const std::vector<double>& times, double frame)
 {
     return std::any_of(times.begin(), times.end(), [&](double other) { return std::fabs(other - time) <= frame * 1.01; });
@@ -141,8 +77,8 @@ bool nearAny(double time, const std::vector<double>& times, double frame)
 // not.
 enum class Fit { No, Covered, Strict };
 
-Fit fitOf(const std::vector<double>& picture, const std::vector<double>& markers, const core::EventList& cut,
-          const core::Framerate& rate)
+Fit fitOf(const std::vector<double>& picture, const std::vector<double>& markers, const EventList& cut,
+          const Framerate& rate)
 {
     const std::vector<Interval> ranges = recordRanges(cut, rate);
     if (ranges.empty())
@@ -177,27 +113,47 @@ Fit fitOf(const std::vector<double>& picture, const std::vector<double>& markers
     return Fit::No;
 }
 
+std::string percent(double share)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%.0f%%", share * 100.0);
+    return text;
+}
+
 } // namespace
 
-SessionFit sessionFit(sim::SimProject& project, const core::Framerate& rate, const core::EventList& oldCut,
-                      const core::EventList& newCut)
+std::vector<double> pictureEdges(const std::vector<MediaStretch>& shown, double frame)
 {
-    const double start = project.getProjectStart();
-    const double frame = 1.0 / rate.exactRate;
-    std::vector<double> picture;
-    std::vector<double> markers;
-    for (const SimObject* track : tracksOf(project)) {
-        if (track->kind() == ObjectKind::VideoTrack && picture.empty() && !intAttribute(*track, videoTypeAttribute))
-            picture = pictureEdges(*track, start, frame);
-        if (track->kind() == ObjectKind::MarkerTrack &&
-            intAttribute(*track, markerTypeAttribute) == destinationMarkers)
-            for (const auto& marker : track->children())
-                markers.push_back(marker->timelineStart() + start);
+    std::vector<double> edges;
+    const MediaStretch* previous = nullptr;
+    for (const MediaStretch& stretch : shown) {
+        const bool runsOn = previous && std::fabs(stretch.start - previous->end) < frame / 2 &&
+                            stretch.clipId == previous->clipId &&
+                            std::fabs(stretch.positionAtStart - (previous->positionAtStart + previous->end -
+                                                                 previous->start)) < frame / 2;
+        if (!runsOn) {
+            if (previous)
+                edges.push_back(previous->end);
+            edges.push_back(stretch.start);
+        }
+        previous = &stretch;
     }
+    if (previous)
+        edges.push_back(previous->end);
+    edges.erase(std::unique(edges.begin(), edges.end(),
+                            [frame](double a, double b) { return std::fabs(a - b) < frame / 2; }),
+                edges.end());
+    return edges;
+}
+
+SessionFit sessionFit(const SessionEvidence& session, const Framerate& rate, const EventList& oldCut,
+                      const EventList& newCut)
+{
     // The picture says more than the markers; the markers serve where there
     // is no picture.
-    if (!picture.empty())
-        markers.clear();
+    const std::vector<double>& picture = session.pictureEdges;
+    const std::vector<double> none;
+    const std::vector<double>& markers = picture.empty() ? session.destinationMarkers : none;
     if (picture.empty() && markers.empty())
         return SessionFit::Unknown;
     const Fit old = fitOf(picture, markers, oldCut, rate);
@@ -213,8 +169,7 @@ SessionFit sessionFit(sim::SimProject& project, const core::Framerate& rate, con
     return SessionFit::Neither;
 }
 
-std::optional<double> droppedSoundShare(sim::SimProject& project, const core::Framerate& rate,
-                                        const core::EventList& change, bool selectedTracksOnly)
+std::optional<double> droppedSoundShare(const SessionEvidence& session, const Framerate& rate, const EventList& change)
 {
     std::vector<Interval> kept;
     for (size_t index = 0; index < change.getSize(); ++index)
@@ -222,32 +177,50 @@ std::optional<double> droppedSoundShare(sim::SimProject& project, const core::Fr
             kept.push_back(*range);
     kept = joined(std::move(kept));
 
-    const double start = project.getProjectStart();
     double sound = 0.0, held = 0.0;
-    for (const SimObject* track : tracksOf(project)) {
-        if (track->kind() != ObjectKind::AudioTrack || track->get().locked ||
-            (selectedTracksOnly && !track->selectedFlag()))
-            continue;
-        const PlaybackTrace trace(*track);
-        for (const PlaybackTrace::Stretch& stretch : trace.stretches()) {
-            const Interval heard{stretch.start + start, stretch.end + start};
+    for (const std::vector<Interval>& track : session.soundByTrack)
+        for (const Interval& heard : joined(track)) {
             sound += heard.second - heard.first;
             held += overlap(kept, heard);
         }
-    }
     if (sound <= 0.0)
         return std::nullopt;
     return std::clamp(1.0 - held / sound, 0.0, 1.0);
 }
 
-std::vector<TimecodeSpan> uncoveredSpans(const core::EventList& newCut, const core::EventList& change,
-                                         const core::Framerate& rate)
+std::vector<InputRefusal> checkInputs(const SessionEvidence& session, const Framerate& rate, const EventList& oldCut,
+                                      const EventList& newCut, const EventList& change,
+                                      const InputCheckOptions& options)
+{
+    std::vector<InputRefusal> refusals;
+    if (oldCut.getSize() > 0 && newCut.getSize() > 0) {
+        const SessionFit fit = sessionFit(session, rate, oldCut, newCut);
+        if (fit == SessionFit::New)
+            refusals.push_back({"picture", options.conformedBefore
+                                               ? "this session already follows the New cut"
+                                               : "the session follows the New cut, not the Old one: did you swap "
+                                                 "--old and --new?"});
+        else if (fit == SessionFit::Neither)
+            refusals.push_back({"picture", "the session's picture does not follow the Old cut"});
+    }
+    if (options.wholeChange && change.getSize() > 0) {
+        const std::optional<double> dropped = droppedSoundShare(session, rate, change);
+        if (dropped && *dropped > options.maxDroppedShare)
+            refusals.push_back({"dropped-sound", "the Change EDL would drop " + percent(*dropped) +
+                                                     " of the session's sound (more than " +
+                                                     percent(options.maxDroppedShare) + ")"});
+    }
+    return refusals;
+}
+
+std::vector<TimecodeSpan> uncoveredSpans(const EventList& newCut, const EventList& change,
+                                         const Framerate& rate)
 {
     const std::vector<Interval> cut = joined(recordRanges(newCut, rate));
     const std::vector<Interval> covered = joined(recordRanges(change, rate));
     const double frame = 1.0 / rate.exactRate;
     const auto timecode = [&](double seconds) {
-        core::Timecode value;
+        Timecode value;
         value.fromFrames(static_cast<int>(std::llround(seconds * rate.exactRate)), rate);
         return value.toString();
     };
@@ -267,14 +240,14 @@ std::vector<TimecodeSpan> uncoveredSpans(const core::EventList& newCut, const co
     return spans;
 }
 
-std::vector<size_t> unmatchedEvents(const core::EventList& newCut, const core::EventList& change,
-                                    const core::Framerate& rate)
+std::vector<size_t> unmatchedEvents(const EventList& newCut, const EventList& change,
+                                    const Framerate& rate)
 {
     const std::vector<Interval> covered = joined(recordRanges(change, rate));
     std::vector<size_t> unmatched;
     for (size_t index = 0; index < newCut.getSize(); ++index) {
-        const core::EventBase& event = *newCut.getEvent(index);
-        if (!core::unusableReason(event).empty())
+        const EventBase& event = *newCut.getEvent(index);
+        if (!unusableReason(event).empty())
             continue;
         const auto range = recordRange(event, rate);
         if (range && overlap(covered, *range) <= 0.0)
@@ -283,18 +256,16 @@ std::vector<size_t> unmatchedEvents(const core::EventList& newCut, const core::E
     return unmatched;
 }
 
-std::vector<size_t> eventsOutsideSession(sim::SimProject& project, const core::Framerate& rate,
-                                         const core::EventList& change)
+std::vector<size_t> eventsOutsideSession(const SessionEvidence& session, const Framerate& rate,
+                                         const EventList& change)
 {
-    const double start = project.getProjectStart();
-    const Interval session{start, start + project.length()};
     std::vector<size_t> outside;
     for (size_t index = 0; index < change.getSize(); ++index) {
         const auto range = sourceRange(*change.getEvent(index), rate);
-        if (range && (range->second <= session.first || range->first >= session.second))
+        if (range && (range->second <= session.start || range->first >= session.end))
             outside.push_back(index);
     }
     return outside;
 }
 
-} // namespace montala::run
+} // namespace montala::core
