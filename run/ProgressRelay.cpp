@@ -28,6 +28,7 @@ public:
         state.title = title ? title : u"";
         cancelFlag = flag;
         written = false;
+        shown = false;
         return report(hostWindow->setup(mode, title, flag));
     }
     tresult setPosition(int64 position) override
@@ -55,12 +56,18 @@ public:
         state.position += count;
         return report(hostWindow->advance(count));
     }
-    tresult show() override { return report(hostWindow->show()); }
+    tresult show() override
+    {
+        const tresult answer = hostWindow->show();
+        shown = true;
+        return report(answer);
+    }
     tresult hide() override
     {
         // A closed window can no longer be cancelled.
         const tresult answer = hostWindow->hide();
         cancelFlag = nullptr;
+        shown = false;
         return answer;
     }
 
@@ -69,10 +76,13 @@ public:
 
 private:
     // The host's window first, so that its own cancel (a test's button press)
-    // lands before the watcher is asked.
+    // lands before the watcher is asked. As with a host's cancel button, the
+    // flag is written only while the window is shown: the one who opens it
+    // clears the flag while setting it up, and a cancel written then would
+    // be lost.
     tresult report(tresult answer)
     {
-        if (watcher && watcher(state) && cancelFlag && !written) {
+        if (watcher && watcher(state) && cancelFlag && shown && !written) {
             *cancelFlag = 1;
             written = true;
         }
@@ -83,6 +93,7 @@ private:
     Watcher watcher;
     ProgressState state;
     uint8* cancelFlag = nullptr;
+    bool shown = false;
     bool written = false;
 };
 

@@ -101,6 +101,15 @@ TEST_F(ConformJobTest, CancelAndFailureWriteNothingAndLeaveTheInputAlone)
     EXPECT_TRUE(cancelled.summary.undone);
     EXPECT_FALSE(fs::exists(request.outputPath));
 
+    // Asked from the first call on, while the window is still being set
+    // up: the cancel is not lost when the window opens.
+    ConformWatcher atOnce;
+    atOnce.progress = [](const ProgressState&) { return true; };
+    const ConformOutcome stopped = runConform(request, atOnce);
+    EXPECT_EQ(stopped.status, ConformOutcome::Status::Cancelled) << stopped.message;
+    EXPECT_TRUE(stopped.summary.undone);
+    EXPECT_FALSE(fs::exists(request.outputPath));
+
     // A Ctrl-C before the run began.
     ConformWatcher early;
     early.cancelRequested = [] { return true; };
