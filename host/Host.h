@@ -141,6 +141,8 @@ public:
         Kelmar::IProjectEdit* edit, const core::serialize::SerializationTree& snapshot) override;
 
     // ---- For the programs that drive it
+    // The host's services this object was built over; null once it is shut down.
+    Kelmar::IHostServices* getHostServices() const { return services.get(); }
     Project* getActiveProject() const { return activeProject; }
     // The Project of a host project; null for one not known.
     Project* findProject(Kelmar::IProject* project) const;

@@ -21,7 +21,17 @@ void toWide(const char8* text, char16 (&field)[N])
 
 } // namespace
 
-CPluginFactory::CPluginFactory(const PFactoryInfo& info) : factoryInfo(info) {}
+CPluginFactory::CPluginFactory(const PFactoryInfo& info) : factoryInfo(info)
+{
+    if (!current)
+        current = this;
+}
+
+CPluginFactory::~CPluginFactory()
+{
+    if (current == this)
+        current = nullptr;
+}
 
 bool CPluginFactory::registerClass(const PClassInfo2& info, CreateFunction create)
 {

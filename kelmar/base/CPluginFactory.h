@@ -9,7 +9,8 @@ namespace Kelmar {
 
 // A plug-in module's factory: its maker's record and a table of classes, each
 // with the function that creates an object of it. The module keeps one and
-// hands it out from GetPluginFactory.
+// hands it out from GetPluginFactory: the first one made is the module's
+// instance() until its last reference goes.
 class CPluginFactory : public IPluginFactory3 {
 public:
     // Makes a new object with a count of one; `context` is the host context
@@ -17,7 +18,10 @@ public:
     using CreateFunction = FUnknown* (*)(void* context);
 
     explicit CPluginFactory(const PFactoryInfo& info);
-    virtual ~CPluginFactory() = default;
+    virtual ~CPluginFactory();
+
+    // The module's factory while it lives, else null. Not counted.
+    static CPluginFactory* instance() { return current; }
 
     // False when the class id is already registered.
     bool registerClass(const PClassInfo2& info, CreateFunction create);
@@ -44,6 +48,8 @@ private:
     std::vector<Entry> classes;
     FUnknown* hostContext = nullptr; // borrowed
     std::atomic<uint32> refCount{1};
+
+    static inline CPluginFactory* current = nullptr;
 };
 
 } // namespace Kelmar

@@ -74,7 +74,10 @@ public:
     static constexpr FUID iid{"{4555A2AB-C123-4E57-9B12-291036878931}"};
 };
 
-// The module's exported entry point.
+// The module's exported entry points: InitDll after loading, GetPluginFactory
+// (an owned reference), ExitDll before unloading.
+using InitModuleProc = bool (*)();
+using ExitModuleProc = bool (*)();
 using GetFactoryProc = IPluginFactory* (*)();
 
 } // namespace Kelmar

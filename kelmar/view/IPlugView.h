@@ -7,6 +7,11 @@ namespace Kelmar {
 
 class IPlugFrame;
 
+// The kinds of native parent window a host hands to IPlugView::attached: a
+// window handle on Windows, an X11 window id (cast to a pointer) on Linux.
+inline constexpr const char8* kPlatformTypeHWND = "HWND";
+inline constexpr const char8* kPlatformTypeX11EmbedWindowID = "X11EmbedWindowID";
+
 // A plug-in's view inside a host window.
 class IPlugView : public FUnknown {
 public:
