@@ -9,6 +9,8 @@ packages=(
   libcli11-dev nlohmann-json3-dev
   clang libclang-rt-14-dev ccache
   juce-modules-source xvfb xauth
+  # The simulated host's plug windows are X11 windows of its own.
+  libx11-dev
   # Drives the studio's window with real clicks and keys in its end-to-end test.
   xdotool
   # The window's stand-in for Segoe UI (Latin, Cyrillic), and a CJK font that

@@ -21,8 +21,10 @@ tresult SimActionManager::addHandler(IActionHandler* handler)
 {
     if (!handler)
         return kInvalidArgument;
-    if (std::find(handlers.begin(), handlers.end(), handler) == handlers.end())
+    if (std::find(handlers.begin(), handlers.end(), handler) == handlers.end()) {
         handlers.push_back(handler);
+        host->record("action handler added");
+    }
     return kResultOk;
 }
 
@@ -32,6 +34,7 @@ tresult SimActionManager::removeHandler(IActionHandler* handler)
     if (found == handlers.end())
         return kResultFalse;
     handlers.erase(found);
+    host->record("action handler removed");
     return kResultOk;
 }
 

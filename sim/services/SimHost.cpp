@@ -9,6 +9,9 @@
 #include "sim/services/SimApplicationState.h"
 #include "sim/services/SimClassFactory.h"
 #include "sim/services/SimDependencyRegistry.h"
+#include "sim/services/SimDisplay.h"
+#include "sim/services/SimModule.h"
+#include "sim/session/XmlElement.h"
 #include "sim/edit/SimEdit.h"
 #include "sim/edit/SimEditGroup.h"
 #include "sim/services/SimFailures.h"
@@ -57,7 +60,7 @@ SimHost::SimHost()
       skinService(owned(new SimSkinService(*this))),
       menuRegistry(owned(new SimMenuRegistry(*this))),
       actions(owned(new SimActionManager(*this))),
-      windowRegistry(owned(new SimWindowRegistry)),
+      windowRegistry(owned(new SimWindowRegistry(*this))),
       factory(owned(new SimClassFactory)),
       failurePlan(std::make_shared<SimFailures>())
 {
@@ -67,7 +70,9 @@ SimHost::~SimHost()
 {
     // Quietly: whoever registered notifications may be gone by now. Projects
     // still held elsewhere stop recording into a host that is going.
-    pluginObject.reset();
+    plugins.clear();
+    while (!modules.empty())
+        modules.pop_back();
     openGroup.reset();
     for (const auto& project : manager->openProjects())
         project->setRecording(false);
@@ -253,39 +258,107 @@ void SimHost::runIdle(int turns)
         appState->runIdle();
 }
 
+bool SimHost::loadModule(const std::string& path, std::string& moduleError)
+{
+    std::unique_ptr<SimModule> module = SimModule::open(
+        path, [this](std::string step) { record(std::move(step)); }, moduleError);
+    if (!module)
+        return false;
+    const std::size_t before = plugins.size();
+    if (!loadPlugin(module->factory())) {
+        moduleError = path + ": no service of the module came up";
+        while (plugins.size() > before) {
+            Plugin plugin = std::move(plugins.back());
+            plugins.pop_back();
+            plugin.object->terminate();
+            record("release " + plugin.name + ": " + std::to_string(plugin.object.take()->release()));
+        }
+        return false;
+    }
+    modules.push_back(std::move(module));
+    return true;
+}
+
 bool SimHost::loadPlugin(IPluginFactory* pluginFactory)
 {
-    if (!pluginFactory || pluginObject)
+    if (!pluginFactory)
         return false;
+    bool any = false;
     const int32 count = pluginFactory->countClasses();
     for (int32 i = 0; i < count; ++i) {
         PClassInfo info;
         if (pluginFactory->getClassInfo(i, &info) != kResultOk || std::strncmp(info.category, "Service", 32) != 0)
             continue;
+        const std::string name(info.name, strnlen(info.name, sizeof info.name));
         IPtr<IPluginBase> base;
         if (pluginFactory->createInstance(FUID::fromBytes(info.cid), IPluginBase::iid, base.putVoid()) != kResultOk
             || !base)
             return false;
-        if (base->initialize(static_cast<IHostServices*>(this)) != kResultOk)
+        record("create " + name);
+        const tresult answer = base->initialize(static_cast<IHostServices*>(this));
+        record("initialize " + name + ": " + std::to_string(answer));
+        if (answer != kResultOk) {
+            record("release " + name + ": " + std::to_string(base.take()->release()));
             return false;
-        pluginObject = base;
-        return true;
+        }
+        plugins.push_back(Plugin{std::move(base), name});
+        any = true;
     }
-    return false;
+    return any;
 }
 
 void SimHost::unloadPlugin()
 {
-    if (IPtr<IPluginBase> base = std::move(pluginObject))
-        base->terminate();
+    while (!plugins.empty()) {
+        Plugin plugin = std::move(plugins.back());
+        plugins.pop_back();
+        record("terminate " + plugin.name);
+        plugin.object->terminate();
+        record("release " + plugin.name + ": " + std::to_string(plugin.object.take()->release()));
+    }
+}
+
+IPluginBase* SimHost::plugin() const
+{
+    return plugins.empty() ? nullptr : plugins.front().object.get();
+}
+
+std::unique_ptr<XmlElement> SimHost::readResource(ModuleHandle module, const std::string& resource,
+                                                  std::string& resourceError) const
+{
+    if (!module)
+        return XmlElement::parseFile(resourcePath(resource), resourceError);
+    const std::string path = SimModule::pathOf(module);
+    if (path.empty()) {
+        resourceError = resource + ": the module handle names no loaded module";
+        return nullptr;
+    }
+    const std::optional<std::string> text = SimModule::resource(path, resource, resourceError);
+    if (!text)
+        return nullptr;
+    auto root = XmlElement::parse(*text, resourceError);
+    if (!root)
+        resourceError = path + " (" + resource + "): " + resourceError;
+    return root;
+}
+
+bool SimHost::openDisplay()
+{
+    if (!x11)
+        x11 = SimDisplay::open();
+    return x11 != nullptr;
 }
 
 void SimHost::shutdown()
 {
     unloadPlugin();
+    skinService->closeAll();
     manager->closeAll();
     openGroup.reset();
     depth = 0;
+    // The modules' code goes last: nothing of theirs may be left to call.
+    while (!modules.empty())
+        modules.pop_back();
 }
 
 } // namespace montala::sim

@@ -20,10 +20,12 @@ class SimAlertService;
 class SimApplicationState;
 class SimClassFactory;
 class SimDependencyRegistry;
+class SimDisplay;
 class SimEditGroup;
 class SimFailures;
 class SimFileDialogService;
 class SimMenuRegistry;
+class SimModule;
 class SimProgressService;
 class SimProject;
 class SimProjectManager;
@@ -31,6 +33,7 @@ class SimSkinService;
 class SimTransport;
 class SimTranslationService;
 class SimWindowRegistry;
+class XmlElement;
 
 // The simulated host: the context a plug-in is initialized with. It owns the
 // project manager and every service, and the one undo group that is open at
@@ -116,20 +119,49 @@ public:
     // ---- Resources of modules (translation tables, skins)
     void setResourceFolder(std::string folder) { resources = std::move(folder); }
     std::string resourcePath(const std::string& resource) const;
+    // The XML resource `resource` of a module: the one embedded in the
+    // module's file, or for no module (null) the file of that name in the
+    // resource folder. Null with `error` when it is missing or no XML.
+    std::unique_ptr<XmlElement> readResource(Kelmar::ModuleHandle module, const std::string& resource,
+                                             std::string& error) const;
+
+    // ---- The display
+    // Connects to the X server of $DISPLAY, so that plug windows opened from
+    // now on are real top-level windows with the plug-in's view attached.
+    // False when none answers; windows then stay headless.
+    bool openDisplay();
+    SimDisplay* display() const { return x11.get(); }
 
     // ---- The run loop
     void runIdle(int turns = 1);
 
-    // ---- A plug-in module
-    // Creates the factory's first class of category "Service" and initializes
-    // it with this host. False when there is none or it refuses.
+    // ---- Plug-in modules
+    // Opens a module file as a host does: InitDll, GetPluginFactory, then
+    // every class of category "Service" created and initialized with this
+    // host. False with `error` naming the file when it does not load or a
+    // service refuses; what was made of it is taken down again.
+    bool loadModule(const std::string& path, std::string& error);
+    // Creates every class of category "Service" of the factory and
+    // initializes it with this host. False when there is none or one refuses.
     bool loadPlugin(Kelmar::IPluginFactory* factory);
-    // Terminates and releases the plug-in.
+    // Terminates and releases the plug-ins, the last loaded first.
     void unloadPlugin();
-    Kelmar::IPluginBase* plugin() const { return pluginObject.get(); }
+    // The first plug-in loaded, or null.
+    Kelmar::IPluginBase* plugin() const;
 
-    // Closes every project and releases the plug-in and all the services
-    // hold, so that nothing is left when the last reference goes.
+    // What happened to plug-ins in this host, in order, e.g. "load
+    // Montala.so", "InitDll", "GetPluginFactory", "create Montala",
+    // "initialize Montala: 0", "menu entry Project/Montala", "action handler
+    // added", "translation table Montala", "window factory added", and on
+    // the way down "terminate Montala", ..., "release Montala: 0", "release
+    // factory: 0", "ExitDll: true", "unload". A reference count after a
+    // release follows the colon.
+    const std::vector<std::string>& lifecycle() const { return steps; }
+    void record(std::string step) { steps.push_back(std::move(step)); }
+
+    // Terminates and releases the plug-ins, closes every project and window
+    // and releases all the services hold, then unloads the modules, so that
+    // nothing is left when the last reference goes.
     void shutdown();
 
 private:
@@ -157,7 +189,14 @@ private:
     bool closing = false;
 
     std::string resources = ".";
-    Kelmar::IPtr<Kelmar::IPluginBase> pluginObject;
+    struct Plugin {
+        Kelmar::IPtr<Kelmar::IPluginBase> object;
+        std::string name;
+    };
+    std::vector<Plugin> plugins;
+    std::vector<std::unique_ptr<SimModule>> modules;
+    std::unique_ptr<SimDisplay> x11;
+    std::vector<std::string> steps;
 };
 
 } // namespace montala::sim

@@ -1,6 +1,7 @@
 #include "sim/services/SimMenuRegistry.h"
 
 #include "sim/services/SimActionManager.h"
+#include "kelmar/base/String.h"
 #include "sim/services/SimHost.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ tresult SimMenuRegistry::addEntry(ModuleHandle module, const char8* menu, const 
     if (!menu || !title || !category || !action)
         return kInvalidArgument;
     list.push_back(Entry{module, menu, title, flags, category, action});
+    host->record(std::string("menu entry ") + menu + "/" + String::utf16ToUtf8(title));
     return kResultOk;
 }
 
@@ -29,6 +31,7 @@ tresult SimMenuRegistry::removeEntries(ModuleHandle module)
 {
     const auto before = list.size();
     std::erase_if(list, [module](const Entry& entry) { return entry.module == module; });
+    host->record("menu entries removed: " + std::to_string(before - list.size()));
     return list.size() < before ? kResultOk : kResultFalse;
 }
 

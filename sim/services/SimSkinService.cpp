@@ -18,21 +18,23 @@ tresult SimSkinService::queryInterface(const FUID& iid, void** obj)
     return FObject::queryInterface(iid, obj);
 }
 
-tresult SimSkinService::loadSkin(ModuleHandle, const char8* resource)
+tresult SimSkinService::loadSkin(ModuleHandle module, const char8* resource)
 {
     if (!resource)
         return kInvalidArgument;
-    const std::string path = host->resourcePath(resource);
-    const auto root = XmlElement::parseFile(path, error);
+    const auto root = host->readResource(module, resource, error);
     if (!root)
         return kResultFalse;
     if (root->name() != "skin") {
-        error = path + ": the root is not <skin>";
+        error = std::string(resource) + ": the root is not <skin>";
         return kResultFalse;
     }
-    for (const auto& element : root->children())
-        if (const std::string* name = element->attribute("name"); element->name() == "template" && name)
-            templates.insert(*name);
+    for (const auto& element : root->children()) {
+        const std::string* name = element->attribute("name");
+        const std::string* title = element->attribute("title");
+        if (element->name() == "template" && name)
+            templates[*name] = title ? *title : *name;
+    }
     error.clear();
     return kResultOk;
 }
@@ -42,7 +44,8 @@ tresult SimSkinService::openWindow(const char8* name, IPlugController* controlle
     if (!name || !controller || !window)
         return kInvalidArgument;
     *window = nullptr;
-    if (!templates.count(name)) {
+    const auto found = templates.find(name);
+    if (found == templates.end()) {
         error = std::string("no template \"") + name + "\" in the loaded skins";
         return kInvalidArgument;
     }
@@ -53,10 +56,17 @@ tresult SimSkinService::openWindow(const char8* name, IPlugController* controlle
             return kResultFailed;
         }
     }
-    auto created = owned(new SimPlugWindow(name, view));
+    auto created = owned(new SimPlugWindow(name, found->second, view, host->display()));
     opened.push_back(created);
-    *window = created.take();
+    *window = created.get();
     return kResultOk;
+}
+
+void SimSkinService::closeAll()
+{
+    const auto windows = std::move(opened);
+    for (const auto& window : windows)
+        window->close(0);
 }
 
 std::size_t SimSkinService::openWindowCount() const

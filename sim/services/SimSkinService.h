@@ -5,7 +5,7 @@
 #include "sim/project/SimBase.h"
 #include "sim/services/SimPlugWindow.h"
 
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,9 +13,11 @@ namespace montala::sim {
 
 class SimHost;
 
-// Opens windows from the skins that modules load from their resource folder
-// (root <skin> with <template name="..."> elements). Opening a window asks the
-// controller for IViewBuilder and builds the view of the template's name.
+// Opens windows from the skins that modules load from their resources (root
+// <skin> with <template name="..." title="..."> elements). Opening a window
+// asks the controller for IViewBuilder and builds the view of the template's
+// name. The windows are the host's: openWindow hands out a borrowed pointer,
+// good until the window closes.
 class SimSkinService : public SimBase, public Kelmar::ISkinService {
 public:
     explicit SimSkinService(SimHost& host) : host(&host) {}
@@ -30,11 +32,13 @@ public:
     // Every window opened so far, closed ones included.
     const std::vector<Kelmar::IPtr<SimPlugWindow>>& windows() const { return opened; }
     std::size_t openWindowCount() const;
+    // Closes every window still open and forgets them all.
+    void closeAll();
     const std::string& lastError() const { return error; }
 
 private:
     SimHost* host;
-    std::set<std::string> templates;
+    std::map<std::string, std::string> templates; // name -> title
     std::vector<Kelmar::IPtr<SimPlugWindow>> opened;
     std::string error;
 };

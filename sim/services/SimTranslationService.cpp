@@ -29,17 +29,16 @@ tresult SimTranslationService::translate(const String& text, String& translated)
     return kResultOk;
 }
 
-tresult SimTranslationService::loadTable(ModuleHandle, const char8* resource, const char8* table)
+tresult SimTranslationService::loadTable(ModuleHandle module, const char8* resource, const char8* table)
 {
     if (!resource || !table)
         return kInvalidArgument;
-    const std::string path = host->resourcePath(resource);
-    const auto root = XmlElement::parseFile(path, error);
+    const auto root = host->readResource(module, resource, error);
     if (!root)
         return kResultFalse;
     const XmlElement* strings = root->child("StringTable");
     if (root->name() != "Translation" || !strings) {
-        error = path + ": no <Translation> with a <StringTable>";
+        error = std::string(resource) + ": no <Translation> with a <StringTable>";
         return kResultFalse;
     }
     for (const auto& entry : strings->children()) {
@@ -51,6 +50,7 @@ tresult SimTranslationService::loadTable(ModuleHandle, const char8* resource, co
             languages[translation->name()] = translation->text();
     }
     loaded.push_back(table);
+    host->record(std::string("translation table ") + table);
     error.clear();
     return kResultOk;
 }

@@ -1,5 +1,7 @@
 #include "sim/services/SimWindowRegistry.h"
 
+#include "sim/services/SimHost.h"
+
 #include "kelmar/view/IPlugWindowFactory.h"
 
 #include <algorithm>
@@ -19,8 +21,10 @@ tresult SimWindowRegistry::addWindowFactory(IPlugWindowFactory* factory)
 {
     if (!factory)
         return kInvalidArgument;
-    if (std::find(factories.begin(), factories.end(), factory) == factories.end())
+    if (std::find(factories.begin(), factories.end(), factory) == factories.end()) {
         factories.push_back(factory);
+        host->record("window factory added");
+    }
     return kResultOk;
 }
 
@@ -30,6 +34,7 @@ tresult SimWindowRegistry::removeWindowFactory(IPlugWindowFactory* factory)
     if (found == factories.end())
         return kResultFalse;
     factories.erase(found);
+    host->record("window factory removed");
     return kResultOk;
 }
 

@@ -8,10 +8,14 @@
 
 namespace montala::sim {
 
+class SimHost;
+
 // The plug-in window factories the host knows. Factories are not
 // reference-counted: each removes itself before it goes.
 class SimWindowRegistry : public SimBase, public Kelmar::IWindowRegistry {
 public:
+    explicit SimWindowRegistry(SimHost& host) : host(&host) {}
+
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
 
@@ -23,6 +27,7 @@ public:
     std::size_t size() const { return factories.size(); }
 
 private:
+    SimHost* host;
     std::vector<Kelmar::IPlugWindowFactory*> factories;
 };
 

@@ -125,14 +125,14 @@ TEST_F(ModuleResourcesTest, OpensAWindowOfALoadedSkinWithTheControllersView)
 {
     SimSkinService& skins = host->skins();
     auto controller = owned(new TinyController);
-    IPtr<IPlugWindow> window;
+    IPlugWindow* window = nullptr; // the host's
     EXPECT_NE(skins.loadSkin(nullptr, "skin.xml"), kResultOk) << "there is no skin yet";
     write("skin.xml", R"(<skin><template name="MontalaWindow" size="0,0,0,0" title="Montala">
                            <view name="MontalaWindow" size="0,0,1300,750" attach="all"/></template></skin>)");
     ASSERT_EQ(skins.loadSkin(nullptr, "skin.xml"), kResultOk) << skins.lastError();
-    EXPECT_EQ(skins.openWindow("Other", controller.get(), window.put()), kInvalidArgument);
+    EXPECT_EQ(skins.openWindow("Other", controller.get(), &window), kInvalidArgument);
 
-    ASSERT_EQ(skins.openWindow("MontalaWindow", controller.get(), window.put()), kResultOk);
+    ASSERT_EQ(skins.openWindow("MontalaWindow", controller.get(), &window), kResultOk);
     EXPECT_EQ(controller->views, 1);
     window->show();
     window->setCloseNotification(controller.get());
