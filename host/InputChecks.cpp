@@ -91,6 +91,7 @@ bool confirmInputs(Project& project, bool preview)
     // Destination markers on the old timeline are an earlier run's.
     options.conformedBefore = !evidence.destinationMarkers.empty();
     options.wholeChange = !preview && !settings.getRestrictRange();
+    options.swappedCutsQuestion = "were the Old and New EDLs added the wrong way round?";
     const std::vector<core::InputRefusal> refusals =
         core::checkInputs(evidence, project.getFramerate(), model.getOldList(), model.getNewList(),
                           model.getChangeList(), options);

@@ -198,8 +198,8 @@ std::vector<InputRefusal> checkInputs(const SessionEvidence& session, const Fram
         if (fit == SessionFit::New)
             refusals.push_back({"picture", options.conformedBefore
                                                ? "this session already follows the New cut"
-                                               : "the session follows the New cut, not the Old one: did you swap "
-                                                 "--old and --new?"});
+                                               : "the session follows the New cut, not the Old one: " +
+                                                 options.swappedCutsQuestion});
         else if (fit == SessionFit::Neither)
             refusals.push_back({"picture", "the session's picture does not follow the Old cut"});
     }

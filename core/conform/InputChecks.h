@@ -75,6 +75,9 @@ struct InputCheckOptions {
     bool wholeChange = true;
     // More of the session's sound than this share dropped is refused.
     double maxDroppedShare = 0.8;
+    // How the question after swapped cuts names them: the command line by
+    // its options, the window by its lists.
+    std::string swappedCutsQuestion = "did you swap --old and --new?";
 };
 
 // The picture is compared with the cuts when both are there (not for a

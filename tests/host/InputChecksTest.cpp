@@ -72,7 +72,7 @@ TEST_F(InputChecksTest, SwappedCutsAreAskedAboutBeforeApplyAndPreview)
     loadCuts(true);
     swapHalves();
     // The Change EDL keeps all the sound: the picture alone is asked about.
-    expectAbortThenContinue("did you swap --old and --new?");
+    expectAbortThenContinue("were the Old and New EDLs added the wrong way round?");
 
     // A preview asks too, and an abort of it adds nothing to the project.
     const std::string before = saved(*hostProject);
