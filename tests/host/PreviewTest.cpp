@@ -80,9 +80,14 @@ TEST_F(PreviewTest, TheNewArrangementIsShownWithTheTracksLockedButMemosOpen)
     EXPECT_NEAR(hostProject->leftLocator, area - 0.6, 1e-9);
     EXPECT_NEAR(hostProject->rightLocator, area + 5.4, 1e-9);
 
-    // Showing the source instead leaves the tracks open for work.
+    // Showing the source instead leaves the tracks open for work. The locks
+    // of the first preview were its own, not the user's: the second one
+    // carries every track again, and its summary says so.
     EXPECT_EQ(previewAll(false), Result::Ok);
     EXPECT_FALSE(locked("DX"));
+    EXPECT_EQ(heard("DX", area + 3600.0 + 2.0), "t2.wav@7.00");
+    EXPECT_EQ(montala->lastRun().tracksTakingPart, (std::vector<std::string>{"DX", "FX", "Notes", "Picture"}));
+    EXPECT_TRUE(montala->lastRun().tracksLeftOut.empty());
     EXPECT_DOUBLE_EQ(hostProject->cycleLeft, 0.0);
     EXPECT_DOUBLE_EQ(hostProject->cycleRight, 20.0);
 }
