@@ -475,9 +475,9 @@ Result::Type Host::showPreview(const core::EventList& events, size_t first, size
         }
         if (start > end)
             return Result::Ok;
-        const double projectStart = project.getProjectStart();
-        setCycle(start - projectStart, end - projectStart);
-        setCursor(start - projectStart);
+        const HostClock host = project.tracks().clock();
+        setCycle(host.toHost({start}).seconds, host.toHost({end}).seconds);
+        setCursor(host.toHost({start}).seconds);
         setLocators(start, start + (oldRight - oldLeft), true);
         project.setTracksLocked(showDestination);
         project.getDataModel().setProperty(PropertyKey::PreviewShowsDestination, core::Variant(showDestination));

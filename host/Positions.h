@@ -15,6 +15,15 @@ struct HostRelative {
     double seconds = 0.0;
 };
 
+// The host's clock beside Montala's: where the project starts, and the one
+// conversion each way. Taken once for a loop: the start is a host call.
+struct HostClock {
+    double projectStart = 0.0;
+
+    HostRelative toHost(Absolute time) const { return {time.seconds - projectStart}; }
+    Absolute fromHost(HostRelative time) const { return {time.seconds + projectStart}; }
+};
+
 // A marker this short or shorter is a point; a gap in the new arrangement
 // this short or shorter is left unbridged.
 constexpr double shortestLength = 0.01;

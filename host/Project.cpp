@@ -142,9 +142,9 @@ void Project::setLocators(double left, double right, bool absolute)
         // Both move back by a tenth of the range, so the start is heard with
         // a little lead-in; the range keeps its length.
         const double lead = (right - left) / 10.0;
-        const double start = getProjectStart();
-        left = left - lead - start;
-        right = right - lead - start;
+        const HostClock host = projectTracks.clock();
+        left = host.toHost({left - lead}).seconds;
+        right = host.toHost({right - lead}).seconds;
     }
     setTime(*locators, "leftTime", left);
     setTime(*locators, "rightTime", right);

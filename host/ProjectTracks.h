@@ -37,8 +37,8 @@ public:
     bool containsTrack(const Track& track) { return containsTrack(track.getHostTrack()); }
 
     double getProjectEnd() const;
-    HostRelative toHost(Absolute time) const { return {time.seconds - getProjectStart()}; }
-    Absolute fromHost(HostRelative time) const { return {time.seconds + getProjectStart()}; }
+    HostRelative toHost(Absolute time) const { return clock().toHost(time); }
+    Absolute fromHost(HostRelative time) const { return clock().fromHost(time); }
 
     Kelmar::IPtr<Kelmar::IProjectObject> projectObject() const;
     // The context an edit of `container`'s children is made in; the

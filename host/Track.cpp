@@ -102,11 +102,11 @@ Kelmar::IPtr<Kelmar::IProjectObject> Track::object() const
     return queryRequired<Kelmar::IProjectObject>(hostTrack);
 }
 
-double Track::projectStart() const
+HostClock Track::clock() const
 {
     if (!home)
         throw Result::NotInitialized;
-    return home->getProjectStart();
+    return home->clock();
 }
 
 // ---- Selection, lock, kind, type, name
@@ -302,7 +302,7 @@ void Track::assignEventIds(double start, double end)
 
 core::AudioInfo::Range Track::chainRange(Kelmar::IAudioChainEntry& entry) const
 {
-    const double offset = projectStart();
+    const HostClock host = clock();
     core::AudioInfo::Range range{entry.getStart(), entry.getEnd()};
 
     // A chain of joined events sounds as one: its range ends where the last
@@ -323,8 +323,8 @@ core::AudioInfo::Range Track::chainRange(Kelmar::IAudioChainEntry& entry) const
         if (parent && parent->isKind("part"))
             range.end += parent->getStart(nullptr);
     }
-    range.start += offset;
-    range.end += offset;
+    range.start = host.fromHost({range.start}).seconds;
+    range.end = host.fromHost({range.end}).seconds;
     if (range.end < range.start)
         throw Result::InvalidArgument;
     return range;
@@ -427,7 +427,7 @@ void Track::readAutomation()
     automation.clear();
     if (!hostTrack)
         throw Result::NotInitialized;
-    const double offset = projectStart();
+    const HostClock host = clock();
     Kelmar::IPtr<Kelmar::IObjectIterator> tracks = Kelmar::owned(hostTrack->getAutomationTracks());
     if (!tracks)
         return;
@@ -446,7 +446,7 @@ void Track::readAutomation()
         for (auto& pointObject : childrenOf(*trackObject)) {
             auto point = queryRequired<Kelmar::IAutomationPoint>(pointObject.get());
             auto curvePoint = Kelmar::queryInterface<Kelmar::IAutomationCurvePoint>(pointObject.get());
-            const double time = pointObject->getStart(nullptr) + offset;
+            const double time = host.fromHost({pointObject->getStart(nullptr)}).seconds;
             const double value = point->getValue();
             data.points.emplace(time, point);
             data.curve.add(time, value, curvePoint && curvePoint->isSegmentEnd());
@@ -507,7 +507,7 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
 {
     if (end < start)
         throw Result::InvalidArgument;
-    const double offset = projectStart();
+    const HostClock clockOfHost = clock();
     Kelmar::IProject& host = *home->getHostProject();
 
     // The curve arrives at the gap as it was and leaves it as it was; in
@@ -537,7 +537,7 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
         // The new point on the start goes right after the one that stays
         // there, on the host's very time of it.
         const double startTime = onStart ? queryRequired<Kelmar::IProjectObject>(firstOnStart->second.get())->getStart(nullptr)
-                                         : start - offset;
+                                         : clockOfHost.toHost({start}).seconds;
         const auto from = onStart ? std::next(firstOnStart) : firstOnStart;
         const auto to = onEnd ? std::prev(pastOnEnd) : pastOnEnd;
         // The gap is wider than two samples: what stays on its edges does not
@@ -563,13 +563,14 @@ void Track::bridgeGap(Kelmar::IProjectEdit& edit, double start, double end)
                 check(point->setSegmentEnd(context.get(), true, 0));
             check(pointObject->setStart(context.get(), hostTime, 0));
             check(edit.addObject(context.get(), pointObject.get()));
-            data.points.emplace(hostTime + offset, queryRequired<Kelmar::IAutomationPoint>(point.get()));
-            curve.add(hostTime + offset, static_cast<float>(value), segmentEnd);
+            const double absolute = clockOfHost.fromHost({hostTime}).seconds;
+            data.points.emplace(absolute, queryRequired<Kelmar::IAutomationPoint>(point.get()));
+            curve.add(absolute, static_cast<float>(value), segmentEnd);
         };
         addPoint(startTime, held, true);
         // Without a point on the end the curve leaves it from a new one.
         if (!onEnd)
-            addPoint(end - offset, leaving, holdsAfter);
+            addPoint(clockOfHost.toHost({end}).seconds, leaving, holdsAfter);
     }
 }
 

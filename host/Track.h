@@ -115,7 +115,8 @@ private:
     // every wrapper of the track while the project caches its tracks (a run's
     // detectors ask for it once per piece and position), read anew otherwise.
     std::shared_ptr<const ChainImage> chainImage() const;
-    double projectStart() const;
+    // The clock of the track's project; NotInitialized without one.
+    HostClock clock() const;
 
     TrackHome* home = nullptr;
     std::vector<AutomationData> automation;

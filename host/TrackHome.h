@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/Positions.h"
+
 #include "kelmar/project/IProject.h"
 #include "kelmar/project/ITrack.h"
 #include "kelmar/services/IHostServices.h"
@@ -27,6 +29,7 @@ public:
     virtual Kelmar::IProject* getHostProject() const = 0;
     virtual Kelmar::IHostServices* getServices() const = 0;
     virtual double getProjectStart() const = 0;
+    HostClock clock() const { return {getProjectStart()}; }
     virtual bool containsTrack(const Kelmar::ITrack* track) = 0;
     // Counts the notices after which a track may have left the project (a
     // user's edit, new settings); a Track that saw another count than this

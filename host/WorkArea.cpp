@@ -60,11 +60,11 @@ void WorkArea::clearConformOffset()
 
 double WorkArea::latestEnd(const std::vector<Track>& candidates, double end)
 {
-    const double start = tracks.getProjectStart();
-    double latest = start;
+    const HostClock host = tracks.clock();
+    double latest = host.projectStart;
     for (const Track& track : candidates)
         for (const TrackEvent& event : track.getEventsInRange(0.0, end))
-            latest = std::max(latest, event.getEnd() + start);
+            latest = std::max(latest, host.fromHost({event.getEnd()}).seconds);
     return latest;
 }
 
@@ -72,7 +72,7 @@ void WorkArea::computeConformOffset()
 {
     // The day's length follows the rate, which the project may not have read yet.
     rate.getFramerate();
-    const double latest = latestEnd(tracks.getTracks(), tracks.getProjectEnd() - tracks.getProjectStart());
+    const double latest = latestEnd(tracks.getTracks(), tracks.toHost({tracks.getProjectEnd()}).seconds);
     const double offset = (std::floor(latest / currentDayLength) + 1.0) * currentDayLength;
     model.setProperty(conformOffsetKey, core::Variant(offset));
 }
@@ -81,15 +81,15 @@ void WorkArea::extendProjectEnd(bool selectedOnly)
 {
     if (!model.isPreviewActive() || !hasConformOffset())
         return;
-    const double start = tracks.getProjectStart();
     const double offset = getConformOffset();
     std::vector<Track> reaching;
     for (Track& track : tracks.getTracks())
         if (!selectedOnly || (track.object()->getFlags() & Kelmar::IProjectObject::kContentChanged) != 0)
             reaching.push_back(track);
+    const double workAreaStart = tracks.toHost({offset}).seconds;
     double latest = 0.0;
     for (const Track& track : reaching)
-        for (const TrackEvent& event : track.getEventsInRange(0.0, offset - start))
+        for (const TrackEvent& event : track.getEventsInRange(0.0, workAreaStart))
             latest = std::max(latest, event.getEnd());
     const double newEnd = (std::floor(latest / currentDayLength) + 1.0) * currentDayLength + offset;
     const double end = tracks.getProjectEnd();
