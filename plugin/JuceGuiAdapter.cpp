@@ -1,6 +1,7 @@
 #include "plugin/JuceGuiAdapter.h"
 
 #include "gui/MainGui.h"
+#include "gui/Palette.h"
 
 #include "kelmar/view/IPlugFrame.h"
 
@@ -162,6 +163,11 @@ tresult JuceGuiAdapter::setContentScaleFactor(float factor)
         frame->resizeView(this, &scaled);
     resized();
     return kResultOk;
+}
+
+void JuceGuiAdapter::paint(juce::Graphics& g)
+{
+    g.fillAll(gui::palette::window);
 }
 
 void JuceGuiAdapter::resized()

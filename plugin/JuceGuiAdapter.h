@@ -43,6 +43,9 @@ public:
     Kelmar::tresult setContentScaleFactor(float factor) override;
 
     void resized() override;
+    // Opaque, as the host's window behind it is not drawn: what the main
+    // component leaves shows the window's colour.
+    void paint(juce::Graphics& g) override;
 
 protected:
     void removedFromParent() override;
