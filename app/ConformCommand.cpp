@@ -74,22 +74,10 @@ private:
 
 const char* markerName(host::TrackType type)
 {
-    switch (type) {
-    case host::TrackType::Destination:
-        return "destination";
-    case host::TrackType::Transition:
-        return "transition";
-    case host::TrackType::Insert:
-        return "insert";
-    case host::TrackType::AutomationWarning:
-        return "automation";
-    case host::TrackType::Snippet:
-        return "snippet";
-    case host::TrackType::Overlap:
-        return "overlap";
-    default:
-        return "other";
-    }
+    for (const core::MarkerKindRow& row : core::markerKinds())
+        if (host::trackTypeOf(row.kind) == type)
+            return row.commandLineName;
+    return "other";
 }
 
 const char* leftOutReason(host::RunSummary::LeftOut reason)
@@ -243,7 +231,7 @@ private:
         if (!options.range.empty())
             request.range = std::make_pair(options.range[0], options.range[1]);
         for (const std::string& name : options.noMarkers)
-            request.noMarkers.insert(*run::parseMarkerKind(name));
+            request.noMarkers.insert(*core::markerKindNamed(name));
         return std::nullopt;
     }
 
@@ -364,7 +352,7 @@ void registerConformCommand(CLI::App& program, CommandIo& io)
     command->add_option("--range", options->range, "Keep the run inside IN OUT (timecodes)")->expected(2);
     command->add_option("--no-markers", options->noMarkers, "Marker kinds not to write")
         ->expected(1, -1)
-        ->check(CLI::IsMember(run::markerKindNames()));
+        ->check(CLI::IsMember(core::markerKindNames()));
     command->add_flag("--json", options->json, "Print one JSON document for scripts");
     command->add_flag("--force", options->force,
                       "Go on although the checks find that the session and the EDLs do not belong together");

@@ -29,18 +29,6 @@ std::string translatedName(TrackType type)
         util::StringUtil::translate(Kelmar::String::utf8ToUtf16(trackTypeName(static_cast<int>(type)))));
 }
 
-TrackType markerTrackOf(core::InformationKind kind)
-{
-    switch (kind) {
-    case core::InformationKind::Insert: return TrackType::Insert;
-    case core::InformationKind::Transition: return TrackType::Transition;
-    case core::InformationKind::AutomationWarning: return TrackType::AutomationWarning;
-    case core::InformationKind::Snippet: return TrackType::Snippet;
-    case core::InformationKind::Overlap: return TrackType::Overlap;
-    }
-    throw Result::InvalidArgument;
-}
-
 } // namespace
 
 MontalaTracks::MontalaTracks(ProjectTracks& projectTracks, core::FramerateProvider& framerate)
@@ -163,18 +151,11 @@ void MontalaTracks::createFolderAndMarkers(Kelmar::IProjectEdit& edit, const cor
     ensureTrack(edit, TrackType::Folder, folders, folderTrack, "folder");
 
     std::vector<Track> candidates = tracks.getTracks("marker");
-    const std::pair<TrackType, bool> wanted[] = {
-        {TrackType::Destination, settings.getCreateDestinationMarkers()},
-        {TrackType::Insert, settings.getCreateInsertMarkers()},
-        {TrackType::Transition, settings.getCreateTransitionMarkers()},
-        {TrackType::AutomationWarning, settings.getCreateAutomationWarningMarkers()},
-        {TrackType::Snippet, settings.getCreateSnippetMarkers()},
-        {TrackType::Overlap, settings.getCreateOverlapMarkers()},
-        {TrackType::Memos, true},
-    };
-    for (const auto& [type, enabled] : wanted)
-        if (enabled)
-            ensureMarkerTrack(edit, candidates, markerTrack(type), type);
+    for (const core::MarkerKindRow& row : core::markerKinds())
+        if (settings.createsMarkers(row.kind))
+            ensureMarkerTrack(edit, candidates, markerTrack(trackTypeOf(row.kind)), trackTypeOf(row.kind));
+    // The user's memos have a track whatever the settings say.
+    ensureMarkerTrack(edit, candidates, markerTrack(TrackType::Memos), TrackType::Memos);
 }
 
 Track MontalaTracks::ensureNewVideoTrack(Kelmar::IProjectEdit& edit)
@@ -254,7 +235,7 @@ void MontalaTracks::generateMarkers(Kelmar::IProjectEdit& edit, const std::vecto
                                     const WorkArea& area, core::ProgressHandlerBase* progress, MarkerCount& written)
 {
     for (const core::InformationEntry& entry : entries) {
-        const TrackType type = markerTrackOf(entry.kind);
+        const TrackType type = trackTypeOf(core::markerKindOf(entry.kind));
         Track& target = markerTrack(type);
         writeMarker(edit, target.isValid() ? &target : nullptr, entry.text, std::string(),
                     area.behindEnd({entry.start}), area.behindEnd({entry.end}), 0);

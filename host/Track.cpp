@@ -56,13 +56,10 @@ bool readInteger(Kelmar::IProjectObject& object, const char* name, int64_t& valu
 
 const char* trackTypeName(int type)
 {
+    for (const core::MarkerKindRow& row : core::markerKinds())
+        if (static_cast<int>(row.kind) == type)
+            return row.trackName;
     switch (static_cast<TrackType>(type)) {
-    case TrackType::Destination: return "Destination";
-    case TrackType::Transition: return "Dissolve/Wipe";
-    case TrackType::Insert: return "Insert";
-    case TrackType::AutomationWarning: return "Automation Warning";
-    case TrackType::Snippet: return "Audio Snippet";
-    case TrackType::Overlap: return "Overlap";
     case TrackType::Memos: return "Memos";
     case TrackType::NewVideo: return "New Video";
     case TrackType::Folder: return "Montala Markers";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/conform/AudioInfo.h"
+#include "core/conform/MarkerKinds.h"
 #include "host/AutomationData.h"
 #include "host/TrackEvent.h"
 #include "host/TrackHome.h"
@@ -22,19 +23,25 @@ class IAudioChainEntry;
 namespace montala::host {
 
 // The kinds of track Montala makes and finds again by the number it writes
-// into an attribute of the track (typeAttribute names which one).
+// into an attribute of the track (typeAttribute names which one). The marker
+// tracks of the marker kinds carry the kinds' own numbers.
 enum class TrackType : int {
-    Destination = 1,
-    Transition = 2,
-    Insert = 3,
-    AutomationWarning = 4,
-    Snippet = 5,
-    Overlap = 6,
+    Destination = static_cast<int>(core::MarkerKind::Destination),
+    Transition = static_cast<int>(core::MarkerKind::Transition),
+    Insert = static_cast<int>(core::MarkerKind::Insert),
+    AutomationWarning = static_cast<int>(core::MarkerKind::AutomationWarning),
+    Snippet = static_cast<int>(core::MarkerKind::Snippet),
+    Overlap = static_cast<int>(core::MarkerKind::Overlap),
     Memos = 7,
     NewVideo = 8,
     Folder = 9,
     OldVideo = 10,
 };
+
+inline TrackType trackTypeOf(core::MarkerKind kind)
+{
+    return static_cast<TrackType>(kind);
+}
 
 // The name a track of that type is given (English; translated when written),
 // "INVALID!" for any other number.

@@ -27,12 +27,6 @@ using util::Result;
 
 namespace {
 
-const std::map<std::string, MarkerKind> markerKinds = {
-    {"destination", MarkerKind::Destination}, {"transition", MarkerKind::Transition},
-    {"insert", MarkerKind::Insert},           {"snippet", MarkerKind::Snippet},
-    {"automation", MarkerKind::Automation},   {"overlap", MarkerKind::Overlap},
-};
-
 void applySettings(const ConformRequest& request, const core::Framerate& rate, core::Settings& settings)
 {
     settings.setMatchName(request.match);
@@ -46,13 +40,8 @@ void applySettings(const ConformRequest& request, const core::Framerate& rate, c
     if (request.overhangFrames)
         settings.setOverhangFrames(*request.overhangFrames);
     settings.setCreateVirginTerritories(request.virginTerritories);
-    const auto& off = request.noMarkers;
-    settings.setCreateDestinationMarkers(!off.count(MarkerKind::Destination));
-    settings.setCreateTransitionMarkers(!off.count(MarkerKind::Transition));
-    settings.setCreateInsertMarkers(!off.count(MarkerKind::Insert));
-    settings.setCreateSnippetMarkers(!off.count(MarkerKind::Snippet));
-    settings.setCreateAutomationWarningMarkers(!off.count(MarkerKind::Automation));
-    settings.setCreateOverlapMarkers(!off.count(MarkerKind::Overlap));
+    for (const core::MarkerKindRow& row : core::markerKinds())
+        settings.setCreateMarkers(row.kind, !request.noMarkers.count(row.kind));
     (void)rate;
 }
 
@@ -481,21 +470,6 @@ private:
 };
 
 } // namespace
-
-const std::vector<std::string>& markerKindNames()
-{
-    static const std::vector<std::string> names = {"destination", "transition", "insert",
-                                                   "snippet",     "automation", "overlap"};
-    return names;
-}
-
-std::optional<MarkerKind> parseMarkerKind(const std::string& name)
-{
-    const auto found = markerKinds.find(name);
-    if (found == markerKinds.end())
-        return std::nullopt;
-    return found->second;
-}
 
 const char* stageName(ConformStage stage)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/conform/InputChecks.h"
+#include "core/conform/MarkerKinds.h"
 #include "core/model/DataModel.h"
 #include "core/events/EdlLoader.h"
 #include "core/time/Framerate.h"
@@ -18,13 +19,6 @@
 #include <vector>
 
 namespace montala::run {
-
-// The marker tracks a run can write, as the command line names them.
-enum class MarkerKind { Destination, Transition, Insert, Snippet, Automation, Overlap };
-
-// The names of the marker kinds ("destination", "transition", ...), in order.
-const std::vector<std::string>& markerKindNames();
-std::optional<MarkerKind> parseMarkerKind(const std::string& name);
 
 // One conform of a session, as a user asks for it.
 struct ConformRequest {
@@ -52,7 +46,7 @@ struct ConformRequest {
     bool virginTerritories = false;
     // Timecodes at the project's rate: the run is kept inside them.
     std::optional<std::pair<std::string, std::string>> range;
-    std::set<MarkerKind> noMarkers;
+    std::set<core::MarkerKind> noMarkers;
 
     // The checks before the run refuse inputs that do not belong together;
     // set, the run goes on past what they found.

@@ -1,12 +1,8 @@
 #include "core/conform/MontalerBase.h"
 
-#include "core/conform/AutomationWarningDetectAlgorithm.h"
 #include "core/conform/CutList.h"
-#include "core/conform/InsertDetectAlgorithm.h"
-#include "core/conform/OverlapDetectAlgorithm.h"
-#include "core/conform/RemainsDetectAlgorithm.h"
+#include "core/conform/MarkerKinds.h"
 #include "core/conform/SnippetAlgorithm.h"
-#include "core/conform/TransitionDetectAlgorithm.h"
 #include "core/events/EventList.h"
 #include "core/services/ProgressHandlerBase.h"
 #include "core/model/Settings.h"
@@ -22,11 +18,20 @@ using util::StringUtil;
 
 namespace {
 
-
 void check(Result::Type code)
 {
     if (code != Result::Ok)
         throw code;
+}
+
+// The detectors the settings switch on, in the order they run.
+std::vector<const MarkerKindRow*> enabledDetectors(const Settings& settings)
+{
+    std::vector<const MarkerKindRow*> rows;
+    for (MarkerKind kind : detectionOrder)
+        if (settings.createsMarkers(kind))
+            rows.push_back(&markerKindRow(kind));
+    return rows;
 }
 
 } // namespace
@@ -125,34 +130,12 @@ std::vector<InformationEntry> MontalerBase::collectInformation(const CutList& cu
 {
     if (!context.settings)
         throw Result::NotInitialized;
-    const Settings& settings = *context.settings;
     std::vector<InformationEntry> entries;
-    const auto run = [&](MontalaInformationAlgorithm& detector, const char16_t* title) {
+    for (const MarkerKindRow* row : enabledDetectors(*context.settings)) {
         if (progress)
-            progress->setText(StringUtil::translate(title));
-        std::vector<InformationEntry> found = detector.detect(cuts, context, progress);
+            progress->setText(StringUtil::translate(row->detectorTitle));
+        std::vector<InformationEntry> found = row->detect(cuts, context, progress);
         entries.insert(entries.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
-    };
-
-    if (settings.getCreateInsertMarkers()) {
-        InsertDetectAlgorithm detector;
-        run(detector, u"Insert Markers");
-    }
-    if (settings.getCreateTransitionMarkers()) {
-        TransitionDetectAlgorithm detector;
-        run(detector, u"Dissolve/Wipe Markers");
-    }
-    if (settings.getCreateSnippetMarkers()) {
-        RemainsDetectAlgorithm detector;
-        run(detector, u"Audio Snippet Markers");
-    }
-    if (settings.getCreateAutomationWarningMarkers()) {
-        AutomationWarningDetectAlgorithm detector;
-        run(detector, u"Automation Warning Markers");
-    }
-    if (settings.getCreateOverlapMarkers()) {
-        OverlapDetectAlgorithm detector;
-        run(detector, u"Overlap Markers");
     }
     return entries;
 }
@@ -160,16 +143,8 @@ std::vector<InformationEntry> MontalerBase::collectInformation(const CutList& cu
 int64_t MontalerBase::countSteps(int64_t eventCount, const Settings& settings, int64_t trackCount)
 {
     int64_t steps = 0;
-    if (settings.getCreateInsertMarkers())
-        steps += InsertDetectAlgorithm().getStepCount(eventCount, trackCount);
-    if (settings.getCreateTransitionMarkers())
-        steps += TransitionDetectAlgorithm().getStepCount(eventCount, trackCount);
-    if (settings.getCreateSnippetMarkers())
-        steps += RemainsDetectAlgorithm().getStepCount(eventCount, trackCount);
-    if (settings.getCreateAutomationWarningMarkers())
-        steps += AutomationWarningDetectAlgorithm().getStepCount(eventCount, trackCount);
-    if (settings.getCreateOverlapMarkers())
-        steps += OverlapDetectAlgorithm().getStepCount(eventCount, trackCount);
+    for (const MarkerKindRow* row : enabledDetectors(settings))
+        steps += row->stepCount(eventCount, trackCount);
     return steps;
 }
 

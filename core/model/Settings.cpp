@@ -7,6 +7,16 @@ namespace montala::core {
 
 using util::Result;
 
+namespace {
+
+// The order the marker flags are stored in; the first form of the block
+// held only the first three.
+constexpr MarkerKind storedMarkerOrder[] = {MarkerKind::Destination, MarkerKind::Transition,
+                                            MarkerKind::Insert,      MarkerKind::Snippet,
+                                            MarkerKind::AutomationWarning, MarkerKind::Overlap};
+
+} // namespace
+
 Settings::Settings() : Serializable(currentVersion), vfxPatterns(vfxPatternCount) {}
 
 Settings::Settings(const Settings& other)
@@ -27,13 +37,8 @@ void Settings::copyFields(const Settings& other)
     matchName = other.matchName;
     healProcessing = other.healProcessing;
     applyTo = other.applyTo;
-    createDestinationMarkers = other.createDestinationMarkers;
-    createTransitionMarkers = other.createTransitionMarkers;
-    createInsertMarkers = other.createInsertMarkers;
-    createSnippetMarkers = other.createSnippetMarkers;
+    createMarkers = other.createMarkers;
     snippetMarkerFrames = other.snippetMarkerFrames;
-    createAutomationWarningMarkers = other.createAutomationWarningMarkers;
-    createOverlapMarkers = other.createOverlapMarkers;
     vfxPatterns = other.vfxPatterns;
     overhangPercentRule = other.overhangPercentRule;
     overhangPercent = other.overhangPercent;
@@ -91,39 +96,17 @@ void Settings::setSnippetMarkerFrames(uint32_t frames)
     notifyChange();
 }
 
-void Settings::setCreateDestinationMarkers(bool value)
+size_t Settings::markerIndex(MarkerKind kind)
 {
-    createDestinationMarkers = value;
-    notifyChange();
+    const int number = static_cast<int>(kind);
+    if (number < 1 || number > static_cast<int>(markerKindCount))
+        throw Result::InvalidArgument;
+    return static_cast<size_t>(number - 1);
 }
 
-void Settings::setCreateTransitionMarkers(bool value)
+void Settings::setCreateMarkers(MarkerKind kind, bool value)
 {
-    createTransitionMarkers = value;
-    notifyChange();
-}
-
-void Settings::setCreateInsertMarkers(bool value)
-{
-    createInsertMarkers = value;
-    notifyChange();
-}
-
-void Settings::setCreateSnippetMarkers(bool value)
-{
-    createSnippetMarkers = value;
-    notifyChange();
-}
-
-void Settings::setCreateAutomationWarningMarkers(bool value)
-{
-    createAutomationWarningMarkers = value;
-    notifyChange();
-}
-
-void Settings::setCreateOverlapMarkers(bool value)
-{
-    createOverlapMarkers = value;
+    createMarkers[markerIndex(kind)] = value;
     notifyChange();
 }
 
@@ -189,12 +172,10 @@ void Settings::write(serialize::SerializationTree& tree) const
     tree.writeUInt32(static_cast<uint32_t>(matchName));
     tree.writeUInt32(static_cast<uint32_t>(healProcessing));
     tree.writeUInt32(static_cast<uint32_t>(applyTo));
-    tree.writeBool(createDestinationMarkers);
-    tree.writeBool(createTransitionMarkers);
-    tree.writeBool(createInsertMarkers);
-    tree.writeBool(createSnippetMarkers);
-    tree.writeBool(createAutomationWarningMarkers);
-    tree.writeBool(createOverlapMarkers);
+    // The flags' stored order, which is neither the kinds' numbers nor the
+    // order of their tracks.
+    for (MarkerKind kind : storedMarkerOrder)
+        tree.writeBool(createsMarkers(kind));
     tree.writeUInt32(static_cast<uint32_t>(vfxPatterns.size()));
     for (const VfxPatternEntry& entry : vfxPatterns)
         tree.writeObject(entry);
@@ -208,6 +189,11 @@ void Settings::write(serialize::SerializationTree& tree) const
     tree.writeBool(restrictRange);
     tree.writeDouble(preserveBefore);
     tree.writeDouble(preserveAfter);
+}
+
+void Settings::readMarkerFlag(serialize::SerializationTree& tree, MarkerKind kind)
+{
+    createMarkers[markerIndex(kind)] = tree.readBool();
 }
 
 void Settings::readEnumerations(serialize::SerializationTree& tree, bool withApplyTo)
@@ -237,12 +223,8 @@ void Settings::readCountedPatterns(serialize::SerializationTree& tree)
 void Settings::readTail(serialize::SerializationTree& tree, uint32_t storedVersion)
 {
     readEnumerations(tree, true);
-    createDestinationMarkers = tree.readBool();
-    createTransitionMarkers = tree.readBool();
-    createInsertMarkers = tree.readBool();
-    createSnippetMarkers = tree.readBool();
-    createAutomationWarningMarkers = tree.readBool();
-    createOverlapMarkers = tree.readBool();
+    for (MarkerKind kind : storedMarkerOrder)
+        readMarkerFlag(tree, kind);
     readCountedPatterns(tree);
     overhangPercentRule = tree.readBool();
     overhangPercent = tree.readDouble();
@@ -290,9 +272,8 @@ void Settings::readOld(serialize::SerializationTree& tree, uint32_t storedVersio
         // VFX rows bare (no count, no version), and nothing after
         // overhangFrames. What it lacks keeps the value held.
         read.readEnumerations(tree, false);
-        read.createDestinationMarkers = tree.readBool();
-        read.createTransitionMarkers = tree.readBool();
-        read.createInsertMarkers = tree.readBool();
+        for (size_t index = 0; index < 3; ++index)
+            read.readMarkerFlag(tree, storedMarkerOrder[index]);
         read.vfxPatterns.assign(vfxPatternCount, VfxPatternEntry());
         for (VfxPatternEntry& entry : read.vfxPatterns)
             entry.readCurrent(tree);

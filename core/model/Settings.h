@@ -1,9 +1,11 @@
 #pragma once
 
+#include "core/conform/MarkerKinds.h"
 #include "core/model/ChangeContext.h"
 #include "core/events/VfxPatternEntry.h"
 #include "core/serialize/Serializable.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -43,13 +45,15 @@ public:
     MatchName getMatchName() const { return matchName; }
     HealProcessingMode getHealProcessing() const { return healProcessing; }
     ApplyTo getApplyTo() const { return applyTo; }
-    bool getCreateDestinationMarkers() const { return createDestinationMarkers; }
-    bool getCreateTransitionMarkers() const { return createTransitionMarkers; }
-    bool getCreateInsertMarkers() const { return createInsertMarkers; }
-    bool getCreateSnippetMarkers() const { return createSnippetMarkers; }
+    // Whether a run writes markers of that kind; one flag per marker kind.
+    bool createsMarkers(MarkerKind kind) const { return createMarkers[markerIndex(kind)]; }
+    bool getCreateDestinationMarkers() const { return createsMarkers(MarkerKind::Destination); }
+    bool getCreateTransitionMarkers() const { return createsMarkers(MarkerKind::Transition); }
+    bool getCreateInsertMarkers() const { return createsMarkers(MarkerKind::Insert); }
+    bool getCreateSnippetMarkers() const { return createsMarkers(MarkerKind::Snippet); }
     uint32_t getSnippetMarkerFrames() const { return snippetMarkerFrames; }
-    bool getCreateAutomationWarningMarkers() const { return createAutomationWarningMarkers; }
-    bool getCreateOverlapMarkers() const { return createOverlapMarkers; }
+    bool getCreateAutomationWarningMarkers() const { return createsMarkers(MarkerKind::AutomationWarning); }
+    bool getCreateOverlapMarkers() const { return createsMarkers(MarkerKind::Overlap); }
     const std::vector<VfxPatternEntry>& getVfxPatterns() const { return vfxPatterns; }
     bool getOverhangPercentRule() const { return overhangPercentRule; }
     double getOverhangPercent() const { return overhangPercent; }
@@ -68,12 +72,13 @@ public:
     void setHealProcessing(HealProcessingMode value);
     void setApplyTo(ApplyTo value);
     void setSnippetMarkerFrames(uint32_t frames);
-    void setCreateDestinationMarkers(bool value);
-    void setCreateTransitionMarkers(bool value);
-    void setCreateInsertMarkers(bool value);
-    void setCreateSnippetMarkers(bool value);
-    void setCreateAutomationWarningMarkers(bool value);
-    void setCreateOverlapMarkers(bool value);
+    void setCreateMarkers(MarkerKind kind, bool value);
+    void setCreateDestinationMarkers(bool value) { setCreateMarkers(MarkerKind::Destination, value); }
+    void setCreateTransitionMarkers(bool value) { setCreateMarkers(MarkerKind::Transition, value); }
+    void setCreateInsertMarkers(bool value) { setCreateMarkers(MarkerKind::Insert, value); }
+    void setCreateSnippetMarkers(bool value) { setCreateMarkers(MarkerKind::Snippet, value); }
+    void setCreateAutomationWarningMarkers(bool value) { setCreateMarkers(MarkerKind::AutomationWarning, value); }
+    void setCreateOverlapMarkers(bool value) { setCreateMarkers(MarkerKind::Overlap, value); }
     void setBRollRenaming(bool value);
 
     // Notifies only when the value changes.
@@ -105,7 +110,10 @@ public:
     void readOld(serialize::SerializationTree& tree, uint32_t storedVersion) override;
 
 private:
+    // Result::InvalidArgument for a number that is no marker kind.
+    static size_t markerIndex(MarkerKind kind);
     void copyFields(const Settings& other);
+    void readMarkerFlag(serialize::SerializationTree& tree, MarkerKind kind);
     void notifyChange() { notify(changeContext); }
     void readEnumerations(serialize::SerializationTree& tree, bool withApplyTo);
     void readCountedPatterns(serialize::SerializationTree& tree);
@@ -115,13 +123,8 @@ private:
     MatchName matchName = MatchName::RollName;
     HealProcessingMode healProcessing = HealProcessingMode::Normal;
     ApplyTo applyTo = ApplyTo::AllTracks;
-    bool createDestinationMarkers = true;
-    bool createTransitionMarkers = true;
-    bool createInsertMarkers = true;
-    bool createSnippetMarkers = true;
+    std::array<bool, markerKindCount> createMarkers{true, true, true, true, true, true};
     uint32_t snippetMarkerFrames = 5;
-    bool createAutomationWarningMarkers = true;
-    bool createOverlapMarkers = true;
     std::vector<VfxPatternEntry> vfxPatterns;
     bool overhangPercentRule = true;
     double overhangPercent = 50.0;

@@ -147,8 +147,8 @@ TEST_F(ConformJobTest, CancelAndFailureWriteNothingAndLeaveTheInputAlone)
 TEST_F(ConformJobTest, RunSettingsReachTheRun)
 {
     ConformRequest request = sampleRequest("short-film-25");
-    request.noMarkers = {MarkerKind::Destination, MarkerKind::Insert, MarkerKind::Transition, MarkerKind::Snippet,
-                         MarkerKind::Automation, MarkerKind::Overlap};
+    for (const core::MarkerKindRow& row : core::markerKinds())
+        request.noMarkers.insert(row.kind);
     const ConformOutcome quiet = runConform(request, {});
     ASSERT_EQ(quiet.status, ConformOutcome::Status::Done) << quiet.message;
     EXPECT_EQ(quiet.summary.markerCount(), 0u);
