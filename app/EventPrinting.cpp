@@ -195,17 +195,12 @@ namespace {
 
 std::string transitionText(const EventBase& event)
 {
-    char buffer[32];
-    switch (event.getTransitionType()) {
-    case EventBase::Dissolve:
-        std::snprintf(buffer, sizeof buffer, "D %03d", event.getTransitionDuration());
-        return buffer;
-    case EventBase::Wipe:
-        std::snprintf(buffer, sizeof buffer, "W %03d", event.getTransitionDuration());
-        return buffer;
-    default:
+    const char letter = EventBase::transitionLetter(event.getTransitionType());
+    if (letter == 'C')
         return "C";
-    }
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%c %03d", letter, event.getTransitionDuration());
+    return buffer;
 }
 
 // The state messages on one line, separated by "; ".

@@ -78,18 +78,6 @@ int compareByColumn(const EventBase& a, const EventBase& b, int column)
     }
 }
 
-juce::String transitionText(int type)
-{
-    switch (type) {
-    case EventBase::Dissolve:
-        return "D";
-    case EventBase::Wipe:
-        return "W";
-    default:
-        return "C";
-    }
-}
-
 juce::String fromModelText(const std::string& text)
 {
     return juce::String::fromUTF8(text.data(), static_cast<int>(text.size()));
@@ -315,7 +303,7 @@ juce::String EventTableModel::getCellText(int row, int column) const
     case eventtable::EdlFileColumn:
         return fromModelText(event->getEdlFile());
     case eventtable::TransitionColumn:
-        return transitionText(event->getTransitionType());
+        return juce::String::charToString(EventBase::transitionLetter(event->getTransitionType()));
     case eventtable::SrcInColumn:
         return event->getSrcIn().toString();
     case eventtable::SrcOutColumn:

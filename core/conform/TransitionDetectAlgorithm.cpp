@@ -26,18 +26,6 @@ std::vector<EventPtr> transitionsOf(const EventList& list)
     return found;
 }
 
-const char* letterOf(int transitionType)
-{
-    switch (transitionType) {
-    case EventBase::Dissolve:
-        return "D";
-    case EventBase::Wipe:
-        return "W";
-    default:
-        return "C";
-    }
-}
-
 } // namespace
 
 std::vector<InformationEntry> TransitionDetectAlgorithm::detect(const CutList& cuts,
@@ -69,7 +57,7 @@ std::vector<InformationEntry> TransitionDetectAlgorithm::detect(const CutList& c
         duration.fromFrames(event->getTransitionDuration(), rate);
         const double start = event->getDstIn().toSeconds(rate);
         entries.push_back({start, start + duration.toSeconds(rate),
-                           std::string(letterOf(event->getTransitionType())) + " " +
+                           std::string(1, EventBase::transitionLetter(event->getTransitionType())) + " " +
                                std::to_string(event->getEventNumber()) + " " + eventName(*event, context),
                            InformationKind::Transition});
     }

@@ -10,6 +10,18 @@
 
 namespace montala::core {
 
+char EventBase::transitionLetter(int transitionType)
+{
+    switch (transitionType) {
+    case Dissolve:
+        return 'D';
+    case Wipe:
+        return 'W';
+    default:
+        return 'C';
+    }
+}
+
 using util::Result;
 using util::StringUtil;
 

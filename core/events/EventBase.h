@@ -38,6 +38,9 @@ public:
 
     enum Type { Plain = 0, Healed = 1 };
     enum Transition { Cut = 0, Dissolve = 1, Wipe = 2 };
+    // The letter an EDL writes for it: 'D', 'W', and 'C' for a cut or any
+    // other number.
+    static char transitionLetter(int transitionType);
 
     EventBase();
     EventBase(const EventBase&) = delete;

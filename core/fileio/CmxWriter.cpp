@@ -27,18 +27,6 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-char transitionLetter(int transitionType)
-{
-    switch (transitionType) {
-    case EventBase::Dissolve:
-        return 'D';
-    case EventBase::Wipe:
-        return 'W';
-    default:
-        return 'C';
-    }
-}
-
 } // namespace
 
 Result::Type writeEdlFile(const std::u16string& path, const EventList& list)
@@ -281,7 +269,7 @@ std::string CmxWriter::formatLines(const std::string& title, const EventList& li
         text += roll;
         text.append(8 - roll.size(), ' ');
         text += " V     ";
-        text += transitionLetter(event->getTransitionType());
+        text += EventBase::transitionLetter(event->getTransitionType());
         text += "        ";
         appendTimecode(text, event->getSrcIn());
         text += ' ';
