@@ -1,5 +1,7 @@
 #include "core/fileio/TextEncoding.h"
 
+#include "util/Utf8.h"
+
 #include <cstdint>
 
 namespace montala::core::fileio {
@@ -9,20 +11,6 @@ namespace {
 bool isContinuation(unsigned char byte)
 {
     return (byte & 0xC0) == 0x80;
-}
-
-void appendUtf8(std::string& out, char32_t codePoint)
-{
-    if (codePoint < 0x80) {
-        out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        out += static_cast<char>(0xC0 | (codePoint >> 6));
-        out += static_cast<char>(0x80 | (codePoint & 0x3F));
-    } else {
-        out += static_cast<char>(0xE0 | (codePoint >> 12));
-        out += static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (codePoint & 0x3F));
-    }
 }
 
 // Bytes 80..9F of Windows-1252; the rest of the upper half is Latin-1.
@@ -87,9 +75,9 @@ std::string windows1252ToUtf8(std::string_view text)
     for (char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x80 && byte < 0xA0)
-            appendUtf8(out, upperControls[byte - 0x80]);
+            util::appendUtf8(out, upperControls[byte - 0x80]);
         else
-            appendUtf8(out, byte);
+            util::appendUtf8(out, byte);
     }
     return out;
 }
