@@ -3,6 +3,7 @@
 #include "core/events/EventList.h"
 #include "core/time/FramerateNames.h"
 #include "core/time/Timecode.h"
+#include "core/time/Tolerances.h"
 #include "host/Track.h"
 #include "run/PlaybackTrace.h"
 #include "sim/session/SessionFile.h"
@@ -28,7 +29,7 @@ using sim::ObjectKind;
 using sim::SimObject;
 
 // Two positions in a source are the same within one sample at 384 kHz.
-constexpr double positionTolerance = 2.6041666666666666e-6;
+using core::positionTolerance;
 // Two motion speeds are the same within this.
 constexpr double speedTolerance = 0.01;
 // Two automation values are the same within this.
