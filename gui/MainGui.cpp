@@ -787,12 +787,7 @@ void MainGui::runPreview()
     try {
         const Result::Type code = montaler->checkTracks();
         if (code != Result::Ok) {
-            if (code == Result::NoSelectedTracks)
-                showAlert(u"No tracks selected for the preview.\nPlease select the tracks that you want to use.");
-            else if (code == Result::EmptyChangeList)
-                showAlert(u"No events in Change EDL.");
-            else
-                showAlert(u"No tracks available for the preview.");
+            showAlert(core::cannotStartText(code, true));
             return;
         }
         int leadIn = 1;
@@ -822,12 +817,7 @@ void MainGui::runMontala()
     try {
         const Result::Type code = montaler->checkTracks();
         if (code != Result::Ok) {
-            if (code == Result::NoSelectedTracks)
-                showAlert(u"No tracks selected for Montala process.\nPlease select the tracks that you want to use.");
-            else if (code == Result::EmptyChangeList)
-                showAlert(u"No events in Change EDL.");
-            else
-                showAlert(u"No tracks available for Montala process.");
+            showAlert(core::cannotStartText(code, false));
             return;
         }
         if (dataModel->isPreviewActive()) {

@@ -12,6 +12,7 @@
 #include "sim/session/SessionFile.h"
 #include "sim/services/SimAlertService.h"
 #include "sim/services/SimHost.h"
+#include "util/StringConverter.h"
 #include "util/StringUtil.h"
 #include "sim/project/SimProjectManager.h"
 
@@ -27,7 +28,7 @@ using util::Result;
 
 namespace {
 
-void applySettings(const ConformRequest& request, const core::Framerate& rate, core::Settings& settings)
+void applySettings(const ConformRequest& request, core::Settings& settings)
 {
     settings.setMatchName(request.match);
     if (request.heal)
@@ -42,7 +43,6 @@ void applySettings(const ConformRequest& request, const core::Framerate& rate, c
     settings.setCreateVirginTerritories(request.virginTerritories);
     for (const core::MarkerKindRow& row : core::markerKinds())
         settings.setCreateMarkers(row.kind, !request.noMarkers.count(row.kind));
-    (void)rate;
 }
 
 // The rate a file suggests is only a lower bound (a 25 fps file that never
@@ -212,7 +212,7 @@ private:
 
         if (!stage(ConformStage::LoadingEdls))
             return outcome;
-        applySettings(request, outcome.rate, model.getSettings());
+        applySettings(request, model.getSettings());
         if (request.range) {
             const std::optional<double> in = rangeSeconds(request.range->first, outcome.rate);
             const std::optional<double> out = rangeSeconds(request.range->second, outcome.rate);
@@ -263,7 +263,7 @@ private:
         const Result::Type asked = montala->startConform();
         if (asked != Result::Ok) {
             outcome.refusedByCheck = true;
-            return failed(asked, checkTracksAlert(asked));
+            return failed(asked, util::StringConverter().toUtf8(core::cannotStartText(asked, false)));
         }
         // The host's idle calls; one carries out the whole run.
         for (int turn = 0; turn < 100 && montala->isRunPending(); ++turn)
@@ -491,15 +491,6 @@ const char* stageName(ConformStage stage)
 std::string backupPathOf(const std::string& sessionPath)
 {
     return sessionPath + ".bak";
-}
-
-std::string checkTracksAlert(Result::Type code)
-{
-    if (code == Result::NoSelectedTracks)
-        return "No tracks selected for Montala process.\nPlease select the tracks that you want to use.";
-    if (code == Result::EmptyChangeList)
-        return "No events in Change EDL.";
-    return "No tracks available for Montala process.";
 }
 
 ConformOutcome runConform(const ConformRequest& request, const ConformWatcher& watcher)

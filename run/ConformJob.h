@@ -147,7 +147,4 @@ ConformOutcome runConform(const ConformRequest& request, const ConformWatcher& w
 // Where a conform in place keeps the session as it was: "film.json.bak".
 std::string backupPathOf(const std::string& sessionPath);
 
-// The window's alert text for a code of checkTracks.
-std::string checkTracksAlert(util::Result::Type code);
-
 } // namespace montala::run

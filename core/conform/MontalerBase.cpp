@@ -148,4 +148,14 @@ int64_t MontalerBase::countSteps(int64_t eventCount, const Settings& settings, i
     return steps;
 }
 
+const char16_t* cannotStartText(Result::Type code, bool preview)
+{
+    if (code == Result::EmptyChangeList)
+        return u"No events in Change EDL.";
+    if (code == Result::NoSelectedTracks)
+        return preview ? u"No tracks selected for the preview.\nPlease select the tracks that you want to use."
+                       : u"No tracks selected for Montala process.\nPlease select the tracks that you want to use.";
+    return preview ? u"No tracks available for the preview." : u"No tracks available for Montala process.";
+}
+
 } // namespace montala::core

@@ -101,4 +101,8 @@ private:
     void buildArrangement(const EventList& events, CutList& cuts);
 };
 
+// What the user is told when checkTracks refuses a run (or, with `preview`,
+// a preview), in English: the window translates it where it shows it.
+const char16_t* cannotStartText(util::Result::Type code, bool preview);
+
 } // namespace montala::core
