@@ -24,6 +24,9 @@ class SimHost;
 // nested more than 64 deep.
 //
 // Writing is canonical: the same project always gives the same bytes.
+//
+// The reader (read, load) is SessionFileReader.cpp, the writer (write, save)
+// SessionFileWriter.cpp.
 class SessionFile {
 public:
     // A new project of `host`, not yet open; null with `error` set.
@@ -44,6 +47,7 @@ public:
                      const std::function<bool()>& stop = nullptr);
 
     static constexpr int version = 1;
+    static constexpr const char* formatName = "montala-session";
 };
 
 } // namespace montala::sim
