@@ -9,7 +9,7 @@
 #include "core/model/Variant.h"
 #include "gui/AlertWindowBase.h"
 #include "gui/FileBrowserDialogBase.h"
-#include "gui/FakeMontaler.h"
+#include "support/FakeMontaler.h"
 #include "gui/GuiTestSupport.h"
 #include "gui/Palette.h"
 #include "support/ModelFixture.h"

@@ -1,16 +1,19 @@
 #pragma once
 
-// An in-memory stand-in for the host behind MontalerBase: tracks of audio
-// clips and automation, a work area per track, and a log of the slot calls.
-// It edits like a plain audio editor: applying a cut copies the audio of
-// each piece's source range to its destination in the work area, and
-// complete() moves the work area home. Header-only, so that the benchmark
-// can run conforms on it as well.
+// The one stand-in for the conform driver: an in-memory host behind
+// MontalerBase with tracks of audio clips and automation, a work area per
+// track, and a log of the slot calls. It edits like a plain audio editor:
+// applying a cut copies the audio of each piece's source range to its
+// destination in the work area, and complete() moves the work area home.
+// For the window it also records what is asked of it (runs, previews) and
+// keeps a data model's preview flag as the host does. Header-only, so that
+// the benchmark can run conforms on it as well.
 
 #include "core/conform/Cut.h"
 #include "core/conform/CutList.h"
 #include "core/events/EventList.h"
 #include "core/conform/MontalerBase.h"
+#include "core/model/DataModel.h"
 #include "core/services/ProgressHandlerBase.h"
 #include "core/model/Settings.h"
 #include "util/Result.h"
@@ -381,6 +384,16 @@ class FakeMontaler : public core::MontalerBase {
 public:
     using Result = util::Result;
 
+    struct PreviewCall {
+        std::vector<core::EventPtr> events;
+        size_t first = 0;
+        size_t last = 0;
+        bool showDestination = false;
+    };
+
+    // With a model, the preview flag is kept in it as the host keeps it.
+    explicit FakeMontaler(core::DataModel* model = nullptr) : model(model) {}
+
     FakeTrack& addTrack(const std::string& name)
     {
         FakeTrack& track = tracks.emplace_back();
@@ -392,8 +405,27 @@ public:
     // code from its call number `from` on, counting from 1.
     void fail(const std::string& slot, Result::Type code, int from = 1) { failures[slot] = {code, from}; }
 
-    util::Result::Type startConform() override { return Result::Ok; }
-    util::Result::Type showPreview(const core::EventList&, size_t, size_t, bool) override { return Result::Ok; }
+    util::Result::Type startConform() override
+    {
+        ++startConformCalls;
+        return Result::Ok;
+    }
+    util::Result::Type preview(const core::EventList& events, size_t first, size_t last, bool showDestination) override
+    {
+        previews.push_back({events.getEvents(), first, last, showDestination});
+        return MontalerBase::preview(events, first, last, showDestination);
+    }
+    util::Result::Type showPreview(const core::EventList& events, size_t first, size_t last,
+                                   bool showDestination) override
+    {
+        shownPreviews.push_back({events.getEvents(), first, last, showDestination});
+        return Result::Ok;
+    }
+    util::Result::Type deletePreview() override
+    {
+        ++deletePreviewCalls;
+        return MontalerBase::deletePreview();
+    }
     void getLocators(double& left, double& right) override { left = right = 0.0; }
     void setLocators(double, double, bool) override {}
     void getCycle(double& start, double& end) override { start = end = 0.0; }
@@ -403,9 +435,14 @@ public:
     std::string getProjectName() override { return "Fake"; }
     core::MediaPoolInterface* getMediaPool() override { return nullptr; }
     double getProjectStart() override { return 0.0; }
-    void setPreviewActive(bool) override {}
-    bool isPreviewActive() override { return false; }
-    util::Result::Type checkTracks() override { return Result::Ok; }
+    void setPreviewActive(bool on) override
+    {
+        previewActivations.push_back(on);
+        if (model)
+            model->setPreviewActive(on);
+    }
+    bool isPreviewActive() override { return model && model->isPreviewActive(); }
+    util::Result::Type checkTracks() override { return tracksCode; }
     void setPreviewEvents(const core::EventList&) override {}
 
     util::Result::Type clearWorkArea() override
@@ -497,6 +534,14 @@ public:
     std::vector<core::InformationEntry> markers;
     int64_t audioInfoQueries = 0;
 
+    // What checkTracks answers, and what the window asked for.
+    Result::Type tracksCode = Result::Ok;
+    int startConformCalls = 0;
+    int deletePreviewCalls = 0;
+    std::vector<PreviewCall> previews;
+    std::vector<PreviewCall> shownPreviews;
+    std::vector<bool> previewActivations;
+
 private:
     struct Failure {
         Result::Type code;
@@ -513,6 +558,7 @@ private:
         return count >= failure->second.from ? failure->second.code : Result::Ok;
     }
 
+    core::DataModel* model;
     std::map<std::string, Failure> failures;
     std::map<std::string, int> callCounts;
 };

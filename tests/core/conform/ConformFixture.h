@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/ModelFixture.h"
-#include "FakeMontaler.h"
+#include "support/FakeMontaler.h"
 
 #include "core/conform/CutList.h"
 #include "core/events/EventBase.h"

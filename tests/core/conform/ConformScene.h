@@ -12,7 +12,7 @@
 // curve with a point every 5 seconds: a pattern that the double looks up by
 // arithmetic.
 
-#include "FakeMontaler.h"
+#include "support/FakeMontaler.h"
 
 #include "core/events/EventBase.h"
 #include "core/events/EventList.h"
