@@ -185,6 +185,7 @@ BENCHMARK(BM_GenerateScaling)
     ->Args({1000, 200})
     ->Args({10000, 2000})
     ->Args({100000, 20000})
+    ->Args({100000, 2000})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GenerateWithVfxPatterns)->Args({1000, 200})->Args({10000, 2000})->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GenerateAndHeal)->Args({1000, 200})->Args({10000, 2000})->Unit(benchmark::kMillisecond);

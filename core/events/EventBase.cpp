@@ -142,14 +142,21 @@ void EventBase::setVfx(bool isVfx)
     notifyChange();
 }
 
+std::set<EventState> EventBase::getStates() const
+{
+    std::set<EventState> set;
+    for (int value = 0; value <= 12; ++value) {
+        if (hasState(static_cast<EventState>(value)))
+            set.insert(set.end(), static_cast<EventState>(value));
+    }
+    return set;
+}
+
 bool EventBase::hasFormatError() const
 {
-    for (EventState state : states) {
-        const int value = static_cast<int>(state);
-        if (value >= 1 && value <= 10)
-            return true;
-    }
-    return false;
+    // The permanent states 1 to 10.
+    constexpr uint16_t permanent = ((1u << 11) - 1) & ~1u;
+    return (states & permanent) != 0;
 }
 
 std::string EventBase::getStateMessage(EventState state)
@@ -283,7 +290,7 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
     rollName = tree.readText();
     clipName = tree.readText();
     if (storedVersion >= 1) {
-        std::set<EventState> stored;
+        uint16_t stored = 0;
         const int32_t count = tree.readInt32();
         if (count < 0)
             throw Result::BadStoredData;
@@ -291,9 +298,9 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
             const int32_t value = tree.readInt32();
             if (value < 0 || value > 12)
                 throw Result::BadStoredData;
-            stored.insert(static_cast<EventState>(value));
+            stored |= bitOf(static_cast<EventState>(value));
         }
-        states = std::move(stored);
+        states = stored;
     } else {
         const int32_t legacy = tree.readInt32();
         if (legacy == 1)
@@ -330,9 +337,15 @@ void EventBase::write(serialize::SerializationTree& tree) const
     tree.writeInt32(eventNumber);
     tree.writeText(rollName);
     tree.writeText(clipName);
-    tree.writeInt32(static_cast<int32_t>(states.size()));
-    for (EventState state : states)
-        tree.writeInt32(static_cast<int32_t>(state));
+    // Ascending, as they have always been stored.
+    int32_t count = 0;
+    for (int value = 0; value <= 12; ++value)
+        count += hasState(static_cast<EventState>(value)) ? 1 : 0;
+    tree.writeInt32(count);
+    for (int value = 0; value <= 12; ++value) {
+        if (hasState(static_cast<EventState>(value)))
+            tree.writeInt32(value);
+    }
     tree.writeInt32(transitionType);
     tree.writeInt32(transitionDuration);
     tree.writeText(reservedText);

@@ -4,6 +4,7 @@
 #include "core/time/Timecode.h"
 #include "core/serialize/Serializable.h"
 
+#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -66,7 +67,7 @@ public:
     int getTransitionDuration() const { return transitionDuration; }
     bool isVfx() const { return vfx; }
     double getMotionSpeed() const { return motionSpeed; }
-    const std::set<EventState>& getStates() const { return states; }
+    std::set<EventState> getStates() const;
 
     void setSrcIn(const Timecode& tc);
     void setSrcOut(const Timecode& tc);
@@ -83,10 +84,10 @@ public:
     void setEventNumber(int number) { eventNumber = number; }
     void setEdlText(const std::string& text) { edlText = text; }
 
-    void addState(EventState state) { states.insert(state); }
-    void removeState(EventState state) { states.erase(state); }
-    bool hasState(EventState state) const { return states.count(state) != 0; }
-    bool isFlawless() const { return states.empty(); }
+    void addState(EventState state) { states |= bitOf(state); }
+    void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
+    bool hasState(EventState state) const { return (states & bitOf(state)) != 0; }
+    bool isFlawless() const { return states == 0; }
     // Any of the permanent states 1 to 10.
     bool hasFormatError() const;
     static std::string getStateMessage(EventState state);
@@ -104,6 +105,7 @@ public:
 protected:
     explicit EventBase(int type);
 
+    static uint16_t bitOf(EventState state) { return static_cast<uint16_t>(1u << static_cast<int>(state)); }
     void validateTimecodes();
     void computeMotionSpeed();
     void notifyChange() { notify(changeContext); }
@@ -120,7 +122,9 @@ protected:
     int eventNumber = 0;
     std::string rollName;
     std::string clipName;
-    std::set<EventState> states{EventState::UninitializedTimecode};
+    // One bit per EventState: every event has them, and a set would cost a
+    // heap block for each.
+    uint16_t states = bitOf(EventState::UninitializedTimecode);
     int transitionType = Cut;
     int transitionDuration = 0;
     // Kept for the stored form only; nothing sets it.

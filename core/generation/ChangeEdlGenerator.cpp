@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -391,21 +392,31 @@ bool ChangeEdlGenerator::tryMatch(const EventBase& oldEvent, const EventBase& ne
 
 void ChangeEdlGenerator::splitTransitions(EventList& list) const
 {
-    splitList(list, nullptr);
+    std::vector<EventPtr> events = list.getEvents();
+    const size_t before = events.size();
+    splitEvents(events, false, nullptr);
+    EventList transitions(EventList::ChangeKind);
+    for (size_t i = before; i < events.size(); ++i)
+        transitions.addEvent(events[i]);
+    list.append(transitions);
 }
 
-void ChangeEdlGenerator::splitList(EventList& list, EventPtr* failed)
+void ChangeEdlGenerator::splitEvents(std::vector<EventPtr>& events, bool copyChanged, EventPtr* failed)
 {
-    EventList transitions(EventList::ChangeKind);
-    const std::vector<EventPtr> events = list.getEvents();
-    for (size_t i = 0; i < events.size(); ++i) {
-        EventBase& incoming = *events[i];
+    const size_t count = events.size();
+    for (size_t i = 0; i < count; ++i) {
         // Flawed ones too: a transition whose timecodes do not hold fails
         // here, loudly, instead of leaving its stretch out of the result.
-        if (!isTransition(incoming.getTransitionType()))
+        if (!isTransition(events[i]->getTransitionType()))
             continue;
         if (failed != nullptr)
             *failed = events[i];
+        if (copyChanged) {
+            auto copy = std::make_shared<EventBase>();
+            *copy = *events[i];
+            events[i] = std::move(copy);
+        }
+        EventBase& incoming = *events[i];
         auto mixed = std::make_shared<EventBase>();
         *mixed = incoming;
 
@@ -437,34 +448,33 @@ void ChangeEdlGenerator::splitList(EventList& list, EventPtr* failed)
                               plus(incoming.getDstIn(), recordLength), incoming.getDstOut());
         incoming.setTransitionType(EventBase::Cut);
         incoming.setTransitionDuration(0);
-        transitions.addEvent(mixed);
+        events.push_back(std::move(mixed));
     }
-    list.append(transitions);
 }
 
 namespace {
 
-// The flawless events of the list in ascending DST IN, equal ones in list
-// order: what walking EventListAlgorithm::orderByDstIn and skipping the
-// flawed gives, but sorted on keys held side by side rather than through
-// the events, which a long list would scatter over memory.
-std::vector<EventPtr> flawlessByDstIn(const EventList& list)
+// The flawless events in ascending DST IN, equal ones in list order, sorted
+// on keys held side by side rather than through the events, which a long
+// list would scatter over memory.
+std::vector<EventPtr> flawlessByDstIn(const std::vector<EventPtr>& events)
 {
     struct Keyed {
         int64_t dstIn;
         uint32_t index;
     };
     std::vector<Keyed> keyed;
-    const std::vector<EventPtr>& events = list.getEvents();
     keyed.reserve(events.size());
     for (size_t i = 0; i < events.size(); ++i) {
         if (!events[i]->isFlawless())
             continue;
         const std::optional<int64_t> key = orderKey(events[i]->getDstIn());
         if (!key) {
-            std::vector<EventPtr> order = EventListAlgorithm::orderByDstIn(list);
-            order.erase(std::remove_if(order.begin(), order.end(), [](const EventPtr& e) { return !e->isFlawless(); }),
-                        order.end());
+            std::vector<EventPtr> order;
+            std::copy_if(events.begin(), events.end(), std::back_inserter(order),
+                         [](const EventPtr& e) { return e->isFlawless(); });
+            std::stable_sort(order.begin(), order.end(),
+                             [](const EventPtr& a, const EventPtr& b) { return a->getDstIn() < b->getDstIn(); });
             return order;
         }
         keyed.push_back({*key, static_cast<uint32_t>(i)});
@@ -823,18 +833,19 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
     failure = GenerationFailure();
     changeList.clear();
 
-    EventList oldCopy(EventList::ChangeKind);
-    EventList newCopy(EventList::ChangeKind);
-    oldCopy.copyEventsFrom(oldList);
-    newCopy.copyEventsFrom(newList);
-    for (EventList* copy : {&oldCopy, &newCopy}) {
+    // The input lists' events are shared, not copied: only a split
+    // transition gets events of its own, and the VFX flag of a New event
+    // goes straight to its Change events.
+    std::vector<EventPtr> oldEvents = oldList.getEvents();
+    std::vector<EventPtr> newEvents = newList.getEvents();
+    for (std::vector<EventPtr>* events : {&oldEvents, &newEvents}) {
         EventPtr failed;
         try {
-            splitList(*copy, &failed);
+            splitEvents(*events, true, &failed);
         } catch (Result::Type code) {
             failure.code = code;
-            failure.stage = copy == &oldCopy ? GenerationFailure::Stage::SplitOldTransition
-                                             : GenerationFailure::Stage::SplitNewTransition;
+            failure.stage = events == &oldEvents ? GenerationFailure::Stage::SplitOldTransition
+                                                 : GenerationFailure::Stage::SplitNewTransition;
             if (failed) {
                 failure.event = infoOf(*failed);
                 failure.reason = transitionFault(*failed);
@@ -846,22 +857,19 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
     const Framerate rate = Timecode::currentFramerate();
     OldEventTable table;
     uint32_t position = 0;
-    for (const EventPtr& event : oldCopy.getEvents()) {
+    for (const EventPtr& event : oldEvents) {
         if (!event->isFlawless())
             continue;
         bool changedByVfx = false;
-        const std::string key = matchKey(*event, changedByVfx);
-        event->setVfx(changedByVfx);
-        table.add(key, *event, position++, rate);
+        table.add(matchKey(*event, changedByVfx), *event, position++, rate);
     }
     table.build();
 
     double lastShift = 0.0;
     int nextNumber = 1;
-    for (const EventPtr& newEvent : flawlessByDstIn(newCopy)) {
+    for (const EventPtr& newEvent : flawlessByDstIn(newEvents)) {
         bool changedByVfx = false;
         const std::string key = matchKey(*newEvent, changedByVfx);
-        newEvent->setVfx(changedByVfx);
 
         auto onFailure = [&](const EventBase& oldEvent) {
             failure.stage = GenerationFailure::Stage::Match;
@@ -874,6 +882,7 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
                 EventPtr event = survivor.event ? survivor.event
                                                 : makeChangeEvent(*survivor.oldEvent, *newEvent, *survivor.shape);
                 event->setEventNumber(nextNumber++);
+                event->setVfx(changedByVfx);
                 changeList.addEvent(event);
                 lastShift = survivor.timeShift;
             }

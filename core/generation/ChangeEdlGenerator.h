@@ -73,8 +73,8 @@ namespace montala::core {
 // worst, in the Old events of one key that overlap one New event in
 // different ways without sharing a common stretch.
 //
-// The input lists are never touched; the work is done on deep copies and
-// every event placed in the change list is new. Failures are thrown as
+// The input lists are never touched: a transition is split on a copy of its
+// event, and every event placed in the change list is new. Failures are thrown as
 // Result::Type (OutOfRange when arithmetic leaves the day), and
 // lastFailure() then names the event and says why.
 class ChangeEdlGenerator {
@@ -112,9 +112,11 @@ public:
     const GenerationFailure& lastFailure() const { return failure; }
 
 private:
-    // Splits the list; on a failure *failed is the event that could not be
-    // split, as the list held it.
-    static void splitList(EventList& list, EventPtr* failed);
+    // Splits the transitions among events and appends their mixed parts;
+    // with copyChanged, a split event is replaced by a changed copy and the
+    // original is left alone. On a failure *failed is the event that could
+    // not be split, as it was given.
+    static void splitEvents(std::vector<EventPtr>& events, bool copyChanged, EventPtr* failed);
     const std::string& nameOf(const EventBase& event) const;
 
     MatchName matchName = MatchName::RollName;

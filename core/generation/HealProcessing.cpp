@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace montala::core {
 
@@ -39,8 +40,11 @@ void HealProcessing::process(EventList& list, const Context& context)
         return;
     }
 
+    // Only the mode that looks for inserts asks where the New events lie.
     const EventList noNewEvents(EventList::ChangeKind);
-    const EventListIndex newIndex(context.newList ? *context.newList : noNewEvents, context.framerate);
+    std::optional<EventListIndex> newIndex;
+    if (mode == HealProcessingMode::GapsWithoutInserts)
+        newIndex.emplace(context.newList ? *context.newList : noNewEvents, context.framerate);
 
     EventList result(EventList::ChangeKind);
     std::shared_ptr<HealedEvent> healed;
@@ -55,7 +59,7 @@ void HealProcessing::process(EventList& list, const Context& context)
     EventPtr previous = order.front();
     for (size_t i = 1; i < order.size(); ++i) {
         const EventPtr& current = order[i];
-        if (!canHeal(*current, *previous, mode, newIndex, context.framerate)) {
+        if (!canHeal(*current, *previous, mode, newIndex ? &*newIndex : nullptr, context.framerate)) {
             if (!healed) {
                 emit(previous);
             } else {
@@ -88,7 +92,7 @@ void HealProcessing::process(EventList& list, const Context& context)
 }
 
 bool HealProcessing::canHeal(const EventBase& current, const EventBase& previous,
-                             HealProcessingMode mode, const EventListIndex& newIndex,
+                             HealProcessingMode mode, const EventListIndex* newIndex,
                              const Framerate& rate) const
 {
     if (current.getSrcIn() < previous.getSrcOut() || current.getDstIn() < previous.getDstOut())
@@ -108,7 +112,7 @@ bool HealProcessing::canHeal(const EventBase& current, const EventBase& previous
         if (!gapsAreEqual())
             return false;
         const SecondsRange gap(previous.getDstOut().toSeconds(rate), current.getDstIn().toSeconds(rate));
-        for (const EventPtr& inGap : newIndex.findDstEvents(gap)) {
+        for (const EventPtr& inGap : newIndex->findDstEvents(gap)) {
             // A New event that only borders the gap is a neighbour, not an insert.
             if (inGap->getDstOut() == previous.getDstOut() || inGap->getDstIn() == current.getDstIn())
                 continue;

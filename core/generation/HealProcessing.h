@@ -41,7 +41,7 @@ public:
 
 private:
     bool canHeal(const EventBase& current, const EventBase& previous, HealProcessingMode mode,
-                 const EventListIndex& newIndex, const Framerate& rate) const;
+                 const EventListIndex* newIndex, const Framerate& rate) const;
 };
 
 } // namespace montala::core
