@@ -28,6 +28,13 @@ long long framesAt(const Framerate& rate, double secondsValue)
     return static_cast<long long>(f);
 }
 
+// Whether frame counts at the rate are whole numbers of its exact frames, so
+// that seconds added and rounded back to frames give the frames added.
+bool countsWholeFrames(const Framerate& rate)
+{
+    return rate.fps > 0 && rate.exactRate > 0.0 && (rate.dropMode == 0 || (rate.dropMode == 1 && rate.fps == 30));
+}
+
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
@@ -138,11 +145,21 @@ Timecode Timecode::maximum()
     return Timecode(23, 59, 59, currentFramerate().fps - 1);
 }
 
+// Both count in frames where the rate allows: the same result as through
+// seconds, without the round trip, which every matched and conformed event
+// pays several times.
 Timecode Timecode::difference(const Timecode& a, const Timecode& b)
 {
     Timecode result;
     const Framerate rate = currentFramerate();
-    result.fromSeconds(a.toSeconds(rate) - b.toSeconds(rate), rate);
+    if (!countsWholeFrames(rate)) {
+        result.fromSeconds(a.toSeconds(rate) - b.toSeconds(rate), rate);
+        return result;
+    }
+    const long long count = static_cast<long long>(a.toFrames(rate)) - b.toFrames(rate);
+    if (count < 0 || count > rate.maxFrames)
+        throw Result::OutOfRange;
+    result.fromFrames(static_cast<int>(count), rate);
     return result;
 }
 
@@ -150,7 +167,14 @@ Timecode Timecode::sum(const Timecode& a, const Timecode& b)
 {
     Timecode result;
     const Framerate rate = currentFramerate();
-    result.fromSeconds(a.toSeconds(rate) + b.toSeconds(rate), rate);
+    if (!countsWholeFrames(rate)) {
+        result.fromSeconds(a.toSeconds(rate) + b.toSeconds(rate), rate);
+        return result;
+    }
+    const long long count = static_cast<long long>(a.toFrames(rate)) + b.toFrames(rate);
+    if (count < 0 || count > rate.maxFrames)
+        throw Result::OutOfRange;
+    result.fromFrames(static_cast<int>(count), rate);
     return result;
 }
 

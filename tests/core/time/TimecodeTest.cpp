@@ -9,7 +9,9 @@
 #include <cmath>
 #include <cstring>
 
+using montala::core::FixedFramerateProvider;
 using montala::core::Framerate;
+using montala::core::ScopedFramerateProvider;
 using montala::core::Timecode;
 using montala::test::ModelFixture;
 using montala::test::tc;
@@ -210,6 +212,21 @@ TEST_F(ModelFixture, DifferenceAndSumStayInsideTheDay)
     Timecode moved = tc("00:00:00:00");
     moved.addSeconds(2.0);
     EXPECT_EQ(moved, tc("00:00:02:00"));
+}
+
+TEST(Timecode, DifferenceAndSumSkipDroppedNumbersAndKeepPulledFrames)
+{
+    FixedFramerateProvider provider(Framerate(30, true, 1));
+    ScopedFramerateProvider scope(&provider);
+    // 29.97 drop frame: the minute starts at frame 02.
+    EXPECT_EQ(Timecode::sum(Timecode(0, 0, 59, 29), Timecode(0, 0, 0, 1)), Timecode(0, 1, 0, 2));
+    EXPECT_EQ(Timecode::difference(Timecode(0, 1, 0, 2), Timecode(0, 0, 59, 29)), Timecode(0, 0, 0, 1));
+    EXPECT_EQ(Timecode::sum(Timecode(9, 59, 59, 29), Timecode(0, 0, 0, 1)), Timecode(10, 0, 0, 0));
+
+    provider.setFramerate(Framerate(24, true, 0));
+    EXPECT_EQ(Timecode::sum(Timecode(0, 59, 59, 23), Timecode(0, 0, 0, 1)), Timecode(1, 0, 0, 0));
+    EXPECT_EQ(Timecode::difference(Timecode(23, 59, 59, 23), Timecode(23, 59, 59, 23)), Timecode(0, 0, 0, 0));
+    EXPECT_EQ(thrownCode([] { Timecode::sum(Timecode(23, 59, 59, 23), Timecode(0, 0, 0, 1)); }), Result::OutOfRange);
 }
 
 TEST(Timecode, ConversionsWithoutProviderFailButZeroStillConverts)
