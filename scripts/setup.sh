@@ -18,6 +18,9 @@ packages=(
   fonts-dejavu-core fonts-droid-fallback
   # A real browser for the test that opens the HTML change report headless.
   chromium
+  # The simulated host decodes video frames with FFmpeg's libraries; the
+  # program makes the sample videos.
+  libavformat-dev libavcodec-dev libswscale-dev libavutil-dev ffmpeg
 )
 
 missing=()

@@ -1,13 +1,16 @@
 #include "sim/project/SimMediaPool.h"
 
 #include "kelmar/base/IDependent.h"
+#include "sim/services/SimClassFactory.h"
 #include "sim/services/SimDependencyRegistry.h"
 #include "sim/services/SimFailures.h"
 #include "sim/services/SimHost.h"
+#include "sim/services/SimVideoService.h"
 #include "sim/project/SimPath.h"
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 namespace montala::sim {
 
@@ -22,7 +25,10 @@ bool matches(SimPoolClip& clip, const char8* kind)
 
 } // namespace
 
-SimMediaPool::SimMediaPool(SimHost& host) : host(&host), failures(host.failurePlanShared()) {}
+SimMediaPool::SimMediaPool(SimHost& host)
+    : host(&host), failures(host.failurePlanShared()), videos(host.classFactory().videosShared())
+{
+}
 
 tresult SimMediaPool::queryInterface(const FUID& iid, void** obj)
 {
@@ -68,6 +74,7 @@ IPoolClip* SimMediaPool::addClip(IPath* path)
     info.length = defaultLength;
     auto clip = owned(new SimPoolClip(info));
     list.push_back(clip);
+    publish(*clip);
     host->dependencies().notify(static_cast<IMediaPool*>(this), static_cast<IMediaPool*>(this));
     return clip.take();
 }
@@ -79,7 +86,25 @@ bool SimMediaPool::insert(SimPoolClip::Info info)
     if (findClip(info.id))
         return false;
     list.push_back(owned(new SimPoolClip(std::move(info))));
+    publish(*list.back());
     return true;
+}
+
+void SimMediaPool::setMediaFolder(const std::string& folder)
+{
+    mediaFolder = folder;
+    for (const auto& clip : list)
+        publish(*clip);
+}
+
+void SimMediaPool::publish(const SimPoolClip& clip)
+{
+    if (!videos || clip.info().kind != "video")
+        return;
+    std::filesystem::path file(Kelmar::String::utf16ToUtf8(clip.info().path));
+    if (file.is_relative() && !mediaFolder.empty())
+        file = std::filesystem::path(mediaFolder) / file;
+    videos->setFile(clip.id(), file.lexically_normal().string());
 }
 
 SimPoolClip* SimMediaPool::findClip(std::int64_t id) const

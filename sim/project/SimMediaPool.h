@@ -6,12 +6,14 @@
 #include "sim/project/SimPoolClip.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace montala::sim {
 
 class SimFailures;
 class SimHost;
+class SimVideoService;
 
 // A project's media pool. Adding a clip tells the pool's dependents.
 class SimMediaPool : public SimBase, public Kelmar::IMediaPool {
@@ -34,15 +36,22 @@ public:
     SimPoolClip* findClip(std::int64_t id) const;
     const std::vector<Kelmar::IPtr<SimPoolClip>>& clips() const { return list; }
     void setDefaultLength(double seconds) { defaultLength = seconds; }
+    // The folder that relative clip paths are read from (a session file's);
+    // the thumbnail service learns the files anew.
+    void setMediaFolder(const std::string& folder);
 
     static std::string kindOfFile(std::u16string_view path);
 
 private:
     std::int64_t nextId() const;
+    // Tells the thumbnail service where the clip's file lies.
+    void publish(const SimPoolClip& clip);
 
     SimHost* host;
     // The host's failure plan, held here as the pool may outlive the host.
     std::shared_ptr<SimFailures> failures;
+    std::shared_ptr<SimVideoService> videos;
+    std::string mediaFolder;
     std::vector<Kelmar::IPtr<SimPoolClip>> list;
     double defaultLength = 3600.0;
 };

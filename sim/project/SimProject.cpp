@@ -12,6 +12,7 @@
 #include "sim/project/SimSettingsChange.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <cmath>
 #include <cstring>
 
@@ -253,6 +254,12 @@ SimObject* SimProject::findTrack(std::u16string_view name)
         if (track->get().name == name)
             return track;
     return nullptr;
+}
+
+void SimProject::setDocumentPath(std::u16string path)
+{
+    document = std::move(path);
+    pool->setMediaFolder(std::filesystem::path(Kelmar::String::utf16ToUtf8(document)).parent_path().string());
 }
 
 } // namespace montala::sim

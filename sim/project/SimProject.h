@@ -75,7 +75,8 @@ public:
 
     double length() const { return get().end; }
     const std::u16string& documentPath() const { return document; }
-    void setDocumentPath(std::u16string path) { document = std::move(path); }
+    // Relative paths of the media pool are read from the document's folder.
+    void setDocumentPath(std::u16string path);
 
     // Locators, cursor and cycle are host times; they are not undoable.
     double leftLocator = 0.0;

@@ -23,7 +23,7 @@ tresult SimClassFactory::createInstance(const char8* category, const char8* clas
     *object = nullptr;
     if (!thumbnails || std::strcmp(category, "Video") != 0 || std::strcmp(className, "VideoThumbnailFactory") != 0)
         return kResultFalse;
-    auto factory = owned(new SimThumbnailFactory);
+    auto factory = owned(new SimThumbnailFactory(videoService));
     return factory->queryInterface(iid, object);
 }
 

@@ -2,6 +2,9 @@
 
 #include "kelmar/base/IClassFactory.h"
 #include "sim/project/SimBase.h"
+#include "sim/services/SimVideoService.h"
+
+#include <memory>
 
 namespace montala::sim {
 
@@ -16,9 +19,14 @@ public:
                                    const Kelmar::FUID& iid, void** object) override;
 
     void setThumbnailsAvailable(bool on) { thumbnails = on; }
+    // Shared by every thumbnail service it makes: the pools' files and a
+    // test's hold on the service.
+    SimVideoService& videos() const { return *videoService; }
+    const std::shared_ptr<SimVideoService>& videosShared() const { return videoService; }
 
 private:
     bool thumbnails = true;
+    std::shared_ptr<SimVideoService> videoService = std::make_shared<SimVideoService>();
 };
 
 } // namespace montala::sim

@@ -1,11 +1,18 @@
 #include "sim/services/SimVideoFrame.h"
 
+#include <cstring>
+
 namespace montala::sim {
 
 using namespace Kelmar;
 
 SimVideoFrame::SimVideoFrame(std::int64_t streamId, std::int64_t position, int width, int height)
     : streamId(streamId), position(position), width(width), height(height)
+{
+}
+
+SimVideoFrame::SimVideoFrame(int width, int height, std::vector<std::uint8_t> pixels)
+    : streamId(0), position(0), width(width), height(height), decoded(std::move(pixels))
 {
 }
 
@@ -27,6 +34,12 @@ tresult SimVideoFrame::copyPixels(uint8* buffer, int32 rowPitch)
 {
     if (!buffer || rowPitch < width * 4)
         return kInvalidArgument;
+    if (!decoded.empty()) {
+        for (int y = 0; y < height; ++y)
+            std::memcpy(buffer + static_cast<std::ptrdiff_t>(y) * rowPitch,
+                        decoded.data() + static_cast<std::ptrdiff_t>(y) * width * 4, static_cast<size_t>(width) * 4);
+        return kResultOk;
+    }
     for (int y = 0; y < height; ++y) {
         uint8* row = buffer + static_cast<std::ptrdiff_t>(y) * rowPitch;
         for (int x = 0; x < width; ++x) {

@@ -4,16 +4,20 @@
 #include "sim/project/SimBase.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace montala::sim {
 
-// A made-up picture: every pixel says where it comes from, so a test can
-// check which frame of which clip it was given. Blue and green hold the low
-// and high byte of the frame position, red the low byte of the stream id,
-// alpha is 255.
+// One picture of the thumbnail service: a decoded frame of a file, or a
+// made-up one for a clip without a readable file. In a made-up picture every
+// pixel says where it comes from, so a test can check which frame of which
+// clip it was given: blue and green hold the low and high byte of the frame
+// position, red the low byte of the stream id, alpha is 255.
 class SimVideoFrame : public SimBase, public Kelmar::IVideoFrame {
 public:
     SimVideoFrame(std::int64_t streamId, std::int64_t position, int width, int height);
+    // A decoded picture: width x height pixels, blue, green, red, alpha.
+    SimVideoFrame(int width, int height, std::vector<std::uint8_t> pixels);
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
@@ -26,6 +30,7 @@ private:
     std::int64_t position;
     int width;
     int height;
+    std::vector<std::uint8_t> decoded; // empty for a made-up picture
 };
 
 } // namespace montala::sim
