@@ -68,7 +68,10 @@ core::SessionEvidence sessionEvidence(Project& project, bool selectedTracksOnly)
     const double until = project.workArea().hasConformOffset() ? project.workArea().getConformOffset() : std::numeric_limits<double>::max();
     const double frame = 1.0 / project.getFramerate().exactRate;
     for (Track& track : project.getTracks()) {
-        if (track.isVideoTrack() && evidence.pictureEdges.empty() && track.getType() < 0) {
+        // The user's picture: a video track Montala did not make, or the one
+        // marked as the old cut's.
+        if (track.isVideoTrack() && evidence.pictureEdges.empty()
+            && (track.getType() < 0 || track.getType() == static_cast<int>(TrackType::OldVideo))) {
             evidence.pictureEdges = core::pictureEdges(shownPicture(track, evidence.start, until), frame);
         } else if (track.isMarkerTrack() && track.getType() == static_cast<int>(TrackType::Destination)) {
             for (const TrackEvent& marker : track.getEvents())
