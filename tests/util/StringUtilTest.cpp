@@ -31,14 +31,6 @@ TEST(StringUtil, SplitKeepsBlankPiecesButDropsEmptyOnesWhenAsked)
     EXPECT_EQ(StringUtil::split("001  A001   V", ' ', true), (std::vector<std::string>{"001", "A001", "V"}));
 }
 
-TEST(StringUtil, IntegersJoinAndSplitBack)
-{
-    EXPECT_EQ(StringUtil::joinInts({1, 5, 7}, ";"), "1;5;7");
-    EXPECT_EQ(StringUtil::joinInts({}, ";"), "");
-    EXPECT_EQ(StringUtil::splitInts("1;5;7", ';'), (std::vector<int>{1, 5, 7}));
-    EXPECT_EQ(StringUtil::splitInts("12abc;x;-3", ';'), (std::vector<int>{12, 0, -3}));
-}
-
 TEST(StringUtil, ReplaceAllFillsASinglePlaceholderWithTextOfAnyLength)
 {
     EXPECT_EQ(StringUtil::replaceAll("Frame rate mismatch %s", "%s", "reel1.edl"), "Frame rate mismatch reel1.edl");
@@ -50,11 +42,6 @@ TEST(StringUtil, ReplaceAllFillsASinglePlaceholderWithTextOfAnyLength)
     // purpose; messages never hold two placeholders.
     EXPECT_EQ(StringUtil::replaceAll("%s-%s", "%s", "long"), "long-%s");
     EXPECT_EQ(StringUtil::replaceAll("%s %s %s", "%s", "X"), "X %X%sX");
-}
-
-TEST(StringUtil, UpperCaseTouchesOnlyAsciiLetters)
-{
-    EXPECT_EQ(StringUtil::toUpper("ab cd-\xC3\xA9"), "AB CD-\xC3\xA9");
 }
 
 TEST(StringUtil, PathSeparatorIsSlashOnlyWithoutBackslash)
@@ -81,21 +68,6 @@ TEST(StringUtil, CarriageReturnFilesAreToldFromLineFeedFiles)
     // line is trimmed away by the reader.
     EXPECT_TRUE(StringUtil::usesCarriageReturns(crLf));
     EXPECT_FALSE(StringUtil::usesCarriageReturns(lf));
-}
-
-TEST(StringUtil, ConversionsNeedAConverter)
-{
-    ASSERT_EQ(StringUtil::getStringConverter(), nullptr);
-    EXPECT_THROW(
-        {
-            try {
-                StringUtil::toUtf8(u"x");
-            } catch (Result::Type code) {
-                EXPECT_EQ(code, Result::NotInitialized);
-                throw;
-            }
-        },
-        Result::Type);
 }
 
 TEST(StringUtil, SafeTextReplacesEachControlAndNonAsciiByte)

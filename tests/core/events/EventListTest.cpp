@@ -64,19 +64,6 @@ TEST_F(EventListTest, SharedEventReportsToEveryListHoldingIt)
     second.removeListener(&two);
 }
 
-TEST_F(EventListTest, CopyIsAlwaysKindTwoAndAssignmentKeepsTheKind)
-{
-    EventList old(EventList::OldKind);
-    old.addEvent(a);
-    EventList copy(old);
-    EXPECT_EQ(copy.getListKind(), 2);
-    EXPECT_EQ(copy.getSize(), 1u);
-    EventList target(EventList::NewKind);
-    target = old;
-    EXPECT_EQ(target.getListKind(), 1);
-    EXPECT_EQ(a->getListenerCount(), 3u);
-}
-
 TEST_F(EventListTest, DestroyedListLeavesNoListenerBehind)
 {
     {

@@ -23,14 +23,6 @@ TEST(ChangeContext, ListenerStandsInTheSetOnce)
     EXPECT_EQ(notifier.getListenerCount(), 0u);
 }
 
-TEST(ChangeContext, ContextsCarryTheirKindAndPayload)
-{
-    EXPECT_EQ(EventListChangeContext(1).kind, ChangeContext::EventListKind);
-    EXPECT_EQ(EventListChangeContext(1).listKind, 1);
-    EXPECT_EQ(ActionChangeContext(1).kind, 6);
-    EXPECT_EQ(DataModelChangeContext(nullptr).kind, 0);
-}
-
 TEST(ChangeContext, CopiedNotifierStartsWithoutListeners)
 {
     ChangeContextNotificationBase notifier;

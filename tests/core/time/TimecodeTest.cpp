@@ -73,21 +73,6 @@ TEST(Timecode, PrintFormIsNeverCut)
     EXPECT_EQ(Timecode(0, 0, 0, -1).toString(), "00:00:00:-1");
 }
 
-TEST(Timecode, EqualityIgnoresInitializedButAssignmentSetsIt)
-{
-    const Timecode unset;
-    EXPECT_FALSE(unset.isInitialized());
-    EXPECT_TRUE(Timecode::zero().isInitialized());
-    EXPECT_EQ(unset, Timecode::zero());
-
-    Timecode copied(unset);
-    EXPECT_FALSE(copied.isInitialized()) << "copy construction keeps the flag";
-    Timecode assigned(5, 0, 0, 0);
-    assigned = unset;
-    EXPECT_EQ(assigned, Timecode::zero());
-    EXPECT_TRUE(assigned.isInitialized()) << "an assigned timecode always counts as set";
-}
-
 TEST(Timecode, OrderIsLexicographicOnTheFourFields)
 {
     EXPECT_LT(Timecode(0, 59, 59, 24), Timecode(1, 0, 0, 0));

@@ -70,25 +70,5 @@ TEST(CPluginFactory, DescribesAndCreatesItsRegisteredClasses)
     factory->release();
 }
 
-TEST(CPluginView, KeepsItsRectangleFrameAndParent)
-{
-    ViewRect initial{0, 0, 1300, 750};
-    auto view = owned(new CPluginView(&initial));
-    ViewRect size;
-    view->getSize(&size);
-    EXPECT_EQ(size.getWidth(), 1300);
-    ViewRect smaller{0, 0, 1150, 750};
-    view->onSize(&smaller);
-    EXPECT_EQ(view->getRect().getWidth(), 1150);
-    int window = 0;
-    view->attached(&window, "HWND");
-    EXPECT_EQ(view->getParent(), &window);
-    view->removed();
-    EXPECT_EQ(view->getParent(), nullptr);
-    EXPECT_TRUE(view->isTypeOf("CPluginView"));
-    EXPECT_TRUE(view->isTypeOf("FObject"));
-    EXPECT_FALSE(view->isTypeOf("FObject", false));
-}
-
 } // namespace
 } // namespace Kelmar

@@ -1,7 +1,4 @@
 #include "kelmar/base/FUID.h"
-#include "kelmar/services/IHostServices.h"
-#include "kelmar/base/IPluginBase.h"
-#include "kelmar/project/IProjectSettingsChange.h"
 
 #include <gtest/gtest.h>
 
@@ -16,19 +13,6 @@ TEST(FUID, LaysOutTheFirstThreeGroupsLittleEndianAndTheRestInTextOrder)
     for (int i = 0; i < 16; ++i)
         EXPECT_EQ(id.data()[i], expected[i]) << "byte " << i;
     EXPECT_EQ(FUID::fromBytes(expected), id);
-}
-
-TEST(FUID, ReadsAndWritesTheGuidTextOfTheInterfaces)
-{
-    EXPECT_EQ(IPluginBase::iid.toText(), "{22888DDB-156E-45AE-8358-B34808190625}");
-    EXPECT_EQ(IHostServices::iid.toText(), "{EEC89683-80DB-4336-9177-273E138A763B}");
-    EXPECT_EQ(IProjectSettingsChange::iid.toText(), "{5354D6AC-C0D4-4532-B1BD-A33E229B9F3D}");
-
-    FUID parsed;
-    ASSERT_TRUE(FUID::fromText("{5354d6ac-c0d4-4532-b1bd-a33e229b9f3d}", parsed));
-    EXPECT_EQ(parsed, IProjectSettingsChange::iid);
-    EXPECT_TRUE(parsed.isValid());
-    EXPECT_FALSE(FUID().isValid());
 }
 
 TEST(FUID, RefusesMalformedText)

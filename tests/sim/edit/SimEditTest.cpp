@@ -457,14 +457,5 @@ TEST_F(SimEditTest, ACopiedEventHasAStoreOfItsOwn)
     EXPECT_EQ(saved(*project), before);
 }
 
-TEST_F(SimEditTest, FinishRangeIsRecordedAndAnswersZero)
-{
-    SimObject& dx = trackNamed(u"DX");
-    EXPECT_EQ(rangeEdit->finishRange(project.get(), listOf({&dx}).get(), 0.0, 86400.0, 0.0), kResultOk);
-    ASSERT_EQ(project->finishRangeCalls.size(), 1u);
-    EXPECT_EQ(project->finishRangeCalls[0].tracks[0].get(), &dx);
-    EXPECT_DOUBLE_EQ(project->finishRangeCalls[0].end, 86400.0);
-}
-
 } // namespace
 } // namespace montala::sim::test
