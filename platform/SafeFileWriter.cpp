@@ -163,7 +163,7 @@ public:
     int error() const { return openError; }
 
     // 0 or the errno of the failing call.
-    int writeAll(std::string_view content)
+    int append(std::string_view content)
     {
         const char* data = content.data();
         std::size_t left = content.size();
@@ -177,6 +177,11 @@ public:
             data += written;
             left -= static_cast<std::size_t>(written);
         }
+        return 0;
+    }
+
+    int finish()
+    {
         if (::fsync(descriptor) != 0)
             return errno;
         const int fd = descriptor;
@@ -303,6 +308,14 @@ SafeFileWriter::Outcome SafeFileWriter::check(const fs::path& path)
 
 SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_view content)
 {
+    return write(path, [content](const Put& put) {
+        put(content);
+        return true;
+    });
+}
+
+SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, const std::function<bool(const Put& put)>& produce)
+{
     Checked checked = checkTarget(path);
     Outcome& outcome = checked.outcome;
     if (!outcome.ok())
@@ -334,10 +347,19 @@ SafeFileWriter::Outcome SafeFileWriter::write(const fs::path& path, std::string_
             [[maybe_unused]] const int ignored = ::fchown(temporary.fd(), existing.st_uid, existing.st_gid);
         }
     }
-    if (const int error = temporary.writeAll(content))
+    int error = 0;
+    const bool produced = produce([&](std::string_view piece) {
+        if (error == 0)
+            error = temporary.append(piece);
+    });
+    if (!produced)
+        return fail(Error::Stopped, "");
+    if (error == 0)
+        error = temporary.finish();
+    if (error != 0)
         return fail(Error::CannotWrite, "cannot be written: " + errnoText(error) + "; the old file is left as it was");
-    if (const int error = temporary.renameTo(target))
-        return fail(Error::CannotReplace, "cannot be replaced" + through + ": " + errnoText(error));
+    if (const int renameError = temporary.renameTo(target))
+        return fail(Error::CannotReplace, "cannot be replaced" + through + ": " + errnoText(renameError));
     return outcome;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -39,6 +40,7 @@ public:
         CannotCreate,   // no temporary file could be made in the folder
         CannotWrite,    // writing or syncing the text failed (a full disk, say)
         CannotReplace,  // the finished text could not be renamed into place
+        Stopped,        // the producer of the text gave up; nothing was replaced
     };
 
     struct Outcome {
@@ -53,6 +55,13 @@ public:
     };
 
     static Outcome write(const std::filesystem::path& path, std::string_view content);
+    // The same for a text made piece by piece, so that a large file never
+    // has to be whole in memory: `produce` hands each piece to `put` in
+    // order, and answers false to give up, which leaves the file as it was
+    // (Error::Stopped, with no reason). A failed write is reported once the
+    // producer has finished; `put` itself only keeps the first error.
+    using Put = std::function<void(std::string_view piece)>;
+    static Outcome write(const std::filesystem::path& path, const std::function<bool(const Put& put)>& produce);
     // Every check of write without writing: whether write would refuse the
     // path (a read-only file, a device, no folder, a link loop). A caller
     // that writes several files checks them all first, so that a refusal

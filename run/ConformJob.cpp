@@ -290,6 +290,9 @@ private:
 
         if (watcher.conformed)
             watcher.conformed(*project);
+        // Nothing here undoes a finished run: what the run replaced goes
+        // before the save, which needs room of its own for a feature.
+        project->clearHistory();
         if (!stage(ConformStage::Saving))
             return outcome;
         if (request.inPlace && platform::isSameFile(request.outputPath, request.sessionPath) && !keepBackup(error))

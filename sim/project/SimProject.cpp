@@ -221,6 +221,12 @@ bool SimProject::redo(SimEditGroup& marks)
     return true;
 }
 
+void SimProject::clearHistory()
+{
+    history.clear();
+    undoPosition = 0;
+}
+
 std::u16string SimProject::undoTitle() const
 {
     return canUndo() ? history[undoPosition - 1]->title : std::u16string();

@@ -109,6 +109,9 @@ public:
     std::u16string undoTitle() const;
     // Title of the group that the next redo does again.
     std::u16string redoTitle() const;
+    // Forgets the undo list, and with it the nodes that only the list still
+    // held (what the edits replaced): nothing is left to undo or redo.
+    void clearHistory();
 
     // finishRange calls, as the simulator recorded them.
     struct FinishRangeCall {

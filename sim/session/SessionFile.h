@@ -40,9 +40,10 @@ public:
     // leaves the old file as it was (platform::SafeFileWriter: through links,
     // keeping the mode, refusing read-only files and devices). An open
     // project's storage notifications hear of the save first, as the host
-    // tells them before it writes a project. `stop`, when given, is asked
-    // once the text is made and before anything is written: true, and the
-    // save writes nothing and answers false with an empty error.
+    // tells them before it writes a project. The text goes to the file as it
+    // is made, a track at a time. `stop`, when given, is asked once the text
+    // is made and before it takes the file's place: true, and the file stays
+    // as it was and the save answers false with an empty error.
     static bool save(SimProject& project, const std::string& path, std::string& error,
                      const std::function<bool()>& stop = nullptr);
 

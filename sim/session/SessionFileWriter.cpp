@@ -31,7 +31,9 @@ public:
         startFrame = rate.exactFrame(project.getProjectStart());
     }
 
-    Json document()
+    // The document without its tracks, which are written one at a time
+    // (see writeDocument).
+    Json head()
     {
         Json root;
         root["format"] = SessionFile::formatName;
@@ -66,10 +68,6 @@ public:
             }
             root["mediaPool"] = pool;
         }
-        Json tracks = Json::array();
-        for (const auto& child : project.children())
-            tracks.push_back(track(*child));
-        root["tracks"] = std::move(tracks);
         return root;
     }
 
@@ -111,6 +109,7 @@ private:
         return result;
     }
 
+public:
     Json track(SimObject& node)
     {
         Json result;
@@ -154,6 +153,7 @@ private:
         return result;
     }
 
+private:
     Json event(SimObject& node, bool inPart)
     {
         const SimObject::Fields& f = node.get();
@@ -245,13 +245,50 @@ void print(const Json& value, int indent, std::string& out)
     }
 }
 
+// Writes the document in pieces of about `pieceSize` bytes: the tracks one
+// at a time, so that a feature's session is never whole in memory, neither
+// as JSON nor as text. The bytes are those that print() makes of the whole
+// document: the document always holds objects, so it and its list of tracks
+// take one entry per line.
+void writeDocument(SimProject& project, const platform::SafeFileWriter::Put& put)
+{
+    constexpr std::size_t pieceSize = 1 << 20;
+    Writer writer(project);
+    std::string out = "{\n";
+    const Json head = writer.head();
+    for (const auto& [key, item] : head.items()) {
+        out += "  " + Json(key).dump() + ": ";
+        print(item, 2, out);
+        out += ",\n";
+    }
+    out += "  \"tracks\": ";
+    const SimObject::List& tracks = project.children();
+    if (tracks.empty()) {
+        out += "[]";
+    } else {
+        out += "[\n";
+        for (std::size_t i = 0; i < tracks.size(); ++i) {
+            if (i > 0)
+                out += ",\n";
+            out += "    ";
+            print(writer.track(*tracks[i]), 4, out);
+            if (out.size() >= pieceSize) {
+                put(out);
+                out.clear();
+            }
+        }
+        out += "\n  ]";
+    }
+    out += "\n}\n";
+    put(out);
+}
+
 } // namespace
 
 std::string SessionFile::write(SimProject& project)
 {
     std::string out;
-    print(Writer(project).document(), 0, out);
-    out += "\n";
+    writeDocument(project, [&out](std::string_view piece) { out += piece; });
     return out;
 }
 
@@ -267,12 +304,15 @@ bool SessionFile::save(SimProject& project, const std::string& path, std::string
             break;
         }
     }
-    const std::string text = write(project);
-    if (stop && stop()) {
+    const platform::SafeFileWriter::Outcome outcome =
+        platform::SafeFileWriter::write(path, [&](const platform::SafeFileWriter::Put& put) {
+            writeDocument(project, put);
+            return !(stop && stop());
+        });
+    if (outcome.error == platform::SafeFileWriter::Error::Stopped) {
         error.clear();
         return false;
     }
-    const platform::SafeFileWriter::Outcome outcome = platform::SafeFileWriter::write(path, text);
     if (!outcome.ok()) {
         error = outcome.message();
         return false;

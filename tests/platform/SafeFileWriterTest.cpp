@@ -89,6 +89,27 @@ TEST_F(SafeFileWriterTest, NewFilesFollowTheUmaskAndOldOnesAreReplacedWhole)
     EXPECT_EQ("here\n", contentOf(folder / "here.edl"));
 }
 
+TEST_F(SafeFileWriterTest, ATextMadeInPiecesIsWrittenWholeOrNotAtAll)
+{
+    const fs::path path = folder / "film.json";
+    put(path, "old\n");
+    const auto pieces = [](bool finish) {
+        return [finish](const SafeFileWriter::Put& write) {
+            write("{\n");
+            write(std::string(3, 'x'));
+            write("\n}\n");
+            return finish;
+        };
+    };
+    const SafeFileWriter::Outcome stopped = SafeFileWriter::write(path, pieces(false));
+    EXPECT_EQ(Error::Stopped, stopped.error);
+    EXPECT_EQ("old\n", contentOf(path));
+    EXPECT_EQ(std::vector<std::string>{"film.json"}, namesInFolder()) << "no temporary file stays";
+
+    ASSERT_TRUE(SafeFileWriter::write(path, pieces(true)).ok());
+    EXPECT_EQ("{\nxxx\n}\n", contentOf(path));
+}
+
 TEST_F(SafeFileWriterTest, ExistingFilesKeepTheirMode)
 {
     for (const mode_t mode : {mode_t(0600), mode_t(0640), mode_t(0755), mode_t(0604)}) {
