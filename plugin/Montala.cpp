@@ -5,6 +5,7 @@
 
 #include "gui/MainGui.h"
 #include "host/Host.h"
+#include "host/HostStatus.h"
 
 #include "kelmar/services/IActionManager.h"
 #include "kelmar/services/IApplicationState.h"
@@ -70,6 +71,7 @@ Montala::~Montala()
     // The window and the registrations went with terminate; a host that
     // never called it still finds nothing of this object left behind.
     unregister();
+    status.reset();
     host.reset();
     if (juceStarted)
         juce::shutdownJuce_GUI();
@@ -88,6 +90,8 @@ tresult Montala::queryInterface(const FUID& iid, void** obj)
         || answerInterface<IViewBuilder>(this, iid, obj) || answerInterface<IPlugController>(this, iid, obj)
         || answerInterface<IPlugWindowFactory>(this, iid, obj))
         return kResultOk;
+    if (status && iid == HostStatusInterface::iid)
+        return status->queryInterface(iid, obj);
     return FObject::queryInterface(iid, obj);
 }
 
@@ -106,6 +110,7 @@ tresult Montala::initialize(FUnknown* context)
         } catch (...) {
             return kResultFalse;
         }
+        status = owned(new HostStatus(*host));
         if (IPtr<IMenuRegistry> menus = findService<IMenuRegistry>(services.get()))
             menus->addEntry(module::handle(), "Project", u"Montala", 1, "Montala", "ShowDialog");
         if (IPtr<IActionManager> actions = findService<IActionManager>(services.get()))

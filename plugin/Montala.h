@@ -13,6 +13,7 @@
 namespace montala::host {
 
 class Host;
+class HostStatus;
 
 // The module's one service: what the host creates from the factory and
 // initializes. It builds the Host over the host's services, puts "Montala"
@@ -24,6 +25,9 @@ class Host;
 //
 // A second click closes the window. The window stays the host's; this
 // object only remembers it until the host says it closed (onClose).
+//
+// Besides the host's interfaces it answers HostStatusInterface, for a
+// program that loads the module as its host and reports Montala's runs.
 class Montala : public Kelmar::FObject,
                 public Kelmar::IPluginBase,
                 public Kelmar::IActionHandler,
@@ -69,6 +73,8 @@ private:
     void unregister();
 
     Kelmar::IPtr<Host> host;
+    // Handed to the program that loaded the module, for what it tells its user.
+    Kelmar::IPtr<HostStatus> status;
     Kelmar::IPlugWindow* window = nullptr; // borrowed from the host until onClose
     Kelmar::IPtr<Kelmar::ISkinService> skins;
     Kelmar::IPtr<MessagePump> pump;

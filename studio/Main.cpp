@@ -53,6 +53,17 @@ int ignoreXError(Display*, XErrorEvent*)
     return 0;
 }
 
+// Montala.so: beside the program when installed, else where the build put it.
+std::string moduleFile()
+{
+    const juce::File beside = juce::File::getSpecialLocation(juce::File::currentExecutableFile)
+                                  .getParentDirectory()
+                                  .getChildFile("Montala.so");
+    if (beside.existsAsFile())
+        return beside.getFullPathName().toStdString();
+    return MONTALA_MODULE_FILE;
+}
+
 // Whether a window can be shown at all: an X server answers on $DISPLAY.
 bool displayAvailable()
 {
@@ -75,10 +86,25 @@ int run(const studio::StudioOptions& options, const char* argv0)
     }
 
     juce::ScopedJuceInitialiser_GUI juce;
-    studio::Studio montala(resourceFolder(argv0),
-                           options.language.empty() ? studio::Studio::systemLanguage() : options.language);
-
+    const std::string language = options.language.empty() ? studio::Studio::systemLanguage() : options.language;
+    // The steps and snapshots press the window's buttons themselves, so they
+    // run with Montala built in. A user at the screen gets Montala the way a
+    // workstation starts it: the host loads the module, whose "Project" menu
+    // entry opens the window.
+    const bool scripted = options.scripted() || !options.snapshot.empty() || !display;
+    std::unique_ptr<studio::Studio> studioOwned;
     std::string error;
+    if (scripted) {
+        studioOwned = std::make_unique<studio::Studio>(resourceFolder(argv0), language);
+    } else {
+        studioOwned = studio::Studio::withModule(moduleFile(), language, error);
+        if (!studioOwned) {
+            std::cerr << "montala-studio: " << error << "\n";
+            return 2;
+        }
+    }
+    studio::Studio& montala = *studioOwned;
+
     if (!options.session.empty()) {
         if (!montala.openSession(options.session, error)) {
             std::cerr << error << "\n";
@@ -102,8 +128,11 @@ int run(const studio::StudioOptions& options, const char* argv0)
     if (!console)
         fileDialogs.emplace(montala.simHost().fileDialogs(), studio::FileDialogFace::askInWindow);
 
-    auto view = std::make_unique<gui::MainGui>();
-    studio::ViewWiring::wire(*view, montala);
+    std::unique_ptr<gui::MainGui> view;
+    if (scripted) {
+        view = std::make_unique<gui::MainGui>();
+        studio::ViewWiring::wire(*view, montala);
+    }
 
     if (headless) {
         const int status = studio::runSteps(montala, *view, options, std::cout, std::cerr);
@@ -118,7 +147,7 @@ int run(const studio::StudioOptions& options, const char* argv0)
         quitting = true;
         juce::MessageManager::getInstance()->stopDispatchLoop();
     });
-    auto progress = std::make_unique<studio::ProgressWindowFace>(montala.simHost().progress(), &window->view());
+    auto progress = std::make_unique<studio::ProgressWindowFace>(montala.simHost().progress(), &window->content());
     window->setVisible(true);
 
     if (options.scripted() && options.quit) {

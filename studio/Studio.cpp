@@ -3,15 +3,19 @@
 #include "core/model/DataModelChangeScope.h"
 #include "core/time/FramerateNames.h"
 #include "host/Project.h"
+#include "util/StringUtil.h"
 
 #include <chrono>
 #include <cstdlib>
 
+#include "kelmar/base/IPluginBase.h"
 #include "kelmar/edit/IProjectEditHook.h"
 #include "kelmar/project/IProjectNotification.h"
 #include "kelmar/base/String.h"
 #include "sim/session/SessionFile.h"
 #include "sim/services/SimActionManager.h"
+#include "sim/services/SimMenuRegistry.h"
+#include "sim/services/SimSkinService.h"
 #include "sim/project/SimProjectManager.h"
 #include "sim/services/SimTranslationService.h"
 
@@ -49,25 +53,97 @@ public:
     bool modified = false;
 };
 
-Studio::Studio(const std::string& resourceFolder, const std::string& language) : sim(sim::SimHost::create())
+Studio::Studio(Bare, const std::string& language) : sim(sim::SimHost::create())
+{
+    sim->translation().setLanguage(language);
+    watch = Kelmar::owned(new EditWatch);
+    sim->projectManager().addNotification(watch.get());
+}
+
+Studio::Studio(const std::string& resourceFolder, const std::string& language) : Studio(Bare{}, language)
 {
     sim->setResourceFolder(resourceFolder);
-    sim->translation().setLanguage(language);
     // As the plug-in does on start-up; without the table the texts stay English.
     sim->translation().loadTable(nullptr, "translation.xml", "Montala");
     montala = Kelmar::owned(new host::Host(sim.get()));
-    watch = Kelmar::owned(new EditWatch);
-    sim->projectManager().addNotification(watch.get());
+    status = Kelmar::owned(new host::HostStatus(*montala));
+}
+
+std::unique_ptr<Studio> Studio::withModule(const std::string& module, const std::string& language,
+                                           std::string& error)
+{
+    std::unique_ptr<Studio> studio(new Studio(Bare{}, language));
+    if (!studio->sim->loadModule(module, error))
+        return nullptr;
+    studio->status = Kelmar::queryInterface<host::HostStatusInterface>(studio->sim->plugin());
+    if (!studio->status) {
+        error = module + ": its service does not tell how its runs went";
+        return nullptr;
+    }
+    studio->texts = std::make_unique<host::StringTranslator>(studio->sim.get());
+    studio->previousTexts = util::StringUtil::getStringConverter();
+    util::StringUtil::setStringConverter(studio->texts.get());
+    return studio;
 }
 
 Studio::~Studio()
 {
     // Montala goes before the host it was built over, as in a host shutting
-    // down a plug-in.
+    // down a plug-in; the module's service goes with the host's shutdown.
     sim->projectManager().removeNotification(watch.get());
+    if (texts && util::StringUtil::getStringConverter() == texts.get())
+        util::StringUtil::setStringConverter(previousTexts);
+    status.reset();
     montala.reset();
     current.reset();
     sim->shutdown();
+}
+
+host::Host& Studio::host() const
+{
+    if (!montala)
+        throw Result::NotInitialized;
+    return *montala;
+}
+
+bool Studio::changeReportHtml(const std::string& title, std::string& html, std::string& error) const
+{
+    if (!current || !status) {
+        error = "Open a session first.";
+        return false;
+    }
+    return status->changeReportHtml(title, html, error);
+}
+
+std::vector<Studio::MenuEntry> Studio::menuEntries(const std::string& menu) const
+{
+    std::vector<MenuEntry> found;
+    for (const sim::SimMenuRegistry::Entry& entry : sim->menus().entries())
+        if (entry.menu == menu)
+            found.push_back({Kelmar::String::utf16ToUtf8(entry.title),
+                             sim->actionManager().isEnabled(entry.category, entry.action)});
+    return found;
+}
+
+bool Studio::clickMenu(const std::string& menu, const std::string& title)
+{
+    return sim->menus().click(menu, Kelmar::String::utf8ToUtf16(title)) == Kelmar::kResultOk;
+}
+
+bool Studio::setWorkspace(unsigned long window, int x, int y, int width, int height)
+{
+    if (!sim->openDisplay())
+        return false;
+    sim->setWorkspace(window, x, y);
+    for (const Kelmar::IPtr<sim::SimPlugWindow>& opened : sim->skins().windows())
+        if (opened->isOpen())
+            opened->resize(width, height);
+    return true;
+}
+
+bool Studio::isModuleWindowOpen() const
+{
+    return sim->skins().openWindowCount() > 0;
 }
 
 void Studio::replaceProject(Kelmar::IPtr<sim::SimProject> next)
@@ -148,13 +224,14 @@ bool Studio::redo()
 
 core::DataModel* Studio::model() const
 {
+    // With the module the model is the module's: only its own code reads it.
     host::Project* active = montala ? montala->getActiveProject() : nullptr;
     return active ? &active->getDataModel() : nullptr;
 }
 
 core::EdlFileReport Studio::addEdl(int listKind, const std::string& file)
 {
-    host::Project* active = montala->getActiveProject();
+    host::Project* active = host().getActiveProject();
     if (!active)
         throw Result::NoProject;
     core::ScopedFramerateProvider provider(active);
@@ -169,7 +246,7 @@ core::EdlFileReport Studio::addEdl(int listKind, const std::string& file)
 
 Result::Type Studio::generate()
 {
-    host::Project* active = montala->getActiveProject();
+    host::Project* active = host().getActiveProject();
     if (!active)
         return Result::NoProject;
     core::ScopedFramerateProvider provider(active);
@@ -181,7 +258,7 @@ Result::Type Studio::generate()
 
 Result::Type Studio::startConform()
 {
-    return montala->startConform();
+    return host().startConform();
 }
 
 void Studio::idle()
@@ -195,9 +272,9 @@ void Studio::idle()
     const bool runPending = isRunPending();
     FinishedRun run;
     if (runPending) {
-        if (host::Project* active = montala->getActiveProject()) {
-            run.rateName = core::rateName(active->getFramerate());
-            run.changeEvents = active->getDataModel().getChangeList().getSize();
+        if (const core::Framerate rate = status->activeRate(); !rate.isUndefined()) {
+            run.rateName = core::rateName(rate);
+            run.changeEvents = status->changeEventCount();
         }
     }
     const auto start = std::chrono::steady_clock::now();
@@ -208,8 +285,9 @@ void Studio::idle()
         throw;
     }
     idling = false;
-    if (runPending && !isRunPending() && montala->lastRun().kind != host::RunSummary::Kind::None) {
-        run.summary = montala->lastRun();
+    if (runPending && !isRunPending())
+        run.summary = status->lastRun();
+    if (run.summary.kind != host::RunSummary::Kind::None) {
         run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         finished = std::move(run);
     }

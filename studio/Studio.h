@@ -4,6 +4,8 @@
 #include "core/events/EdlLoader.h"
 #include "core/time/Framerate.h"
 #include "host/Host.h"
+#include "host/HostStatus.h"
+#include "host/StringTranslator.h"
 #include "util/Result.h"
 
 #include "kelmar/base/IPtr.h"
@@ -18,10 +20,22 @@
 
 namespace montala::studio {
 
-// Montala on the simulated host, brought up the way the plug-in is: the host
-// first, then one Host over its services, which adopts the projects already
-// open and follows those opened later. Everything a user does in the
-// program's menu goes through here, as a host would carry it out:
+// Montala on the simulated host, brought up one of two ways, never both (two
+// Hosts on one project would both answer its notices and store its block):
+//
+//   the module:  the real way. The simulated host loads Montala.so, whose
+//                service builds the one Host and puts "Montala" into the
+//                host's "Project" menu; the entry opens Montala's window
+//                inside the program's window. The program reaches Montala
+//                only through the host's services and HostStatusInterface.
+//   built in:    one Host over the host's services, made here, and a
+//                MainGui this program makes and drives itself: for the
+//                command-line steps and the snapshots, which press the
+//                window's buttons directly.
+//
+// Either way the Host adopts the projects already open and follows those
+// opened later. Everything a user does in the program's menu goes through
+// here, as a host would carry it out:
 //
 //   open:  session file -> new SimProject -> project manager opens it
 //          -> Host::projectOpened/projectActivated -> the window hears of it
@@ -36,6 +50,10 @@ public:
     // texts in English. `language` is the host's application language
     // ("us", "de", ...), which Montala's texts follow.
     explicit Studio(const std::string& resourceFolder, const std::string& language = "us");
+    // Montala from the module file `module`, loaded as a host loads it; null
+    // with `error` naming the file when it does not come up.
+    static std::unique_ptr<Studio> withModule(const std::string& module, const std::string& language,
+                                              std::string& error);
     ~Studio();
     Studio(const Studio&) = delete;
     Studio& operator=(const Studio&) = delete;
@@ -75,10 +93,31 @@ public:
     // The run that the last idle turns carried out, once: nothing when no
     // run ended since it was last taken.
     std::optional<FinishedRun> takeFinishedRun();
-    bool isRunPending() const { return montala && montala->isRunPending(); }
-    bool isBusy() const { return montala && montala->isBusy(); }
+    bool isRunPending() const { return status && status->isRunPending(); }
+    bool isBusy() const { return status && status->isBusy(); }
+    bool isPreviewActive() const { return status && status->isPreviewActive(); }
+    // The change report of the active project as an HTML page; false with
+    // `error` telling the user what to do first.
+    bool changeReportHtml(const std::string& title, std::string& html, std::string& error) const;
 
-    host::Host& host() const { return *montala; }
+    // ---- The host's menus, as plug-ins filled them (the module's "Montala")
+    struct MenuEntry {
+        std::string title;
+        bool enabled = false;
+    };
+    std::vector<MenuEntry> menuEntries(const std::string& menu) const;
+    // The user's click on an entry; false when nobody carried it out.
+    bool clickMenu(const std::string& menu, const std::string& title);
+    // The program's main window, where the module's windows open at (x, y)
+    // with the given size, and keep that size as the program's window is
+    // resized. Needs the X server of $DISPLAY; false without one.
+    bool setWorkspace(unsigned long window, int x, int y, int width, int height);
+    // Whether one of the module's windows is open.
+    bool isModuleWindowOpen() const;
+
+    bool hasModule() const { return !montala; }
+    // The Host built in; NotInitialized with the module, whose Host is its own.
+    host::Host& host() const;
     sim::SimHost& simHost() const { return *sim; }
     // The active project's model; null when none is open.
     core::DataModel* model() const;
@@ -95,10 +134,19 @@ public:
 private:
     class EditWatch;
 
+    struct Bare {};
+    // The simulated host alone, in `language`; Montala not yet up.
+    Studio(Bare, const std::string& language);
     void replaceProject(Kelmar::IPtr<sim::SimProject> next);
 
     Kelmar::IPtr<sim::SimHost> sim;
-    Kelmar::IPtr<host::Host> montala;
+    Kelmar::IPtr<host::Host> montala; // built in only
+    Kelmar::IPtr<host::HostStatusInterface> status;
+    // The studio's own texts (a run's summary) through the host's table,
+    // with the module: the module's Host sets the converter of the module's
+    // copy of StringUtil only.
+    std::unique_ptr<host::StringTranslator> texts;
+    util::StringUtil::StringConverterInterface* previousTexts = nullptr;
     Kelmar::IPtr<EditWatch> watch;
     Kelmar::IPtr<sim::SimProject> current;
     std::string path;

@@ -104,6 +104,14 @@ juce::PopupMenu buildMenu(Studio& studio, int index)
         addEntry(menu, ReportItem, "Open Change Report", idle && studio.project() != nullptr);
         menu.addSeparator();
         addEntry(menu, QuitItem, "Quit", idle);
+    } else if (index == 2) {
+        int id = FirstProjectItem;
+        for (const Studio::MenuEntry& entry : studio.menuEntries("Project")) {
+            juce::PopupMenu::Item item(text(entry.title));
+            item.itemID = id++;
+            item.isEnabled = idle && entry.enabled;
+            menu.addItem(std::move(item));
+        }
     } else if (index == 1) {
         const std::string undoTitle = studio.undoTitle();
         const std::string redoTitle = studio.redoTitle();
@@ -125,6 +133,39 @@ std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key)
     return std::nullopt;
 }
 
+// The host's workspace: the area of the main window where the module's
+// windows open. It tells the host where that area is on the X server each
+// time it moves, changes size or comes on screen.
+class StudioWindow::Workspace : public juce::Component {
+public:
+    explicit Workspace(Studio& studio) : studio(studio) { setOpaque(true); }
+
+    void place()
+    {
+        juce::ComponentPeer* peer = getPeer();
+        if (!peer)
+            return;
+        // On Linux a peer's native handle is its X11 window id, which the
+        // host hands the view as its parent; on Windows it would be an HWND.
+        const juce::Point<int> at = peer->getComponent().getLocalPoint(this, juce::Point<int>());
+        const auto window = reinterpret_cast<juce::pointer_sized_uint>(peer->getNativeHandle());
+        studio.setWorkspace(static_cast<unsigned long>(window), at.x, at.y, getWidth(), getHeight());
+    }
+
+    void paint(juce::Graphics& g) override
+    {
+        g.fillAll(gui::palette::window);
+        g.setColour(gui::palette::window.contrasting(0.5f));
+        g.setFont(16.0f);
+        g.drawText("Project > Montala opens Montala's window", getLocalBounds(), juce::Justification::centred);
+    }
+    void resized() override { place(); }
+    void parentHierarchyChanged() override { place(); }
+
+private:
+    Studio& studio;
+};
+
 StudioWindow::StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit)
     : juce::DocumentWindow("Montala", gui::palette::window, juce::DocumentWindow::allButtons, true),
       studio(studio), montalaView(std::move(view)), onQuit(std::move(onQuit)), askUnsaved(askInWindow),
@@ -133,7 +174,13 @@ StudioWindow::StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, s
 {
     setUsingNativeTitleBar(true);
     setMenuBar(this);
-    setContentNonOwned(montalaView.get(), true);
+    if (montalaView) {
+        setContentNonOwned(montalaView.get(), true);
+    } else {
+        workspace = std::make_unique<Workspace>(studio);
+        workspace->setSize(gui::MainGui::defaultWidth, gui::MainGui::defaultHeight);
+        setContentNonOwned(workspace.get(), true);
+    }
     // The skin's limits: never smaller than 1150 x 750.
     setResizable(true, false);
     setResizeLimits(1150, 750 + getMenuBarComponent()->getHeight(), 10000, 10000);
@@ -147,11 +194,21 @@ StudioWindow::~StudioWindow()
     stopTimer();
     setMenuBar(nullptr);
     clearContentComponent();
-    ViewWiring::unwire(*montalaView);
+    if (montalaView)
+        ViewWiring::unwire(*montalaView);
+}
+
+gui::MainGui& StudioWindow::view()
+{
+    if (!montalaView)
+        throw util::Result::NotInitialized;
+    return *montalaView;
 }
 
 juce::StringArray StudioWindow::getMenuBarNames()
 {
+    if (workspace)
+        return {"File", "Edit", "Project"};
     return {"File", "Edit"};
 }
 
@@ -185,6 +242,14 @@ void StudioWindow::menuItemSelected(int itemId, int)
         openChangeReport();
         break;
     default:
+        if (itemId >= FirstProjectItem && workspace && !studio.isBusy()) {
+            const std::vector<Studio::MenuEntry> entries = studio.menuEntries("Project");
+            const size_t index = static_cast<size_t>(itemId - FirstProjectItem);
+            if (index < entries.size()) {
+                workspace->place();
+                studio.clickMenu("Project", entries[index].title);
+            }
+        }
         break;
     }
 }
@@ -313,8 +378,7 @@ void StudioWindow::idle()
 
 void StudioWindow::reportFinishedRun()
 {
-    const core::DataModel* model = studio.model();
-    if (model && !model->isPreviewActive())
+    if (!studio.isPreviewActive())
         previewReported = false;
     const std::optional<FinishedRun> run = studio.takeFinishedRun();
     if (!run)

@@ -24,12 +24,15 @@ enum MenuItem {
     UndoItem,
     RedoItem,
     ReportItem,
+    // The entries plug-ins put into the host's "Project" menu, from here on.
+    FirstProjectItem = 100,
 };
 
-// The File and Edit menus as they stand for the studio now: Undo and Redo
-// carry the titles of the host's groups ("Undo Generate Change EDL") and are
-// disabled with nothing to take back or do again; nothing is enabled while
-// a run holds the host. Each entry shows its key.
+// The File, Edit and Project menus as they stand for the studio now: Undo
+// and Redo carry the titles of the host's groups ("Undo Generate Change
+// EDL") and are disabled with nothing to take back or do again; Project
+// holds what the loaded module put there ("Montala"); nothing is enabled
+// while a run holds the host. Each entry of File and Edit shows its key.
 juce::PopupMenu buildMenu(Studio& studio, int index);
 
 // The menu entry a key stands for: Ctrl+O open, Ctrl+S save, Ctrl+Shift+S
@@ -41,10 +44,13 @@ std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key);
 // chose. Asked only when there is something to lose.
 enum class UnsavedChoice { Save, Discard, Cancel };
 
-// The desktop window of montala-studio: Montala's window at the size of the
-// skin, under a menu bar, on the simulated host. A timer gives the host its
-// idle calls, which carry out the runs the window asks for. Quitting, and
-// opening another session, ask first when the project has unsaved changes.
+// The desktop window of montala-studio, the simulated host's main window,
+// under a menu bar. With the module loaded its content is the host's
+// workspace, where "Project" > "Montala" opens Montala's window; with
+// Montala built in, the content is Montala's window itself, at the size of
+// the skin. A timer gives the host its idle calls, which carry out the runs
+// the window asks for. Quitting, and opening another session, ask first
+// when the project has unsaved changes.
 class StudioWindow : public juce::DocumentWindow, public juce::MenuBarModel, private juce::Timer {
 public:
     // How the user is asked; a modal JUCE box unless replaced.
@@ -55,7 +61,8 @@ public:
     // dismisses unless replaced.
     using ShowSummary = std::function<void(const std::string& title, const std::string& text)>;
 
-    // `view` is the wired Montala window; `onQuit` ends the program.
+    // `view` is the wired Montala window, built in; null with the module.
+    // `onQuit` ends the program.
     StudioWindow(Studio& studio, std::unique_ptr<gui::MainGui> view, std::function<void()> onQuit);
     ~StudioWindow() override;
 
@@ -63,7 +70,10 @@ public:
     void setPickFile(PickFile pick) { pickFile = std::move(pick); }
     void setShowSummary(ShowSummary show) { showSummary = std::move(show); }
 
-    gui::MainGui& view() { return *montalaView; }
+    // The built-in Montala window; NotInitialized with the module.
+    gui::MainGui& view();
+    // What a modal box of the host blocks: Montala's window or the workspace.
+    juce::Component& content() { return *getContentComponent(); }
 
     juce::StringArray getMenuBarNames() override;
     juce::PopupMenu getMenuForIndex(int index, const juce::String& name) override;
@@ -92,6 +102,8 @@ public:
     std::string windowTitle() const;
 
 private:
+    class Workspace;
+
     void timerCallback() override;
     void reportFinishedRun();
     // Saves or discards what would be lost; false when the user keeps it.
@@ -101,6 +113,7 @@ private:
 
     Studio& studio;
     std::unique_ptr<gui::MainGui> montalaView;
+    std::unique_ptr<Workspace> workspace; // with the module
     std::function<void()> onQuit;
     AskUnsaved askUnsaved;
     PickFile pickFile;

@@ -37,11 +37,13 @@ SimDisplay::~SimDisplay()
     XCloseDisplay(native(display));
 }
 
-unsigned long SimDisplay::createWindow(const std::string& title, int width, int height)
+unsigned long SimDisplay::createWindow(const std::string& title, int width, int height, unsigned long parent,
+                                       int left, int top)
 {
     Display* x = native(display);
     const int screen = DefaultScreen(x);
-    const Window window = XCreateSimpleWindow(x, RootWindow(x, screen), 0, 0, static_cast<unsigned>(width),
+    const Window window = XCreateSimpleWindow(x, parent ? parent : RootWindow(x, screen), left, top,
+                                              static_cast<unsigned>(width),
                                               static_cast<unsigned>(height), 0, BlackPixel(x, screen),
                                               BlackPixel(x, screen));
     XStoreName(x, window, title.c_str());

@@ -7,6 +7,14 @@
 
 namespace montala::sim {
 
+// Where a window opens: on the desktop (no parent), or inside the window
+// `parent` at (x, y).
+struct WindowPlacement {
+    unsigned long parent = 0;
+    int x = 0;
+    int y = 0;
+};
+
 // The host's connection to the X server, for plug windows that are real
 // top-level windows. Windows are named by their X11 ids.
 class SimDisplay {
@@ -17,7 +25,9 @@ public:
     SimDisplay(const SimDisplay&) = delete;
     SimDisplay& operator=(const SimDisplay&) = delete;
 
-    unsigned long createWindow(const std::string& title, int width, int height);
+    // A top-level window, or with `parent` a child window at (x, y) inside it.
+    unsigned long createWindow(const std::string& title, int width, int height, unsigned long parent = 0, int x = 0,
+                               int y = 0);
     void resizeWindow(unsigned long window, int width, int height);
     void destroyWindow(unsigned long window);
 

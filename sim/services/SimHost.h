@@ -3,6 +3,7 @@
 #include "kelmar/services/IHostServices.h"
 #include "kelmar/base/IPtr.h"
 #include "sim/project/SimBase.h"
+#include "sim/services/SimDisplay.h"
 
 #include <memory>
 #include <string>
@@ -131,6 +132,10 @@ public:
     // False when none answers; windows then stay headless.
     bool openDisplay();
     SimDisplay* display() const { return x11.get(); }
+    // The host's main window, where plug windows opened from now on are
+    // placed, at (x, y) inside it; without one they are top-level windows.
+    void setWorkspace(unsigned long window, int x, int y) { mainWindow = {window, x, y}; }
+    WindowPlacement workspace() const { return mainWindow; }
 
     // ---- The run loop
     void runIdle(int turns = 1);
@@ -196,6 +201,7 @@ private:
     std::vector<Plugin> plugins;
     std::vector<std::unique_ptr<SimModule>> modules;
     std::unique_ptr<SimDisplay> x11;
+    WindowPlacement mainWindow;
     std::vector<std::string> steps;
 };
 

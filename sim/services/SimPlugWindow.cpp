@@ -7,8 +7,10 @@ namespace montala::sim {
 
 using namespace Kelmar;
 
-SimPlugWindow::SimPlugWindow(std::string name, std::string windowTitle, IPtr<IPlugView> view, SimDisplay* display)
-    : windowName(std::move(name)), title(std::move(windowTitle)), plugView(std::move(view)), display(display)
+SimPlugWindow::SimPlugWindow(std::string name, std::string windowTitle, IPtr<IPlugView> view, SimDisplay* display,
+                             WindowPlacement placement)
+    : windowName(std::move(name)), title(std::move(windowTitle)), plugView(std::move(view)), display(display),
+      placement(placement)
 {
 }
 
@@ -35,7 +37,8 @@ tresult SimPlugWindow::show()
         return kResultFalse;
     ViewRect size;
     plugView->getSize(&size);
-    native = display->createWindow(title, size.getWidth(), size.getHeight());
+    native = display->createWindow(title, size.getWidth(), size.getHeight(), placement.parent, placement.x,
+                                   placement.y);
     plugView->setFrame(this);
     if (plugView->attached(reinterpret_cast<void*>(native), kPlatformTypeX11EmbedWindowID) != kResultOk) {
         detach();

@@ -5,16 +5,16 @@
 #include "kelmar/view/IPlugWindow.h"
 #include "kelmar/base/IPtr.h"
 #include "sim/project/SimBase.h"
+#include "sim/services/SimDisplay.h"
 
 #include <string>
 
 namespace montala::sim {
 
-class SimDisplay;
-
 // A window the skin service opened. Without a display it is headless: the
-// view is built but never attached. With one, show() opens a top-level X11
-// window of the view's size and attaches the view to it, as its frame:
+// view is built but never attached. With one, show() opens an X11 window of
+// the view's size, top-level or inside the host's main window (its
+// workspace), and attaches the view to it, as its frame:
 //
 //   show:   isPlatformTypeSupported, setFrame(this), attached(window), onSize
 //   resize: onSize, from the user (resize) or the view (resizeView)
@@ -22,7 +22,8 @@ class SimDisplay;
 //           close notification, then the view let go
 class SimPlugWindow : public SimBase, public Kelmar::IPlugWindow, public Kelmar::IPlugFrame {
 public:
-    SimPlugWindow(std::string name, std::string title, Kelmar::IPtr<Kelmar::IPlugView> view, SimDisplay* display);
+    SimPlugWindow(std::string name, std::string title, Kelmar::IPtr<Kelmar::IPlugView> view, SimDisplay* display,
+                  WindowPlacement placement = {});
     ~SimPlugWindow() override;
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
@@ -51,6 +52,7 @@ private:
     std::string title;
     Kelmar::IPtr<Kelmar::IPlugView> plugView;
     SimDisplay* display; // the host's, or null
+    WindowPlacement placement;
     unsigned long native = 0;
     Kelmar::ICloseWindowNotification* closeNotification = nullptr;
     bool open = true;

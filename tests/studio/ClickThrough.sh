@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # montala-studio used as a new user uses it, with the mouse and the keyboard
-# alone, on a virtual display: open the sample session, load both cuts
+# alone, on a virtual display: open the sample session, open Montala's
+# window from the host's Project menu (the host loads the module), load both cuts
 # through the Add EDLs overlay, switch off the destination markers in the
 # settings, generate, edit one Change event and undo the edit, start the
-# conform, dismiss its summary, save the session under a new name and quit.
+# conform, dismiss its summary, close Montala's window from the menu again,
+# save the session under a new name and quit.
 # Then montala verify checks that the saved session plays the new cut in sync.
 #
 # Run under xvfb-run with a 1600x1000 screen:
@@ -48,6 +50,32 @@ eval "$(xdotool getwindowgeometry --shell "$window")"
 menu=$((HEIGHT - 750))
 # The host's start-up runs on the message loop; the window settles first.
 sleep 2
+
+# The host's menu bar: "Project" is its third menu. Montala's window is the
+# host's window named after the skin's template, inside the studio's.
+project_menu_entry() {  # opens the Project menu and clicks its one entry, "Montala"
+  xdotool mousemove --window "$window" 138 $((menu / 2)) click 1
+  local popup
+  popup=$(find_window "^menu$")
+  [ -n "$popup" ] || fail "the Project menu did not open"
+  sleep 0.5
+  xdotool mousemove --window "$popup" 30 14 click 1
+  sleep 1
+}
+# The menu's keys are the host's: its main window takes the keyboard back
+# from Montala's window first, as a window manager gives it on a click on
+# the window's frame (Xvfb runs none). The pointer leaves Montala's window
+# too: X hands keys to the window under the pointer inside the focused one.
+host_keys() {
+  xdotool mousemove --window "$window" 600 $((menu / 2))
+  xdotool windowfocus --sync "$window"
+  sleep 0.3
+  xdotool key "$@"
+}
+
+step "Project > Montala"
+project_menu_entry
+[ -n "$(find_window "^Montala$")" ] || fail "Project > Montala opened no window"
 
 click() {  # x y [button], in Montala's window
   xdotool mousemove --window "$window" "$1" "$(($2 + menu))" click "${3:-1}"
@@ -106,7 +134,7 @@ click 322 692
 # below could not start; had the undo not worked, verify would find the
 # first event five frames out of sync.
 step "Undo the edit with Ctrl+Z"
-xdotool key ctrl+z
+host_keys ctrl+z
 sleep 0.6
 
 step "Start Montala, then dismiss the summary"
@@ -119,8 +147,12 @@ xdotool mousemove --window "$summary" $((BOX_WIDTH / 2)) $((BOX_HEIGHT - 28)) cl
 sleep 0.6
 xdotool search --onlyvisible --name "^Apply Montala$" >/dev/null 2>&1 && fail "the summary is still open"
 
+step "Project > Montala again closes the window"
+project_menu_entry
+xdotool search --onlyvisible --name "^Montala$" >/dev/null 2>&1 && fail "Montala's window is still open"
+
 step "Save Session As... with Ctrl+Shift+S, a new name typed"
-xdotool key ctrl+shift+s
+host_keys ctrl+shift+s
 dialog=$(find_window "^Save Session$")
 [ -n "$dialog" ] || fail "Save Session As... opened no file dialog"
 sleep 0.6
@@ -131,7 +163,7 @@ xdotool key Return
 sleep 1
 
 step "Quit with Ctrl+Q"
-xdotool key ctrl+q
+host_keys ctrl+q
 for _ in $(seq 50); do
   kill -0 "$pid" 2>/dev/null || break
   sleep 0.2

@@ -6,6 +6,7 @@
 #include "studio/StudioWindow.h"
 
 #include "sim/project/SimBase.h"
+#include "sim/project/SimProjectManager.h"
 #include "support/TempFolderTest.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
@@ -200,6 +201,35 @@ TEST_F(StudioTest, StartsInTheSystemsLanguageAndTellsTheRunInIt)
     EXPECT_NE(text.find("Geschriebene Marker: " + std::to_string(run->summary.markerCount())), std::string::npos)
         << text;
     EXPECT_NE(text.find("Dauer: "), std::string::npos) << text;
+}
+
+// Montala.so loaded by the studio's host: the module's service owns the only
+// Host on the project, and the host's "Project" menu opens and closes its
+// window.
+TEST_F(StudioTest, WithTheModuleTheProjectMenuTogglesMontalasWindowAndNoHostOfItsOwnIsMade)
+{
+    std::string error;
+    EXPECT_FALSE(Studio::withModule(pathOf("missing.so"), "us", error));
+    EXPECT_NE(error.find("missing.so"), std::string::npos) << error;
+
+    std::unique_ptr<Studio> studio = Studio::withModule(MONTALA_MODULE, "us", error);
+    ASSERT_TRUE(studio) << error;
+    ASSERT_TRUE(studio->openSession(session, error)) << error;
+    EXPECT_EQ(studio->simHost().projectManager().notifications().size(), 2u)
+        << "the studio's edit watch and the module's Host, nothing else";
+    EXPECT_THROW(studio->host(), util::Result::Type);
+
+    EXPECT_EQ(menuText(*studio, 2, FirstProjectItem), "Montala");
+    EXPECT_FALSE(studio->isModuleWindowOpen());
+    ASSERT_TRUE(studio->clickMenu("Project", "Montala"));
+    EXPECT_TRUE(studio->isModuleWindowOpen());
+    ASSERT_TRUE(studio->clickMenu("Project", "Montala"));
+    EXPECT_FALSE(studio->isModuleWindowOpen()) << "a second click closes it";
+
+    // The change report is the module's model's: it has no cuts yet.
+    std::string html;
+    EXPECT_FALSE(studio->changeReportHtml("short-film-25.json", html, error));
+    EXPECT_EQ(error, "Add the Old and the New EDL first.");
 }
 
 } // namespace

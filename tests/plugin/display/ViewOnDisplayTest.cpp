@@ -74,5 +74,23 @@ TEST_F(ViewOnDisplayTest, ViewIsAttachedResizedScaledAndRemovedWithItsWindow)
     EXPECT_EQ(host->lifecycle().back(), "unload");
 }
 
+TEST_F(ViewOnDisplayTest, OpensInsideTheHostsMainWindowAndLeavesItWhenClosed)
+{
+    ASSERT_TRUE(host->openDisplay()) << "no X server on $DISPLAY: run under xvfb-run";
+    const unsigned long mainWindow = host->display()->createWindow("Host", 1300, 790);
+    host->setWorkspace(mainWindow, 0, 40);
+    std::string error;
+    ASSERT_TRUE(host->loadModule(MONTALA_MODULE, error)) << error;
+    ASSERT_EQ(host->menus().click("Project", u"Montala"), kResultOk) << host->skins().lastError();
+    const unsigned long plugWindow = host->skins().windows().at(0)->nativeWindow();
+    EXPECT_EQ(host->display()->children(mainWindow), std::vector<unsigned long>{plugWindow});
+    EXPECT_TRUE(viewWindowSize(plugWindow)) << "the view's own window inside the plug window";
+
+    ASSERT_EQ(host->menus().click("Project", u"Montala"), kResultOk);
+    EXPECT_TRUE(host->display()->children(mainWindow).empty());
+    host->shutdown();
+    host->display()->destroyWindow(mainWindow);
+}
+
 } // namespace
 } // namespace montala::sim::test
