@@ -183,6 +183,8 @@ MainGui::MainGui()
         addAndMakeVisible(*table);
     }
     addAndMakeVisible(timelineView);
+    // Behind the IN and OUT toggles, which stand in its top strip.
+    addAndMakeVisible(videodisplay, 0);
 
     static const char* const prefixes[] = {"oldEdl", "newEdl", "changeEdl"};
     static const char* const captionNames[] = {"NoEventsLabel", "SelectedEventsLabel", "InvaldEventsLabel"};
@@ -206,7 +208,8 @@ MainGui::MainGui()
         }
     }
 
-    for (juce::Component* overlay : std::initializer_list<juce::Component*>{&settingsDialog, &fileDialog, &tcEditDialog})
+    for (juce::Component* overlay : std::initializer_list<juce::Component*>{&settingsDialog, &newVideosDialog, &fileDialog,
+                                                                                &tcEditDialog})
         addChildComponent(*overlay);
     settingsDialog.addComponentListener(this);
     fileDialog.addComponentListener(this);
@@ -252,6 +255,8 @@ void MainGui::setProject(core::ChangeContextNotificationBase* notifier)
 void MainGui::setVideoProvider(std::shared_ptr<VideoProviderBase> provider)
 {
     videoProvider = std::move(provider);
+    videodisplay.setVideoProvider(videoProvider);
+    newVideosDialog.setTrackHandler(videoProvider ? videoProvider->getTrackHandler() : nullptr);
 }
 
 MainGui::TableKeys MainGui::keysOf(Table table)
@@ -323,10 +328,13 @@ void MainGui::changed(const core::ChangeContext& context)
         if (static_cast<const core::ActionChangeContext&>(context).action == 0 && changeTable.isShowing())
             changeTable.grabKeyboardFocus();
         break;
+    case core::ChangeContext::VideoListKind:
+        // The pictures follow the list through their own source.
+        newVideosDialog.reload();
+        break;
     default:
-        // The video list belongs to the video settings, which the window
-        // does not have yet; a single event's change reaches the window
-        // again as its list's change.
+        // A single event's change reaches the window again as its list's
+        // change.
         break;
     }
 }
@@ -369,6 +377,9 @@ void MainGui::takeNewDataModel(core::DataModel* model)
     timelineView.setEvents(dataModel->getChangeList());
 
     settingsDialog.setSettings(&dataModel->getSettings());
+    newVideosDialog.setVideoList(&dataModel->getVideoList());
+    newVideosDialog.setMediaPool(montaler ? montaler->getMediaPool() : nullptr);
+    newVideosDialog.setProjectStart(montaler ? montaler->getProjectStart() : 0.0);
     fileDialog.setup(dataModel, montaler ? montaler->getProjectName() : std::string());
 
     setEnabled(true);
@@ -405,6 +416,9 @@ void MainGui::dropDataModel()
     timelineView.setEvents(core::EventList(core::EventList::ChangeKind));
     settingsDialog.setSettings(nullptr);
     settingsDialog.setVisible(false);
+    newVideosDialog.setVisible(false);
+    newVideosDialog.setVideoList(nullptr);
+    newVideosDialog.setMediaPool(nullptr);
     fileDialog.setup(nullptr, {});
     tcEditDialog.setVisible(false);
     setEnabled(false);
@@ -575,11 +589,24 @@ void MainGui::updateListCounters(Table table)
     invalidValue.setColour(juce::Label::textColourId, invalid == 0 ? palette::green : palette::red);
 }
 
-void MainGui::updateVideoDisplay(bool)
+void MainGui::updateVideoDisplay(bool show)
 {
-    // The video display is not part of the window yet. The IN and OUT
-    // toggles and the selection already call here, so that the display
-    // only has to take the first or last frame of the one selected event.
+    videodisplay.setShown(show);
+    EventTableModel* change = models[ChangeTable].get();
+    if (!change || change->getSelectedCount() != 1) {
+        videodisplay.setShown(false);
+        return;
+    }
+    const core::EventList selected = change->getSelectedEvents();
+    if (selected.getSize() != 1 || selected.getEvent(0)->hasState(core::EventState::InvalidTimecode)) {
+        videodisplay.setShown(false);
+        return;
+    }
+    const core::EventBase& event = *selected.getEvent(0);
+    if (m_videoLeftToggle.getToggleState())
+        videodisplay.setFrames(event.getSrcIn(), event.getDstIn(), false);
+    else
+        videodisplay.setFrames(event.getSrcOut(), event.getDstOut(), true);
 }
 
 void MainGui::selectionChanged(EventTableModel* model)
@@ -670,8 +697,9 @@ void MainGui::buttonClicked(juce::Button* button)
             fileDialog.openForNew();
         else
             fileDialog.openForChange();
+    } else if (button == &m_showNewVideosDialogButton) {
+        newVideosDialog.setVisible(true);
     }
-    // The video settings open an overlay that is not part of the window yet.
 }
 
 bool MainGui::keyPressed(const juce::KeyPress& key)
@@ -856,6 +884,7 @@ void MainGui::resized()
     newTable.setBounds(w / 2 + 18, 73, w / 2 - 36, h / 2 - 153);
     changeTable.setBounds(18, h / 2 + 55, w - 244, h / 2 - 225);
     timelineView.setBounds(18, h - 130, w - 244, 80);
+    videodisplay.setBounds(w - 210, h / 2 - 12, 204, h / 2 - 26);
 
     loadOldButton.setBounds(15, 34, 32, 24);
     clearOldButton.setBounds(w / 2 - 43, 34, 32, 24);
@@ -879,6 +908,7 @@ void MainGui::resized()
     layoutCounterRow(ChangeTable, 22, h - 169);
 
     settingsDialog.setBounds(getLocalBounds());
+    newVideosDialog.setBounds(getLocalBounds());
     fileDialog.setBounds(getLocalBounds());
 }
 

@@ -8,8 +8,11 @@
 #include "gui/FileDialog.h"
 #include "gui/FlashTextButton.h"
 #include "gui/LookAndFeel.h"
+#include "gui/NewVideosDialog.h"
 #include "gui/SettingsDialog.h"
 #include "gui/TcEditDialog.h"
+#include "gui/VideoDisplay.h"
+#include "gui/VideoProviderBase.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -23,11 +26,6 @@ class MontalerBase;
 } // namespace montala::core
 
 namespace montala::gui {
-
-// The picture sources of the video display. The display and its settings
-// come with their own classes; until then the window keeps the provider it
-// is given, so that whoever builds the window already hands it over.
-class VideoProviderBase;
 
 // Montala's one window: the Old and New tables side by side, the Change
 // table below with the timeline of the cut, the counters and the buttons.
@@ -114,6 +112,11 @@ public:
     SettingsDialog& getSettingsDialog() { return settingsDialog; }
     FileDialog& getFileDialog() { return fileDialog; }
     TcEditDialog& getEditDialog() { return tcEditDialog; }
+    VideoDisplay& getVideoDisplay() { return videodisplay; }
+    NewVideosDialog& getNewVideosDialog() { return newVideosDialog; }
+    juce::Button& getVideoSettingsButton() { return m_showNewVideosDialogButton; }
+    juce::TextButton& getVideoInToggle() { return m_videoLeftToggle; }
+    juce::TextButton& getVideoOutToggle() { return m_videoRightToggle; }
 
 private:
     struct TableKeys {
@@ -191,6 +194,7 @@ private:
     juce::TableListBox newTable{"New Table List Box"};
     juce::TableListBox changeTable{"Change Table List Box"};
     EventTimeLineView timelineView;
+    VideoDisplay videodisplay;
     std::array<juce::TableListBox*, 3> tables{&oldTable, &newTable, &changeTable};
     std::array<juce::Button*, 3> loadButtons{&loadOldButton, &loadNewButton, &loadChangeButton};
     std::array<juce::Button*, 3> clearButtons{&clearOldButton, &clearNewButton, &clearChangeButton};
@@ -199,6 +203,7 @@ private:
     std::array<std::array<std::unique_ptr<juce::Label>, 3>, 3> counterValues;
     // The overlays come last, so that they lie above everything else.
     SettingsDialog settingsDialog;
+    NewVideosDialog newVideosDialog;
     FileDialog fileDialog;
     TcEditDialog tcEditDialog;
 

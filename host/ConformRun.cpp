@@ -5,6 +5,7 @@
 #include "host/HostCalls.h"
 #include "host/ProgressHandler.h"
 #include "host/Project.h"
+#include "host/video/VideoProvider.h"
 
 #include "core/model/Settings.h"
 #include "util/StringUtil.h"
@@ -133,6 +134,15 @@ void ConformRun::prepareTracks()
 
 // ---- The runs
 
+void ConformRun::writePicture(double offset)
+{
+    if (!video)
+        return;
+    const Result::Type pictured = video->applyVideo(true, offset, edit());
+    if (pictured != Result::Ok)
+        throw pictured;
+}
+
 RunSummary ConformRun::apply(core::MontalerBase& driver, Kelmar::ITransport* transport)
 {
     core::DataModel& model = project.getDataModel();
@@ -146,8 +156,7 @@ RunSummary ConformRun::apply(core::MontalerBase& driver, Kelmar::ITransport* tra
             // its code is the run's answer.
             const Result::Type conformed = driver.conform(model.getChangeList());
             project.createVideoTrack(edit());
-            // The new picture goes on its track here once there is a video
-            // provider.
+            writePicture(0.0);
             double start = 0.0;
             double end = 0.0;
             project.workArea().getEditRange(start, end);
@@ -180,8 +189,7 @@ RunSummary ConformRun::preview(core::MontalerBase& driver, const PreviewRequest&
             project.ownTracks().numberMemos(project.workArea());
             const Result::Type previewed = driver.core::MontalerBase::preview(
                 request.events, request.first, request.last, request.showDestination);
-            // The new picture goes into the work area here once there is a
-            // video provider.
+            writePicture(project.workArea().getConformOffset());
             project.workArea().finishRange(edit(), project.workArea().getConformOffset(), project.getProjectEnd(),
                                            tracks.closing(project));
             return previewed;

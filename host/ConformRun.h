@@ -21,6 +21,7 @@
 namespace montala::host {
 
 class ProgressHandler;
+class VideoProvider;
 class Project;
 
 // One apply or preview, from start to end: the tracks that take part,
@@ -64,6 +65,8 @@ public:
     // The run's own edits are under way: the host's notices of them are no
     // user's.
     bool isEditing() const { return editing; }
+    // Writes the new cut's picture onto its track; none: no picture.
+    void setVideoProvider(VideoProvider* provider) { video = provider; }
     const TakingPart& takingPart() const { return tracks; }
 
     // ---- What the driver's slots do while the run goes
@@ -88,6 +91,10 @@ public:
                                           const EditWork& work, bool& incomplete);
 
 private:
+    // The new videos onto their track, shifted by `offset`; a failure is thrown.
+    void writePicture(double offset);
+
+    VideoProvider* video = nullptr;
     // The frame both runs share: the progress window, the host's busy state
     // and the project's caching are on around `work`, and off again on every
     // way out.

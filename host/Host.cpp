@@ -9,6 +9,7 @@
 #include "host/Project.h"
 #include "host/StringTranslator.h"
 #include "host/TakingPart.h"
+#include "host/video/VideoProvider.h"
 
 #include "core/services/AlertWindowBase.h"
 #include "core/model/PropertyKeys.h"
@@ -70,6 +71,7 @@ Host::Host(Kelmar::IHostServices* hostContext)
         } catch (Result::Type) {
         }
         translator = std::make_shared<StringTranslator>(context.get());
+        videoProvider = std::make_shared<VideoProvider>(context.get());
         projectManager = getService<Kelmar::IProjectManager>(context.get());
         check(projectManager->addNotification(this));
         notificationAdded = true;
@@ -228,12 +230,14 @@ Kelmar::tresult Host::projectActivated(Kelmar::IProject* project)
     if (!known) {
         activeProject = nullptr;
         core::Timecode::setFramerateProvider(nullptr);
+        videoProvider->setProject(nullptr);
         return project ? Kelmar::kInvalidArgument : Kelmar::kResultOk;
     }
     activeProject = known;
     core::DataModel& model = known->getDataModel();
     model.setNotifier(this);
     core::Timecode::setFramerateProvider(known);
+    videoProvider->setProject(known);
     try {
         // The rate may have changed while another project was active.
         model.revalidateAll();
@@ -257,6 +261,7 @@ Kelmar::tresult Host::projectDeactivated(Kelmar::IProject* project)
     activeProject->getDataModel().setNotifier(nullptr);
     activeProject = nullptr;
     core::Timecode::setFramerateProvider(nullptr);
+    videoProvider->setProject(nullptr);
     notify(core::DataModelChangeContext(nullptr));
     return Kelmar::kResultOk;
 }
@@ -332,7 +337,9 @@ Project& Host::requireProject()
 
 Kelmar::tresult Host::onIdle()
 {
-    // The video provider's idle work comes here once there is one.
+    // Finished thumbnails are shown and waiting requests handed on, also
+    // while a run goes.
+    videoProvider->poll();
     if (isBusy())
         return Kelmar::kResultOk;
     if (applyRequested) {
@@ -377,6 +384,7 @@ void Host::carryOut(RunSummary::Kind kind)
     if (!inputsConfirmed(kind))
         return;
     ConformRun made(*activeProject, context.get(), kind);
+    made.setVideoProvider(videoProvider.get());
     run = &made;
     lastRunSummary = kind == RunSummary::Kind::Apply ? made.apply(*this, transport.get())
                                                     : made.preview(*this, previewRequest);
@@ -580,8 +588,9 @@ Result::Type Host::endPreview(bool keepName)
         keepName ? u"End Preview (incomplete)" : u"Delete Preview Range (incomplete)",
         [&](Kelmar::IProjectEdit& edit) {
             std::unique_ptr<core::DataModelChangeCommand> command = createCommand(&edit);
-            // The preview's picture leaves the work area here once there is
-            // a video provider.
+            // The preview's picture goes with the work area; nothing is
+            // written for it.
+            videoProvider->applyVideo(false, project.workArea().getConformOffset(), edit);
             project.clearWorkArea(edit);
             project.workArea().restoreProjectEnd();
             project.workArea().clearConformOffset();

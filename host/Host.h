@@ -29,8 +29,6 @@ namespace montala::host {
 class MediaPool;
 class Project;
 class StringTranslator;
-// The picture of the new cut; it has no implementation yet, and Host keeps a
-// null pointer to it until it has.
 class VideoProvider;
 
 // The one object between the logic and the host. It follows the host's
@@ -141,6 +139,8 @@ public:
         Kelmar::IProjectEdit* edit, const core::serialize::SerializationTree& snapshot) override;
 
     // ---- For the programs that drive it
+    // The pictures of the active project, for the window's video display.
+    std::shared_ptr<VideoProvider> getVideoProvider() const { return videoProvider; }
     // The host's services this object was built over; null once it is shut down.
     Kelmar::IHostServices* getHostServices() const { return services.get(); }
     Project* getActiveProject() const { return activeProject; }

@@ -103,6 +103,11 @@ int64_t MediaPool::getClipId(int index)
     return getClip(index)->getId();
 }
 
+double MediaPool::getClipLength(int index)
+{
+    return getClip(index)->getLength();
+}
+
 void MediaPool::addListener(Listener* listener)
 {
     if (listener)

@@ -37,6 +37,7 @@ public:
     std::string getClipName(int index) override;
     std::string getClipFileName(int index) override;
     int64_t getClipId(int index) override;
+    double getClipLength(int index) override;
     void addListener(Listener* listener) override;
     void removeListener(Listener* listener) override;
 

@@ -2,6 +2,7 @@
 
 #include "core/model/DataModel.h"
 #include "gui/MainGui.h"
+#include "host/video/VideoProvider.h"
 #include "studio/SettingStep.h"
 #include "studio/Snapshot.h"
 #include "studio/Studio.h"
@@ -95,8 +96,7 @@ void ViewWiring::wire(gui::MainGui& window, Studio& studio)
     window.setMontaler(&studio.host());
     // Joining the host's listeners hands the window the active project's model.
     window.setProject(&studio.host());
-    // The host has no picture source yet: the display stays empty.
-    window.setVideoProvider(nullptr);
+    window.setVideoProvider(studio.host().getVideoProvider());
     window.setSize(skinWidth, skinHeight);
 }
 
@@ -232,6 +232,13 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
         }
 
         if (!options.snapshot.empty()) {
+            // The video pictures come from worker threads and reach the
+            // window through the host's idle calls.
+            const auto pictures = studio.host().getVideoProvider();
+            for (int turn = 0; turn < 250 && pictures && pictures->isWaiting(); ++turn) {
+                studio.idle();
+                juce::Thread::sleep(20);
+            }
             std::string error;
             if (!writeSnapshot(window, options.snapshot, error)) {
                 err << error << "\n";

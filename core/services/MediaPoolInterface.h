@@ -27,6 +27,8 @@ public:
     virtual std::string getClipFileName(int index) = 0;
     // Stable while the project is open; its meaning is the host's.
     virtual int64_t getClipId(int index) = 0;
+    // Seconds.
+    virtual double getClipLength(int index) = 0;
 
     // Not owned. A listener added twice is told once; it removes itself
     // before it goes.

@@ -33,7 +33,15 @@ public:
     // UTF-8; InvalidArgument for an index past the end.
     virtual std::string getTrackName(int index) = 0;
     virtual int getTrackCount() = 0;
+    // One of Role; InvalidArgument for an index past the end.
     virtual void setTrackRole(int index, int role) = 0;
+    // Whether the track at `index` carries the mark of OldPicture or
+    // NewPicture; false past the end.
+    virtual bool hasTrackRole(int index, int role) = 0;
+
+    // Not owned; each removes itself before it goes.
+    virtual void addListener(Listener* listener) = 0;
+    virtual void removeListener(Listener* listener) = 0;
 };
 
 } // namespace montala::core

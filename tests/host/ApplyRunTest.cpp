@@ -67,6 +67,22 @@ TEST_F(ApplyRunTest, EachPlaceOfTheNewCutPlaysWhatTheOldCutHadThere)
     EXPECT_FALSE(montala->isBusy());
 }
 
+TEST_F(ApplyRunTest, TheNewCutsVideosLieOnTheNewVideoTrackAtTheirPlaces)
+{
+    startOn(smallSession());
+    swapHalves();
+    {
+        core::ScopedFramerateProvider rate(&active());
+        model().getVideoList().addEntry(
+            core::VideoList::Entry("/media/old.mov", montala::test::tc("01:00:05:00"), montala::test::tc("00:00:10:00")));
+    }
+    ASSERT_EQ(conform(), Result::Ok);
+    const std::vector<TrackEvent> placed = track("New Video").getEvents();
+    ASSERT_EQ(placed.size(), 1u);
+    EXPECT_DOUBLE_EQ(placed[0].getStart(), 5.0);
+    EXPECT_DOUBLE_EQ(placed[0].getEnd(), 15.0);
+}
+
 TEST_F(ApplyRunTest, LockedAndUnselectedTracksKeepTheirOldArrangementAndAreReported)
 {
     startOn(smallSession());

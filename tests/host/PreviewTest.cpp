@@ -163,6 +163,28 @@ TEST_F(PreviewTest, EndingThePreviewPutsTheTransportBackAndClearsTheWorkArea)
     EXPECT_EQ(eventsInWorkArea(), 0u);
 }
 
+TEST_F(PreviewTest, TheNewCutsVideoIsShownInTheWorkAreaAndLeavesWithIt)
+{
+    startOn(smallSession());
+    swapHalves();
+    {
+        core::ScopedFramerateProvider rate(&active());
+        model().getVideoList().addEntry(
+            core::VideoList::Entry("/media/old.mov", montala::test::tc("01:00:05:00"), montala::test::tc("00:00:10:00")));
+    }
+    montala->setPreviewActive(true);
+    ASSERT_EQ(previewAll(true), Result::Ok);
+    // Five seconds into the new cut, shifted into the work area.
+    const double shift = active().workArea().getConformOffset();
+    const std::vector<TrackEvent> shown = track("New Video").getEvents();
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_DOUBLE_EQ(shown[0].getStart(), shift + 5.0);
+    EXPECT_DOUBLE_EQ(shown[0].getEnd(), shift + 15.0);
+
+    montala->setPreviewActive(false);
+    EXPECT_TRUE(track("New Video").getEvents().empty());
+}
+
 TEST_F(PreviewTest, AProjectSavedDuringAPreviewReopensWithIt)
 {
     startOn(smallSession());

@@ -7,7 +7,7 @@
 #include "HostFixture.h"
 #include "support/ModelFixture.h"
 
-#include "core/services/VideoTrackHandlerBase.h"
+#include "host/video/VideoTrackHandler.h"
 #include "core/conform/InformationEntry.h"
 
 #include "sim/services/SimUser.h"
@@ -408,47 +408,17 @@ TEST_F(MemoTest, EditsTellTheListenersAndLeaveMemosAloneWithoutAPreview)
 }
 
 // The preview's side of the video tracks: every video track of the project
-// by position, the marks kept here.
-class RecordingTrackHandler : public core::VideoTrackHandlerBase, public ProjectListener {
-public:
-    explicit RecordingTrackHandler(Project& project) : project(project) { project.addListener(this); }
-    ~RecordingTrackHandler() override { project.removeListener(this); }
-
-    std::string getTrackName(int index) override
-    {
-        if (index < 0 || index >= getTrackCount())
-            throw Result::InvalidArgument;
-        return tracks[static_cast<size_t>(index)];
-    }
-    int getTrackCount() override { return static_cast<int>(tracks.size()); }
-    void setTrackRole(int index, int role) override { roles.emplace_back(getTrackName(index), role); }
-    void projectChanged(Project&) override { rebuild(); }
-    void projectEdited(Project&) override { rebuild(); }
-
-    void rebuild()
-    {
-        tracks.clear();
-        for (Track& each : project.getTracks("video"))
-            tracks.push_back(each.getName());
-    }
-
-    Project& project;
-    std::vector<std::string> tracks;
-    std::vector<std::pair<std::string, int>> roles;
-};
-
+// by position, the new cut's marked as such.
 TEST_F(ProjectOperationsTest, TheNewVideoTrackIsHandedToThePreviewAsTheNewPicture)
 {
     openWithOffset();
-    RecordingTrackHandler handler(*project);
-    handler.rebuild();
-    project->setVideoTrackHandler(&handler);
+    VideoTrackHandler handler;
+    handler.setProject(project.get());
 
     // No video of the new cut: no track.
     Kelmar::IProjectEdit& run = beginEdit();
     project->createVideoTrack(run);
-    EXPECT_EQ(project->getTracks("video").size(), 1u);
-    EXPECT_TRUE(handler.roles.empty());
+    EXPECT_EQ(handler.getTrackCount(), 1);
 
     project->getDataModel().getVideoList().addEntry(
         core::VideoList::Entry("/media/new.mov", core::Timecode(1, 0, 0, 0), core::Timecode(0, 0, 10, 0)));
@@ -457,11 +427,10 @@ TEST_F(ProjectOperationsTest, TheNewVideoTrackIsHandedToThePreviewAsTheNewPictur
     project->createVideoTrack(run);
     endEdit();
 
-    EXPECT_EQ(handler.tracks, (std::vector<std::string>{"Picture", "New Video"}));
-    using Roles = std::vector<std::pair<std::string, int>>;
-    EXPECT_EQ(handler.roles, (Roles{{"New Video", core::VideoTrackHandlerBase::NewPicture},
-                                    {"New Video", core::VideoTrackHandlerBase::NewPicture}}));
-    project->setVideoTrackHandler(nullptr);
+    ASSERT_EQ(handler.getTrackCount(), 2);
+    EXPECT_EQ(handler.getTrackName(1), "New Video");
+    EXPECT_TRUE(handler.hasTrackRole(1, core::VideoTrackHandlerBase::NewPicture));
+    EXPECT_EQ(handler.findTrack(core::VideoTrackHandlerBase::NewPicture).getName(), "New Video");
 }
 
 } // namespace
