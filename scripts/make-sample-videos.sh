@@ -67,7 +67,7 @@ drawtext=$text:fontsize=16:fontcolor=0xF0C040:timecode='$recTc':rate=$rate:text=
 GRAPH
     ffmpeg -hide_banner -loglevel error -y -f lavfi -i "color=c=0x283038:s=320x180:r=$rate" \
         -filter_script:v "$work/graph" -frames:v $(( end - start )) \
-        -c:v libx264 -preset veryslow -crf 40 -g 250 -pix_fmt yuv420p -movflags +faststart "$output"
+        -c:v libx264 -preset veryslow -crf 30 -g 250 -pix_fmt yuv420p -movflags +faststart "$output"
 }
 
 make_cut "$edls/old.edl" "OLD CUT" "$out/old.mp4"
