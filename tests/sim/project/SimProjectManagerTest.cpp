@@ -28,34 +28,6 @@ protected:
     IPtr<Recorder> recorder = owned(new Recorder);
 };
 
-TEST_F(SimProjectManagerTest, OpeningSwitchingAndClosingTellTheNotificationsInOrder)
-{
-    SimProjectManager& manager = host->projectManager();
-    manager.addNotification(recorder.get());
-    auto first = project(u"One");
-    auto second = project(u"Two");
-
-    manager.openProject(first);
-    manager.openProject(second);
-    manager.openProject(project(u"Three"), false);
-    EXPECT_EQ(recorder->heard, (std::vector<std::string>{"opened One", "activated One", "opened Two", "deactivated One",
-                                                         "activated Two", "opened Three"}));
-    EXPECT_EQ(manager.getProjectCount(), 3);
-    EXPECT_EQ(owned(manager.getActiveProject()).get(), static_cast<IProject*>(second.get()));
-
-    recorder->heard.clear();
-    manager.closeProject(second.get());
-    manager.activateProject(manager.openProjects()[1].get());
-    EXPECT_EQ(recorder->heard, (std::vector<std::string>{"deactivated Two", "closed Two", "activated One",
-                                                         "deactivated One", "activated Three"}));
-
-    recorder->heard.clear();
-    manager.removeNotification(recorder.get());
-    manager.closeAll();
-    EXPECT_TRUE(recorder->heard.empty());
-    EXPECT_EQ(manager.getActiveProject(), nullptr);
-}
-
 TEST_F(SimProjectManagerTest, SavingTellsTheProjectsStorageNotificationsAndIsNoEdit)
 {
     auto one = project(u"One");
@@ -75,50 +47,6 @@ TEST_F(SimProjectManagerTest, SavingTellsTheProjectsStorageNotificationsAndIsNoE
     EXPECT_FALSE(host->isGroupOpen()) << "storing is not put on the undo list";
     EXPECT_NE(saved(*one).find(R"("storage": {"MontData": "YWJj"})"), std::string::npos);
     one->removeStorageNotification(recorder.get());
-}
-
-TEST_F(SimProjectManagerTest, ARateChangeReachesTheProjectsDependentsWithAChangeObjectThatNamesIt)
-{
-    auto one = project(u"One");
-    host->projectManager().openProject(one);
-    host->dependencies().addDependent(static_cast<IProject*>(one.get()), recorder.get());
-
-    one->setFrameRate(SimFrameRate{30, true, true});
-    IProjectSettings::FrameRate rate;
-    one->getFrameRate(rate);
-    EXPECT_EQ(rate.framesPerSecond, 30);
-    EXPECT_EQ(rate.flags, IProjectSettings::FrameRate::kPullDown | IProjectSettings::FrameRate::kDropFrame);
-    EXPECT_EQ(recorder->heard, (std::vector<std::string>{"settings 101 One"}));
-
-    // The subject is the object, whichever of its interfaces registered it.
-    EXPECT_EQ(host->dependencies().removeDependent(static_cast<IProjectObject*>(one.get()), recorder.get()), kResultOk);
-    one->setProjectStart(0.0);
-    EXPECT_EQ(recorder->heard.size(), 1u);
-}
-
-TEST_F(SimProjectManagerTest, AClipAddedToThePoolReachesThePoolsDependents)
-{
-    auto one = project(u"One");
-    host->projectManager().openProject(one);
-    auto pool = owned(one->getMediaPool());
-    host->dependencies().addDependent(pool.get(), recorder.get());
-
-    pool->addClip(nullptr);
-    EXPECT_TRUE(recorder->heard.empty()) << "no path, no clip";
-    auto path = owned(new SimPath(u"/media/reel 2/new_cut.mov"));
-    auto clip = owned(pool->addClip(path.get()));
-    ASSERT_TRUE(clip);
-    EXPECT_EQ(recorder->heard, (std::vector<std::string>{"update 101"}));
-    String name;
-    clip->getName(name);
-    EXPECT_EQ(name.toUtf8(), "new_cut.mov");
-    EXPECT_EQ(pool->getClipCount("video"), 1);
-    EXPECT_EQ(pool->getClipCount("audio"), 0);
-    char16_t buffer[64];
-    EXPECT_EQ(owned(clip->getPath())->getText(buffer, sizeof buffer), kResultOk);
-    EXPECT_EQ(std::u16string(buffer), u"/media/reel 2/new_cut.mov");
-    EXPECT_EQ(owned(clip->getPath())->getText(buffer, 8), kResultFalse) << "a buffer too small";
-    host->dependencies().removeDependent(pool.get(), recorder.get());
 }
 
 TEST_F(SimProjectManagerTest, AUsersEditReachesTheEditHookWhoseChangesJoinTheUsersGroup)
