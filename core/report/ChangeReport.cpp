@@ -347,11 +347,17 @@ public:
     std::vector<uint32_t> find(const std::string& group, const Range& range) const
     {
         std::vector<uint32_t> ids;
+        find(group, range, ids);
+        return ids;
+    }
+    // The same into ids, whose room a loop keeps from one call to the next.
+    void find(const std::string& group, const Range& range, std::vector<uint32_t>& ids) const
+    {
+        ids.clear();
         const auto found = groups.find(group);
         if (found != groups.end())
             index.findOverlapping(found->second, range.in, range.out, ids);
         std::sort(ids.begin(), ids.end());
-        return ids;
     }
 
 private:
@@ -420,6 +426,7 @@ public:
         report.droppedFrames = report.oldFrames - measureWithin(oldUnion, oldCarried);
 
         traceNewShots();
+        report.rows.reserve(news.size() + olds.size());
         for (size_t index = 0; index < news.size(); ++index)
             decideFate(index);
         findReplacedTakes(oldCarried);
@@ -454,25 +461,34 @@ private:
         for (size_t index = 0; index < news.size(); ++index) {
             const Shot& shot = news[index];
             Trace& trace = traces[index];
-            std::unordered_map<int, int> fromOld; // Old shot -> frames, same key first
+            // Old shot -> frames, same key first; a shot has a few at most.
+            fromOld.clear();
+            const auto scoreOf = [this](int old) -> int& {
+                for (auto& entry : fromOld)
+                    if (entry.first == old)
+                        return entry.second;
+                return fromOld.emplace_back(old, 0).second;
+            };
             std::vector<Range> pieces;
-            for (uint32_t id : carrierByDst.find("", shot.record)) {
+            carrierByDst.find("", shot.record, carrierIds);
+            for (uint32_t id : carrierIds) {
                 const Carrier& carrier = carriers[id];
                 const Range piece{std::max(shot.record.in, carrier.dst.in), std::min(shot.record.out, carrier.dst.out)};
                 pieces.push_back(piece);
                 addRefs(carrier, piece, trace.refs);
                 const Range oldPiece{carrier.src.in + piece.in - carrier.dst.in,
                                      carrier.src.in + piece.out - carrier.dst.in};
-                for (uint32_t old : oldByRecord.find("", oldPiece)) {
+                oldByRecord.find("", oldPiece, oldIds);
+                for (uint32_t old : oldIds) {
                     const int frames = overlapLength(oldPiece, olds[old].record);
                     // The shot the picture came from has its key and its
                     // source; others merely share its Old record frames.
                     const int score = frames + (isOrigin(olds[old], shot) ? originBonus : 0) +
                                       (olds[old].key == shot.key ? 1 << 23 : 0);
-                    int& best = fromOld[static_cast<int>(old)];
+                    int& best = scoreOf(static_cast<int>(old));
                     if (score > best)
                         best = score;
-                    if (trace.old < 0 || score > fromOld[trace.old]) {
+                    if (trace.old < 0 || score > scoreOf(trace.old)) {
                         trace.old = static_cast<int>(old);
                         trace.offset = carrier.offset();
                     }
@@ -952,6 +968,10 @@ private:
     std::vector<std::vector<size_t>> feeds; // Old shot -> the New shots its picture went to
     std::vector<bool> referenced;           // Old shot named by a New shot that has no sound of it
     std::vector<size_t> rowOfNew;
+    // Scratch of one New shot's trace, kept to spare allocations.
+    std::vector<std::pair<int, int>> fromOld;
+    std::vector<uint32_t> carrierIds;
+    std::vector<uint32_t> oldIds;
     std::vector<bool> gone;
     ChangeReport report;
 };
