@@ -87,7 +87,6 @@ EdlFileReport EdlLoader::load(size_t index, EventList& list)
     report.parse = parser->getReport();
     if (options.renameBRolls)
         loaded.renameBRolls();
-    list.append(loaded);
 
     report.events = loaded.getSize();
     report.rateMismatch = rateMismatch(report.suggestedRate, Timecode::currentFramerate());
@@ -95,11 +94,11 @@ EdlFileReport EdlLoader::load(size_t index, EventList& list)
     for (const EventPtr& event : loaded.getEvents()) {
         report.timecodesOffRate = report.timecodesOffRate || event->hasState(EventState::InvalidTimecode);
         anyUsable = anyUsable || !event->hasFormatError();
+        report.audioEvents += event->hasState(EventState::NotVideoEvent) ? 1 : 0;
     }
     report.noValidEntries = !anyUsable;
     report.unusable = unusableEvents(loaded, report.parse.eventLines);
-    for (const EventPtr& event : loaded.getEvents())
-        report.audioEvents += event->hasState(EventState::NotVideoEvent) ? 1 : 0;
+    list.append(std::move(loaded));
     return report;
 }
 

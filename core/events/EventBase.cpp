@@ -118,9 +118,20 @@ void EventBase::setClipName(const std::string& name)
     notifyChange();
 }
 
+const std::string& EventBase::getEdlFile() const
+{
+    static const std::string none;
+    return edlFile ? *edlFile : none;
+}
+
 void EventBase::setEdlFile(const std::string& file)
 {
-    edlFile = file;
+    setEdlFile(file.empty() ? nullptr : std::make_shared<const std::string>(file));
+}
+
+void EventBase::setEdlFile(std::shared_ptr<const std::string> file)
+{
+    edlFile = std::move(file);
     notifyChange();
 }
 
@@ -311,7 +322,8 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
     transitionType = tree.readInt32();
     transitionDuration = tree.readInt32();
     reservedText = tree.readText();
-    edlFile = tree.readText();
+    std::string file = tree.readText();
+    edlFile = file.empty() ? nullptr : std::make_shared<const std::string>(std::move(file));
     if (storedVersion <= 1)
         edlText = tree.readText();
     if (storedVersion == 0)
@@ -349,7 +361,7 @@ void EventBase::write(serialize::SerializationTree& tree) const
     tree.writeInt32(transitionType);
     tree.writeInt32(transitionDuration);
     tree.writeText(reservedText);
-    tree.writeText(edlFile);
+    tree.writeText(getEdlFile());
     tree.writeBool(vfx);
 }
 

@@ -60,7 +60,7 @@ public:
     int getEventNumber() const { return eventNumber; }
     const std::string& getRollName() const { return rollName; }
     const std::string& getClipName() const { return clipName; }
-    const std::string& getEdlFile() const { return edlFile; }
+    const std::string& getEdlFile() const;
     const std::string& getEdlText() const { return edlText; }
     int getEventType() const { return eventType; }
     int getTransitionType() const { return transitionType; }
@@ -78,11 +78,15 @@ public:
     void setRollName(const std::string& name);
     void setClipName(const std::string& name);
     void setEdlFile(const std::string& file);
+    // The name as one text that many events share: the events of one file
+    // all carry its name.
+    void setEdlFile(std::shared_ptr<const std::string> file);
+    const std::shared_ptr<const std::string>& getSharedEdlFile() const { return edlFile; }
     void setTransitionType(int type);
     void setTransitionDuration(int frames);
     void setVfx(bool isVfx);
     void setEventNumber(int number) { eventNumber = number; }
-    void setEdlText(const std::string& text) { edlText = text; }
+    void setEdlText(std::string text) { edlText = std::move(text); }
 
     void addState(EventState state) { states |= bitOf(state); }
     void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
@@ -129,7 +133,8 @@ protected:
     int transitionDuration = 0;
     // Kept for the stored form only; nothing sets it.
     std::string reservedText;
-    std::string edlFile;
+    // Null for no name.
+    std::shared_ptr<const std::string> edlFile;
     std::string edlText;
     bool vfx = false;
     double motionSpeed = 1.0;

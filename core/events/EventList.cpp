@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <iterator>
 #include <set>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -49,7 +50,11 @@ EventList& EventList::operator=(const EventList& other)
 
 EventList::~EventList()
 {
-    unsubscribeAll();
+    // An event that only this list holds goes with it, listeners and all.
+    for (const EventPtr& event : events) {
+        if (event.use_count() > 1)
+            event->removeListener(this);
+    }
 }
 
 void EventList::subscribeAll()
@@ -83,17 +88,39 @@ void EventList::appendRange(const EventList& other, size_t start, size_t count)
     // Copy first: other may be this list.
     const std::vector<EventPtr> added(other.events.begin() + static_cast<std::ptrdiff_t>(start),
                                       other.events.begin() + static_cast<std::ptrdiff_t>(start + count));
-    {
-        BulkChange bulk(*this);
-        events.insert(events.end(), added.begin(), added.end());
-    }
-    notifyListChanged();
+    addEvents(added);
+}
+
+void EventList::append(EventList&& other)
+{
+    if (&other == this || other.events.empty())
+        return;
+    std::vector<EventPtr> moved = std::move(other.events);
+    other.events.clear();
+    for (const EventPtr& event : moved)
+        event->removeListener(&other);
+    other.notifyListChanged();
+    addEvents(moved);
 }
 
 void EventList::addEvent(const EventPtr& event)
 {
     event->addListener(this);
     events.push_back(event);
+    notifyListChanged();
+}
+
+void EventList::addEvents(const std::vector<EventPtr>& added)
+{
+    if (added.empty())
+        return;
+    // Only the new events are subscribed; an event already in the list
+    // keeps its one subscription.
+    events.reserve(events.size() + added.size());
+    for (const EventPtr& event : added) {
+        event->addListener(this);
+        events.push_back(event);
+    }
     notifyListChanged();
 }
 
@@ -224,22 +251,31 @@ void EventList::loadEdl(const std::u16string& path, bool append, Framerate& fram
         throw result;
     if (renameBRolls)
         loaded.renameBRolls();
-    this->append(loaded);
+    this->append(std::move(loaded));
 }
 
 void EventList::renameBRolls()
 {
-    std::set<std::string> names;
+    const auto endsInB = [](const EventPtr& event) {
+        const std::string& name = event->getRollName();
+        return !name.empty() && name.back() == 'B';
+    };
+    if (std::none_of(events.begin(), events.end(), endsInB))
+        return;
+    // The names as they stand before any renaming, as views into the
+    // events; the renames wait until all are looked up.
+    std::unordered_set<std::string_view> names;
+    names.reserve(events.size());
     for (const EventPtr& event : events)
         names.insert(event->getRollName());
+    std::vector<std::pair<EventBase*, std::string>> renames;
     for (const EventPtr& event : events) {
         const std::string& name = event->getRollName();
-        if (name.empty() || name.back() != 'B')
-            continue;
-        const std::string shorter = name.substr(0, name.size() - 1);
-        if (names.count(shorter) != 0)
-            event->setRollName(shorter);
+        if (endsInB(event) && names.count(std::string_view(name).substr(0, name.size() - 1)) != 0)
+            renames.emplace_back(event.get(), name.substr(0, name.size() - 1));
     }
+    for (auto& [event, shorter] : renames)
+        event->setRollName(shorter);
 }
 
 void EventList::offsetDst(const Timecode& offsetValue, bool add)

@@ -39,9 +39,14 @@ public:
     ~EventList() override;
 
     void append(const EventList& other);
+    // Appends other's events and leaves other empty: the events change
+    // lists rather than gain one more listener each.
+    void append(EventList&& other);
     // Result::OutOfRange if start + count passes the end of other.
     void appendRange(const EventList& other, size_t start, size_t count);
     void addEvent(const EventPtr& event);
+    // Adds the events in order, with one notification.
+    void addEvents(const std::vector<EventPtr>& added);
     // Removes the events that stand in selection (by pointer).
     void removeEvents(const EventList& selection);
     void removeRange(size_t start, size_t count);

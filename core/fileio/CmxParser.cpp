@@ -65,14 +65,21 @@ class Pieces {
 public:
     explicit Pieces(std::string_view line)
     {
-        size_t start = 0;
-        while (start < line.size() && count < pieces.size()) {
-            size_t stop = start;
-            while (stop < line.size() && line[stop] != ' ')
-                ++stop;
-            if (stop != start)
-                pieces[count++] = StringUtil::trimView(line.substr(start, stop - start));
-            start = stop + 1;
+        const char* at = line.data();
+        const char* const end = at + line.size();
+        while (count < pieces.size()) {
+            while (at != end && *at == ' ')
+                ++at;
+            if (at == end)
+                break;
+            const char* const start = at;
+            while (at != end && *at != ' ')
+                ++at;
+            std::string_view piece(start, static_cast<size_t>(at - start));
+            // Only a tab or a line end can stand at a piece's edge.
+            if (isBlank(piece.front()) || isBlank(piece.back()))
+                piece = StringUtil::trimView(piece);
+            pieces[count++] = piece;
         }
     }
 
@@ -84,6 +91,8 @@ public:
     }
 
 private:
+    static bool isBlank(char c) { return c == '\t' || c == '\n' || c == '\r'; }
+
     std::array<std::string_view, 9> pieces{};
     size_t count = 0;
 };
@@ -113,6 +122,27 @@ char lineDelimiter(std::string_view text)
     const size_t newline = std::min(text.find('\n'), text.size());
     const size_t carriageReturn = std::min(text.find('\r'), text.size());
     return newline > carriageReturn ? '\r' : '\n';
+}
+
+// Neither a NUL nor a byte above 0x7F anywhere in the text, looked at eight
+// bytes at a time.
+bool isPlainAscii(std::string_view text)
+{
+    constexpr uint64_t ones = 0x0101010101010101ull;
+    constexpr uint64_t highs = 0x8080808080808080ull;
+    size_t at = 0;
+    for (; at + 8 <= text.size(); at += 8) {
+        uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, 8);
+        // A high bit set, or a zero byte (whose borrow sets its high bit).
+        if ((word & highs) != 0 || ((word - ones) & ~word & highs) != 0)
+            return false;
+    }
+    for (; at < text.size(); ++at) {
+        if (text[at] == '\0' || static_cast<unsigned char>(text[at]) >= 0x80)
+            return false;
+    }
+    return true;
 }
 
 OpenFailure failureOfStatus(const std::filesystem::path& path, std::error_code& error)
@@ -180,7 +210,8 @@ Result::Type CmxParser::read(const std::u16string& path, bool acceptAudio)
             report.openFailure = errno == EACCES ? OpenFailure::PermissionDenied : OpenFailure::Unreadable;
             return Result::FileNotOpened;
         }
-        if (!readWhole(stream, StringUtil::toUtf8(StringUtil::getFileName(path)), acceptAudio)) {
+        const size_t size = static_cast<size_t>(std::filesystem::file_size(file, error));
+        if (!readWhole(stream, StringUtil::toUtf8(StringUtil::getFileName(path)), acceptAudio, error ? 0 : size)) {
             report.openFailure = OpenFailure::Unreadable;
             return Result::FileNotOpened;
         }
@@ -204,16 +235,25 @@ Result::Type CmxParser::readStream(std::istream& stream, const std::string& edlF
     return Result::Ok;
 }
 
-bool CmxParser::readWhole(std::istream& stream, const std::string& edlFileName, bool acceptAudio)
+bool CmxParser::readWhole(std::istream& stream, const std::string& edlFileName, bool acceptAudio, size_t sizeHint)
 {
     // The whole text first, then its lines: measured, this beats reading
-    // line by line. EDLs are small next to the events made of them.
-    std::string text;
-    char buffer[65536];
-    while (stream.read(buffer, sizeof buffer) || stream.gcount() > 0)
-        text.append(buffer, static_cast<size_t>(stream.gcount()));
+    // line by line. Room for one byte more than expected, so that the read
+    // that finds the end needs no more room.
+    std::string text(std::max<size_t>(sizeHint + 1, 4096), '\0');
+    size_t length = 0;
+    for (;;) {
+        stream.read(text.data() + length, static_cast<std::streamsize>(text.size() - length));
+        const auto got = static_cast<size_t>(stream.gcount());
+        length += got;
+        if (got == 0 || !stream)
+            break;
+        if (length == text.size())
+            text.resize(text.size() * 2);
+    }
     if (stream.bad())
         return false;
+    text.resize(length);
     scanText(text, edlFileName, acceptAudio);
     return true;
 }
@@ -227,6 +267,7 @@ void CmxParser::readText(std::string_view text, const std::string& edlFileName, 
 void CmxParser::scanText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
 {
     startText(edlFileName, text.size());
+    const bool plain = isPlainAscii(text);
     const char delimiter = lineDelimiter(text);
     size_t lineNumber = 0;
     size_t start = 0;
@@ -234,7 +275,7 @@ void CmxParser::scanText(std::string_view text, const std::string& edlFileName, 
         size_t stop = text.find(delimiter, start);
         if (stop == std::string_view::npos)
             stop = text.size();
-        takeLine(text.substr(start, stop - start), ++lineNumber, acceptAudio);
+        takeLine(text.substr(start, stop - start), ++lineNumber, acceptAudio, plain);
         start = stop + 1;
     }
     finishText();
@@ -249,7 +290,7 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     pending.clear();
     // An event takes a line or two; a guess saves most regrowing.
     pending.reserve(textSize / 160);
-    edlFile = edlFileName;
+    edlFile = std::make_shared<const std::string>(edlFileName);
     dummy = PendingEvent{};
     dummy.event = std::make_shared<EventBase>();
     current = PendingEvent{};
@@ -264,18 +305,11 @@ void CmxParser::finishText()
     lastLineGood = false;
 }
 
-void CmxParser::takeLine(std::string_view line, size_t lineNumber, bool acceptAudio)
+void CmxParser::takeLine(std::string_view line, size_t lineNumber, bool acceptAudio, bool plain)
 {
-    // Most lines are plain ASCII; only a line with a NUL or an upper byte
-    // takes the slow way.
-    bool plain = true;
-    for (char c : line) {
-        if (c == '\0' || static_cast<unsigned char>(c) >= 0x80) {
-            plain = false;
-            break;
-        }
-    }
-    if (!plain) {
+    // Most texts are plain ASCII throughout; in any other, each line with a
+    // NUL or an upper byte takes the slow way.
+    if (!plain && !isPlainAscii(line)) {
         if (StringUtil::trimView(line).empty())
             return;
         if (!isValidUtf8(line)) {
@@ -421,10 +455,8 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 {
     static constexpr EventState badStates[4] = {EventState::BadSrcIn, EventState::BadSrcOut,
                                                 EventState::BadDstIn, EventState::BadDstOut};
-    // Eleven characters at most pass, so the copy stays in the string's
-    // own buffer.
     int fields[4];
-    if (piece.size() > 11 || !Timecode::parseText(std::string(piece), fields)) {
+    if (piece.size() > 11 || !Timecode::parseText(piece, fields)) {
         target.event->addState(badStates[which]);
         return;
     }
@@ -439,6 +471,8 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 void CmxParser::build(EventList& list)
 {
     const Framerate rate = Timecode::currentFramerate();
+    std::vector<EventPtr> built;
+    built.reserve(pending.size());
     for (PendingEvent& waiting : pending) {
         EventBase& event = *waiting.event;
         try {
@@ -452,8 +486,8 @@ void CmxParser::build(EventList& list)
                 // the four alone, so one setter does the work of four.
                 if (srcIn.isValid(rate) && srcOut.isValid(rate) && dstIn.isValid(rate) && dstOut.isValid(rate)) {
                     event.setTimecodes(srcIn, srcOut, dstIn, dstOut);
-                    event.setEdlText(waiting.edlText);
-                    list.addEvent(waiting.event);
+                    event.setEdlText(std::move(waiting.edlText));
+                    built.push_back(std::move(waiting.event));
                     report.eventLines.push_back(waiting.line);
                     continue;
                 }
@@ -477,11 +511,12 @@ void CmxParser::build(EventList& list)
             report.lines.push_back({waiting.line, LineIssue::ValueRefused});
             continue;
         }
-        event.setEdlText(waiting.edlText);
-        list.addEvent(waiting.event);
+        event.setEdlText(std::move(waiting.edlText));
+        built.push_back(std::move(waiting.event));
         report.eventLines.push_back(waiting.line);
     }
     pending.clear();
+    list.addEvents(built);
 }
 
 Framerate CmxParser::getSuggestedFramerate() const

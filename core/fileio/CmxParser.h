@@ -57,10 +57,13 @@ private:
         size_t line = 0;
     };
 
-    bool readWhole(std::istream& stream, const std::string& edlFile, bool acceptAudio);
+    // sizeHint: the bytes the stream is expected to hold, so that the text
+    // is read in one piece.
+    bool readWhole(std::istream& stream, const std::string& edlFile, bool acceptAudio, size_t sizeHint = 0);
     void scanText(std::string_view text, const std::string& edlFile, bool acceptAudio);
     void startText(const std::string& edlFile, size_t textSize);
-    void takeLine(std::string_view line, size_t lineNumber, bool acceptAudio);
+    // plain: the line is known to hold neither a NUL nor a byte above 0x7F.
+    void takeLine(std::string_view line, size_t lineNumber, bool acceptAudio, bool plain);
     void finishText();
     void readLine(std::string_view line, size_t lineNumber, bool acceptAudio);
     bool parseEventLine(std::string_view line, PendingEvent& pending, bool acceptAudio);
@@ -71,7 +74,8 @@ private:
     std::array<int, 60> frameHistogram{};
     ParseReport report;
 
-    std::string edlFile;
+    // Shared by the events of the text.
+    std::shared_ptr<const std::string> edlFile;
     std::vector<PendingEvent> pending;
     // The event line being read, and whether it was good; it joins pending
     // when the next event line or the end of the text comes.

@@ -354,7 +354,7 @@ FramerateProvider* Timecode::getFramerateProvider()
     return framerateProvider;
 }
 
-bool Timecode::parseText(const std::string& text, int fields[4])
+bool Timecode::parseText(std::string_view text, int fields[4])
 {
     // Hand-written equivalent of the whole-text match of
     // [0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}[:;][0-9]{1,2}; it is on the hot path

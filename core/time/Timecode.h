@@ -4,6 +4,7 @@
 #include "core/serialize/Serializable.h"
 
 #include <string>
+#include <string_view>
 
 namespace montala::core {
 
@@ -71,7 +72,7 @@ public:
 
     // Full match of [0-9]{1,2}:[0-9]{1,2}:[0-9]{1,2}[:;][0-9]{1,2}, filling
     // the four numbers. Shared with the EDL parser.
-    static bool parseText(const std::string& text, int fields[4]);
+    static bool parseText(std::string_view text, int fields[4]);
 
     void readCurrent(serialize::SerializationTree& tree) override;
     void write(serialize::SerializationTree& tree) const override;
