@@ -101,8 +101,9 @@ void EventBase::setTimecodes(const Timecode& newSrcIn, const Timecode& newSrcOut
     srcOut = newSrcOut;
     dstIn = newDstIn;
     dstOut = newDstOut;
-    validateTimecodes();
-    computeMotionSpeed();
+    const Framerate rate = Timecode::currentFramerate();
+    validateTimecodes(rate);
+    computeMotionSpeed(rate);
     notifyChange();
 }
 
@@ -226,9 +227,8 @@ void EventBase::revalidate()
     notifyChange();
 }
 
-void EventBase::validateTimecodes()
+void EventBase::validateTimecodes(const Framerate& rate)
 {
-    const Framerate rate = Timecode::currentFramerate();
     if (!srcIn.isValid(rate)) {
         addState(EventState::InvalidTimecode);
     } else if (!srcOut.isValid(rate) || !dstIn.isValid(rate) || !dstOut.isValid(rate)) {
@@ -248,9 +248,8 @@ void EventBase::validateTimecodes()
         addState(EventState::UninitializedTimecode);
 }
 
-void EventBase::computeMotionSpeed()
+void EventBase::computeMotionSpeed(const Framerate& rate)
 {
-    const Framerate rate = Timecode::currentFramerate();
     if (!srcIn.isValid(rate) || !srcOut.isValid(rate) || !dstIn.isValid(rate)
         || !dstOut.isValid(rate))
         return;

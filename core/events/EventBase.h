@@ -110,8 +110,10 @@ protected:
     explicit EventBase(int type);
 
     static uint16_t bitOf(EventState state) { return static_cast<uint16_t>(1u << static_cast<int>(state)); }
-    void validateTimecodes();
-    void computeMotionSpeed();
+    void validateTimecodes() { validateTimecodes(Timecode::currentFramerate()); }
+    void computeMotionSpeed() { computeMotionSpeed(Timecode::currentFramerate()); }
+    void validateTimecodes(const Framerate& rate);
+    void computeMotionSpeed(const Framerate& rate);
     void notifyChange() { notify(changeContext); }
     // The common part of every stored version; the version decides the
     // layout of the states and of the texts behind edlFile.

@@ -93,7 +93,8 @@ public:
 private:
     static bool isBlank(char c) { return c == '\t' || c == '\n' || c == '\r'; }
 
-    std::array<std::string_view, 9> pieces{};
+    // Only the first count are set.
+    std::array<std::string_view, 9> pieces;
     size_t count = 0;
 };
 
