@@ -4,7 +4,10 @@
 #include "core/fileio/TextEncoding.h"
 #include "util/StringUtil.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <string>
 
 namespace montala::app {
@@ -53,11 +56,22 @@ size_t sequenceLength(std::string_view text, size_t i)
 
 namespace {
 
-// The text as a JSON string, appended to `escaped`.
+// Whether a byte of a name must be escaped or checked as UTF-8 in JSON.
+bool needsCare(unsigned char byte)
+{
+    return byte < 0x20 || byte == '"' || byte == '\\' || byte >= 0x80;
+}
+
+// The text as a JSON string, appended to `escaped`. Most names need no
+// escape and go in at once.
 void appendJsonString(std::string& escaped, std::string_view text)
 {
     escaped += '"';
-    for (size_t i = 0; i < text.size();) {
+    size_t plain = 0;
+    while (plain < text.size() && !needsCare(static_cast<unsigned char>(text[plain])))
+        ++plain;
+    escaped.append(text.substr(0, plain));
+    for (size_t i = plain; i < text.size();) {
         const char c = text[i];
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x80) {
@@ -91,17 +105,39 @@ void appendJsonString(std::string& escaped, std::string_view text)
     escaped += '"';
 }
 
-// The event as one JSON object, appended to `out`: a list of thousands is
-// built in memory and written at once, not a stream insertion per field.
+void appendNumber(std::string& out, int value)
+{
+    char digits[16];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    out.append(digits, static_cast<size_t>(end - digits));
+}
+
+// A timecode as a JSON string: hh:mm:ss:ff, which never needs an escape.
+void appendTimecode(std::string& out, const core::Timecode& tc)
+{
+    const int fields[4] = {tc.getHours(), tc.getMinutes(), tc.getSeconds(), tc.getFrames()};
+    if (std::any_of(std::begin(fields), std::end(fields), [](int field) { return field < 0 || field > 99; })) {
+        appendJsonString(out, tc.toString());
+        return;
+    }
+    char text[] = "\"00:00:00:00\"";
+    for (size_t i = 0; i < 4; ++i) {
+        text[1 + i * 3] = static_cast<char>('0' + fields[i] / 10);
+        text[2 + i * 3] = static_cast<char>('0' + fields[i] % 10);
+    }
+    out.append(text, 13);
+}
+
+// The event as one JSON object, appended to `out`.
 void appendEventJson(std::string& out, const EventBase& event)
 {
-    const auto key = [&out](const char* name) {
+    const auto key = [&out](std::string_view name) {
         out += ",\"";
         out += name;
         out += "\":";
     };
     out += "{\"eventNumber\":";
-    out += std::to_string(event.getEventNumber());
+    appendNumber(out, event.getEventNumber());
     key("rollName");
     appendJsonString(out, event.getRollName());
     key("clipName");
@@ -109,17 +145,17 @@ void appendEventJson(std::string& out, const EventBase& event)
     key("edlFile");
     appendJsonString(out, event.getEdlFile());
     key("transitionType");
-    out += std::to_string(event.getTransitionType());
+    appendNumber(out, event.getTransitionType());
     key("transitionDuration");
-    out += std::to_string(event.getTransitionDuration());
+    appendNumber(out, event.getTransitionDuration());
     key("srcIn");
-    appendJsonString(out, event.getSrcIn().toString());
+    appendTimecode(out, event.getSrcIn());
     key("srcOut");
-    appendJsonString(out, event.getSrcOut().toString());
+    appendTimecode(out, event.getSrcOut());
     key("dstIn");
-    appendJsonString(out, event.getDstIn().toString());
+    appendTimecode(out, event.getDstIn());
     key("dstOut");
-    appendJsonString(out, event.getDstOut().toString());
+    appendTimecode(out, event.getDstOut());
     // The number as the JSON library prints a double, so that scripts see
     // the same values as before; most events run at normal speed.
     key("motionSpeed");
@@ -134,11 +170,13 @@ void appendEventJson(std::string& out, const EventBase& event)
     key("states");
     out += '[';
     bool first = true;
-    for (EventState state : event.getStates()) {
+    for (int value = 0; value <= static_cast<int>(EventState::InvalidTimecodeRange); ++value) {
+        if (!event.hasState(static_cast<EventState>(value)))
+            continue;
         if (!first)
             out += ',';
         first = false;
-        out += std::to_string(static_cast<int>(state));
+        appendNumber(out, value);
     }
     out += ']';
     if (const auto* healed = dynamic_cast<const core::HealedEvent*>(&event)) {
@@ -179,16 +217,25 @@ void writeEventListJson(std::ostream& out, const EventList& list, std::string_vi
         out << "[]";
         return;
     }
-    std::string text = "[\n";
+    // Written in pieces of about 64 KB: few stream calls, and no copy of
+    // the whole document in memory.
+    constexpr size_t piece = 65536;
+    std::string text;
+    text.reserve(piece + 4096);
+    text = "[\n";
     for (size_t i = 0; i < list.getSize(); ++i) {
         text += indent;
         text += "  ";
         appendEventJson(text, *list.getEvent(i));
         text += i + 1 < list.getSize() ? ",\n" : "\n";
+        if (text.size() >= piece) {
+            out.write(text.data(), static_cast<std::streamsize>(text.size()));
+            text.clear();
+        }
     }
     text += indent;
     text += ']';
-    out << text;
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 namespace {
