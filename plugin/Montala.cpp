@@ -6,6 +6,7 @@
 #include "gui/MainGui.h"
 #include "host/Host.h"
 #include "host/HostStatus.h"
+#include "host/video/VideoProvider.h"
 
 #include "kelmar/services/IActionManager.h"
 #include "kelmar/services/IApplicationState.h"
@@ -208,8 +209,7 @@ tresult Montala::createView(const char8* viewName, FUnknown*, IPlugView** view)
     main->setMontaler(host.get());
     // Joining the Host's listeners hands the window the active project's model.
     main->setProject(host.get());
-    // The Host has no picture source yet: the display stays empty.
-    main->setVideoProvider(nullptr);
+    main->setVideoProvider(host->getVideoProvider());
     *view = new JuceGuiAdapter(std::move(main));
     return kResultOk;
 }

@@ -89,6 +89,31 @@ bool loadThroughOverlay(Studio& studio, gui::MainGui& window, const StudioOption
     return true;
 }
 
+// Ticks each named pool video as the new cut's in the video settings
+// overlay, as a user does; it starts where the project starts.
+bool chooseNewVideos(gui::MainGui& window, const std::vector<std::string>& names, std::ostream& out,
+                     std::ostream& err)
+{
+    gui::NewVideosDialog& dialog = window.getNewVideosDialog();
+    window.buttonClicked(&window.getVideoSettingsButton());
+    const gui::VideoListTableModel* model = dialog.getModel();
+    for (const std::string& name : names) {
+        const auto& rows = model ? model->getRows() : std::vector<gui::VideoListTableModel::Row>();
+        const auto row = std::find_if(rows.begin(), rows.end(), [&](const auto& each) { return each.name == name; });
+        if (row == rows.end()) {
+            err << "--new-video " << name << ": the project's pool has no such video\n";
+            return false;
+        }
+        const std::string start = row->start.toString();
+        if (auto* use = dynamic_cast<juce::Button*>(dialog.getTable().getCellComponent(
+                gui::VideoListTableModel::UseColumn, static_cast<int>(row - rows.begin()))))
+            use->setToggleState(true, juce::sendNotification);
+        out << "New video " << name << " from " << start << "\n";
+    }
+    dialog.setVisible(false);
+    return true;
+}
+
 } // namespace
 
 void ViewWiring::wire(gui::MainGui& window, Studio& studio)
@@ -146,6 +171,8 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
             }
             out << "Set " << assignment << "\n";
         }
+        if (!options.newVideos.empty() && !chooseNewVideos(window, options.newVideos, out, err))
+            return 1;
         for (int listKind : {core::EventList::OldKind, core::EventList::NewKind, core::EventList::ChangeKind})
             if (!loadThroughOverlay(studio, window, options, listKind, out, err))
                 return 1;
@@ -214,6 +241,8 @@ int runSteps(Studio& studio, gui::MainGui& window, const StudioOptions& options,
 
         if (options.show == "settings") {
             window.buttonClicked(&window.getSettingsButton());
+        } else if (options.show == "videos") {
+            window.buttonClicked(&window.getVideoSettingsButton());
         } else if (options.show == "edit") {
             gui::EventTableModel* model = window.getTableModel(gui::MainGui::ChangeTable);
             juce::TableListBox& table = window.getTable(gui::MainGui::ChangeTable);

@@ -31,7 +31,7 @@ std::string rateList()
 bool StudioOptions::scripted() const
 {
     return !settings.empty() || !overlayFiles[0].empty() || !overlayFiles[1].empty() || !overlayFiles[2].empty()
-           || !oldFiles.empty() || !newFiles.empty() || generate || !selectRows.empty() || conform || !saveTo.empty()
+           || !newVideos.empty() || !oldFiles.empty() || !newFiles.empty() || generate || !selectRows.empty() || conform || !saveTo.empty()
            || !snapshot.empty() || quit;
 }
 
@@ -98,10 +98,13 @@ std::optional<StudioOptions> parseStudioOptions(int argc, const char* const* arg
                    "Change EDL to load through the Add EDLs overlay; repeatable");
     app.add_option("--src-offset", options.srcOffset, "SRC offset of the overlay's loads, -HH:MM:SS:FF for back");
     app.add_option("--dst-offset", options.dstOffset, "DST offset of the overlay's loads, -HH:MM:SS:FF for back");
+    app.add_option("--new-video", options.newVideos,
+                   "Pool video to use as the new cut's picture from the project's start, chosen in the video "
+                   "settings overlay; repeatable");
     app.add_option("--show", options.show,
-                   "Leave an overlay open for the snapshot: settings, edit (the first selected row), or add-edls "
-                   "(the last --load-* stops before Ok)")
-        ->check(CLI::IsMember({"settings", "edit", "add-edls"}));
+                   "Leave an overlay open for the snapshot: settings, edit (the first selected row), add-edls "
+                   "(the last --load-* stops before Ok), or videos")
+        ->check(CLI::IsMember({"settings", "edit", "add-edls", "videos"}));
     app.add_flag("--generate", options.generate, "Generate the Change EDL");
     app.add_option("--select", rows, "Change table rows to select, from 1: 3,5-7");
     app.add_flag("--conform", options.conform, "Start the conform and wait for its end");

@@ -9,7 +9,8 @@ namespace montala::studio {
 // How montala-studio was started. Without a session file the program starts
 // on a new empty project at `rate`. The steps after start-up run in this
 // order, as a user would take them: change settings in the settings overlay,
-// load EDLs through the Add EDLs overlay, add the Old and New EDLs,
+// choose the new cut's videos in the video settings overlay, load EDLs
+// through the Add EDLs overlay, add the Old and New EDLs,
 // generate, select Change rows, start the conform, save, take the snapshot,
 // quit.
 struct StudioOptions {
@@ -24,8 +25,11 @@ struct StudioOptions {
     std::vector<std::string> overlayFiles[3];
     std::string srcOffset;
     std::string dstOffset;
+    // Pool videos ticked as the new cut's in the video settings overlay.
+    std::vector<std::string> newVideos;
     // An overlay left open for the snapshot: "settings", "edit" (the first
-    // selected Change row), or "add-edls" (the last overlay load, before "Ok").
+    // selected Change row), "add-edls" (the last overlay load, before "Ok")
+    // or "videos".
     std::string show;
     std::vector<std::string> oldFiles;
     std::vector<std::string> newFiles;

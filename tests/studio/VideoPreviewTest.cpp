@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 namespace montala::studio {
@@ -51,9 +52,13 @@ protected:
         ASSERT_TRUE(studio.addEdl(core::EventList::OldKind, pathOf("old.edl")).opened);
         ASSERT_TRUE(studio.addEdl(core::EventList::NewKind, pathOf("new.edl")).opened);
         ASSERT_EQ(studio.generate(), util::Result::Ok);
-        studio.model()->getVideoList().addEntry(
-            core::VideoList::Entry(clip, core::Timecode("01:00:00:00"), core::Timecode("00:00:01:00")));
         ViewWiring::wire(window, studio);
+        // The new cut's video, chosen in the video settings overlay.
+        StudioOptions steps;
+        steps.newVideos = {"numbered-frames.mkv"};
+        std::ostringstream out, err;
+        ASSERT_EQ(runSteps(studio, window, steps, out, err), 0) << err.str();
+        EXPECT_EQ(out.str(), "New video numbered-frames.mkv from 01:00:00:00\n");
     }
 
     void TearDown() override { ViewWiring::unwire(window); }
