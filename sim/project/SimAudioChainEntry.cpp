@@ -8,8 +8,8 @@ SimAudioChainEntry::SimAudioChainEntry(Chain chain, std::size_t index) : chain(s
 
 SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
 {
-    if (track.sortedChain)
-        return track.sortedChain;
+    if (Chain kept = track.sortedChain())
+        return kept;
     SimObject::List events;
     for (const auto& child : track.children()) {
         if (child->kind() == ObjectKind::AudioEvent)
@@ -24,8 +24,9 @@ SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
     });
     // Entries handed out hold the list they came from: a change drops the
     // track's reference, not theirs, so they go on as they were.
-    track.sortedChain = std::make_shared<const SimObject::List>(std::move(events));
-    return track.sortedChain;
+    Chain chain = std::make_shared<const SimObject::List>(std::move(events));
+    track.keepSortedChain(chain);
+    return chain;
 }
 
 std::size_t SimAudioChainEntry::indexOf(const SimObject::List& chain, const SimObject& event)

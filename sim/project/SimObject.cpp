@@ -149,6 +149,35 @@ IPtr<SimObject> SimObject::makePoint(double time, double value, bool segmentEnd)
 
 SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
 
+const SimObject::List& SimObject::automation() const
+{
+    static const List none;
+    return rareParts ? rareParts->automationList : none;
+}
+
+const SimObject::Attributes& SimObject::attributes() const
+{
+    static const Attributes none;
+    return rareParts ? rareParts->attributeMap : none;
+}
+
+std::shared_ptr<const SimObject::List> SimObject::sortedChain() const
+{
+    return rareParts ? rareParts->sortedChain : nullptr;
+}
+
+void SimObject::keepSortedChain(std::shared_ptr<const List> chain)
+{
+    rare().sortedChain = std::move(chain);
+}
+
+SimObject::Rare& SimObject::rare()
+{
+    if (!rareParts)
+        rareParts = std::make_unique<Rare>();
+    return *rareParts;
+}
+
 SimObject::~SimObject()
 {
     if (owner)
@@ -347,7 +376,7 @@ void SimObject::noteListChange(bool automation)
         // Only the first change in a group needs the list as it was.
         if (!group->recorded(*this, automation)) {
             settle();
-            group->recordList(*this, automation ? automationList : childList, automation);
+            group->recordList(*this, automation ? this->automation() : childList, automation);
         }
         group->noteChanged(*this);
     }
@@ -356,8 +385,10 @@ void SimObject::noteListChange(bool automation)
 void SimObject::dropChain()
 {
     for (SimObject* node = this; node; node = node->parentNode) {
-        node->sortedChain.reset();
-        node->childOrder.reset();
+        if (node->rareParts) {
+            node->rareParts->sortedChain.reset();
+            node->rareParts->childOrder.reset();
+        }
         // The orders above an automation track are of the track's events:
         // a point that comes or goes leaves them as they are.
         if (node->objectKind == ObjectKind::AutomationTrack)
@@ -368,6 +399,7 @@ void SimObject::dropChain()
 std::vector<std::size_t> SimObject::childrenNear(double start, double end)
 {
     settle();
+    std::unique_ptr<ChildOrder>& childOrder = rare().childOrder;
     if (!childOrder) {
         auto order = std::make_unique<ChildOrder>();
         order->byStart.resize(childList.size());
@@ -433,8 +465,8 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     // takes its place in the order by start (near its end, after those that
     // start with it), and a copy of the next range finds its children
     // without sorting them all again.
-    const bool appended = childOrder && index == childList.size();
-    std::unique_ptr<ChildOrder> order = appended ? std::move(childOrder) : nullptr;
+    const bool appended = rareParts && rareParts->childOrder && index == childList.size();
+    std::unique_ptr<ChildOrder> order = appended ? std::move(rareParts->childOrder) : nullptr;
     dropChain();
     if (order) {
         const double start = child->fields.start;
@@ -448,7 +480,7 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
         order->reach.insert(order->reach.begin() + at, place == 0 ? end : std::max(order->reach[place - 1], end));
         for (std::size_t i = place + 1; i < order->reach.size() && order->reach[i] < end; ++i)
             order->reach[i] = end;
-        childOrder = std::move(order);
+        rareParts->childOrder = std::move(order);
     }
     child->parentNode = this;
     child->bindTo(owner);
@@ -526,21 +558,24 @@ void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
     noteListChange(true);
     automationTrack->parentNode = this;
     automationTrack->bindTo(owner);
-    automationList.push_back(std::move(automationTrack));
+    rare().automationList.push_back(std::move(automationTrack));
 }
 
 void SimObject::putAttribute(const std::string& name, const FVariant& value)
 {
     if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
-        const auto found = attributeMap.find(name);
-        group->recordAttribute(*this, name, found == attributeMap.end() ? nullptr : &found->second);
+        const auto found = attributes().find(name);
+        group->recordAttribute(*this, name, found == attributes().end() ? nullptr : &found->second);
         group->noteChanged(*this);
     }
-    attributeMap[name] = ownedCopy(value);
+    rare().attributeMap[name] = ownedCopy(value);
 }
 
 void SimObject::dropAttribute(const std::string& name)
 {
+    if (!rareParts)
+        return;
+    Attributes& attributeMap = rareParts->attributeMap;
     const auto found = attributeMap.find(name);
     if (found == attributeMap.end())
         return;
@@ -560,7 +595,7 @@ void SimObject::restoreFields(const Fields& values)
 void SimObject::restoreChildren(const List& list, bool automation)
 {
     settle();
-    List& target = automation ? automationList : childList;
+    List& target = automation ? rare().automationList : childList;
     dropChain();
     for (const auto& child : target)
         if (child->parentNode == this)
@@ -572,9 +607,9 @@ void SimObject::restoreChildren(const List& list, bool automation)
 void SimObject::restoreAttribute(const std::string& name, const FVariant* value)
 {
     if (value)
-        attributeMap[name] = ownedCopy(*value);
-    else
-        attributeMap.erase(name);
+        rare().attributeMap[name] = ownedCopy(*value);
+    else if (rareParts)
+        rareParts->attributeMap.erase(name);
 }
 
 IPtr<SimObject> SimObject::cloneTree() const
@@ -582,7 +617,7 @@ IPtr<SimObject> SimObject::cloneTree() const
     IPtr<SimObject> copy = create(objectKind);
     copy->fields = fields;
     copy->selected = selected;
-    for (const auto& [name, value] : attributeMap) {
+    for (const auto& [name, value] : attributes()) {
         // A copy keeps its own store: what is written to it later leaves the
         // original's alone.
         auto* storage = value.isObject() ? dynamic_cast<SimStorage*>(value.getObject()) : nullptr;
@@ -590,9 +625,9 @@ IPtr<SimObject> SimObject::cloneTree() const
             IPtr<SimStorage> own = storage->copy();
             FVariant holder;
             holder.setObject(static_cast<IStorage*>(own.get()), true);
-            copy->attributeMap[name] = holder;
+            copy->rare().attributeMap[name] = holder;
         } else {
-            copy->attributeMap[name] = ownedCopy(value);
+            copy->rare().attributeMap[name] = ownedCopy(value);
         }
     }
     for (const auto& child : children()) {
@@ -600,10 +635,10 @@ IPtr<SimObject> SimObject::cloneTree() const
         childCopy->parentNode = copy.get();
         copy->childList.push_back(childCopy);
     }
-    for (const auto& automationTrack : automationList) {
+    for (const auto& automationTrack : automation()) {
         IPtr<SimObject> trackCopy = automationTrack->cloneTree();
         trackCopy->parentNode = copy.get();
-        copy->automationList.push_back(trackCopy);
+        copy->rare().automationList.push_back(trackCopy);
     }
     return copy;
 }
@@ -619,7 +654,7 @@ void SimObject::bindTo(SimProject* project)
     }
     for (const auto& child : children())
         child->bindTo(project);
-    for (const auto& automationTrack : automationList)
+    for (const auto& automationTrack : automation())
         automationTrack->bindTo(project);
 }
 
@@ -647,8 +682,8 @@ void SimObject::watchStore(const std::string& name)
 {
     // Stores read from a session file were made without the host's failure
     // plan; they take it when a plug-in can reach them.
-    const auto found = attributeMap.find(name);
-    if (!owner || found == attributeMap.end() || !found->second.isObject())
+    const auto found = attributes().find(name);
+    if (!owner || found == attributes().end() || !found->second.isObject())
         return;
     if (auto* storage = dynamic_cast<SimStorage*>(found->second.getObject()))
         storage->setFailures(owner->failurePlanShared());
@@ -656,8 +691,8 @@ void SimObject::watchStore(const std::string& name)
 
 tresult SimObject::getAttribute(const char8* name, FVariant& value)
 {
-    const auto found = name ? attributeMap.find(name) : attributeMap.end();
-    if (found == attributeMap.end())
+    const auto found = name ? attributes().find(name) : attributes().end();
+    if (found == attributes().end())
         return kResultFalse;
     watchStore(name);
     value = ownedCopy(found->second);
@@ -666,14 +701,14 @@ tresult SimObject::getAttribute(const char8* name, FVariant& value)
 
 tresult SimObject::hasAttribute(const char8* name)
 {
-    return name && attributeMap.count(name) ? kResultOk : kResultFalse;
+    return name && attributes().count(name) ? kResultOk : kResultFalse;
 }
 
 tresult SimObject::removeAttribute(const char8* name)
 {
     if (failing("removeAttribute"))
         return kResultFailed;
-    if (!name || !attributeMap.count(name) || isLockedContent())
+    if (!name || !attributes().count(name) || isLockedContent())
         return kResultFalse;
     dropAttribute(name);
     return kResultOk;
@@ -799,9 +834,9 @@ IProjectObject* SimObject::getParent()
 
 IObjectIterator* SimObject::getAutomationTracks()
 {
-    if (!isTrack() || automationList.empty())
+    if (!isTrack() || automation().empty())
         return nullptr;
-    return new SimObjectIterator(automationList);
+    return new SimObjectIterator(automation());
 }
 
 IAudioChainEntry* SimObject::getAudioChain()

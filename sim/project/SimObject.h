@@ -70,15 +70,15 @@ public:
     // The values of a node that undo restores as one.
     struct Fields {
         std::u16string name;
+        std::string file;          // source file of an audio event
         double start = 0.0;
         double end = 0.0;
         double offset = 0.0;       // source offset of an audio or video event
-        std::string file;          // source file of an audio event
-        bool joinedToNext = false; // an audio event joined to the next in the chain
-        std::int64_t clipId = 0;   // pool clip of a video event
-        bool locked = false;       // the track's "lock" toggle
-        int curveType = 1;         // of an automation track
         double value = 0.0;        // of an automation point
+        std::int64_t clipId = 0;   // pool clip of a video event
+        int curveType = 1;         // of an automation track
+        bool joinedToNext = false; // an audio event joined to the next in the chain
+        bool locked = false;       // the track's "lock" toggle
         bool segmentEnd = false;   // of an automation point
 
         bool operator==(const Fields&) const = default;
@@ -163,8 +163,8 @@ public:
         settle();
         return childList;
     }
-    const List& automation() const { return automationList; }
-    const Attributes& attributes() const { return attributeMap; }
+    const List& automation() const;
+    const Attributes& attributes() const;
     SimObject* parent() const { return parentNode; }
     SimProject* project() const { return owner; }
     bool selectedFlag() const { return selected; }
@@ -216,12 +216,14 @@ public:
     void restoreChildren(const List& list, bool automationList);
     void restoreAttribute(const std::string& name, const Kelmar::FVariant* value);
 
-    // Set while the node has changed in the open undo group.
-    bool contentChanged = false;
     // An audio track's chain in time order, kept until anything below the
     // track changes (see SimAudioChainEntry::chainOf); null when it must be
     // gathered and sorted anew.
-    std::shared_ptr<const List> sortedChain;
+    std::shared_ptr<const List> sortedChain() const;
+    void keepSortedChain(std::shared_ptr<const List> chain);
+
+    // Set while the node has changed in the open undo group.
+    bool contentChanged = false;
 
 protected:
     explicit SimObject(ObjectKind kind);
@@ -247,16 +249,6 @@ private:
     // time.
     void settle() const;
 
-    ObjectKind objectKind;
-    Fields fields;
-    mutable List childList;
-    // Children removed but still in the list (see settle).
-    mutable std::size_t leaving = 0;
-    List automationList;
-    Attributes attributeMap;
-    bool selected = false;
-    SimObject* parentNode = nullptr;
-    SimProject* owner = nullptr;
     // The children's positions by start, each with the latest end of those
     // up to it (see childrenNear).
     struct ChildOrder {
@@ -264,7 +256,30 @@ private:
         std::vector<double> starts;
         std::vector<double> reach;
     };
-    std::unique_ptr<ChildOrder> childOrder;
+    // What only some nodes have (tracks, automation tracks, nodes with
+    // attributes), apart: a feature's session holds hundreds of thousands
+    // of events and points, and each would carry it empty.
+    struct Rare {
+        List automationList;
+        Attributes attributeMap;
+        std::shared_ptr<const List> sortedChain;
+        std::unique_ptr<ChildOrder> childOrder;
+    };
+    Rare& rare();
+
+    bool selected = false;
+    ObjectKind objectKind;
+    // Children removed but still in the list (see settle).
+    mutable std::uint32_t leaving = 0;
+    Fields fields;
+    mutable List childList;
+    SimObject* parentNode = nullptr;
+    SimProject* owner = nullptr;
+    std::unique_ptr<Rare> rareParts;
+    // Neighbours among the nodes bound to the same project (SimProject's list).
+    SimObject* boundPrevious = nullptr;
+    SimObject* boundNext = nullptr;
+    friend class SimProject;
 };
 
 // The node behind an interface pointer of the simulator, or null for an

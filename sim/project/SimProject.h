@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace Kelmar {
@@ -130,8 +129,8 @@ public:
 
     // Nodes bound to this project register themselves, so that a project that
     // goes away can unbind those still held elsewhere.
-    void registerNode(SimObject* node) { nodes.insert(node); }
-    void unregisterNode(SimObject* node) { nodes.erase(node); }
+    void registerNode(SimObject* node);
+    void unregisterNode(SimObject* node);
 
 private:
     SimProject(SimHost& host, std::u16string name);
@@ -147,7 +146,9 @@ private:
     std::size_t undoPosition = 0;
     std::vector<Kelmar::IProjectStorageNotification*> storage;
     Kelmar::IPtr<SimObject> defaultMarkerTrack;
-    std::unordered_set<SimObject*> nodes;
+    // The nodes bound to this project, linked through the nodes themselves:
+    // a feature's session binds a million of them.
+    SimObject* boundNodes = nullptr;
 };
 
 // The project behind an interface pointer of the simulator, or null.
