@@ -452,9 +452,9 @@ void Track::readAutomation()
     }
 }
 
-std::map<int, core::AudioInfo::AutomationSpan> Track::getAutomationAround(double position)
+core::AudioInfo::Automation Track::getAutomationAround(double position)
 {
-    std::map<int, core::AudioInfo::AutomationSpan> around;
+    core::AudioInfo::Automation around;
     if (automation.empty() && hostTrack) {
         // Nothing read yet: one empty entry per automation track, so that the
         // list has the track's shape and says nothing of values until

@@ -112,7 +112,7 @@ public:
     void readAutomation();
     const std::vector<AutomationData>& getAutomation() const { return automation; }
     // The points on both sides of `position` for each automation track read.
-    std::map<int, core::AudioInfo::AutomationSpan> getAutomationAround(double position);
+    core::AudioInfo::Automation getAutomationAround(double position);
     // Holds each curve's value through [start, end] (absolute): a point at
     // each edge with the value there, and nothing of the curve between.
     void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);

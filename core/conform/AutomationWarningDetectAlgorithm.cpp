@@ -55,7 +55,7 @@ std::vector<InformationEntry> AutomationWarningDetectAlgorithm::detect(const Cut
                                                                        ProgressHandlerBase* progress)
 {
     std::vector<InformationEntry> entries;
-    const std::vector<const Cut*> byStart = cuts.getCutsInStartOrder();
+    const std::vector<const Cut*>& byStart = cuts.getCutsInStartOrder();
     const std::string label = translated(u"Automation warning in ");
 
     // Each cut is one step of its track count, the last one too, although

@@ -9,6 +9,7 @@ namespace montala::core {
 void CutList::append(const CutPtr& cut)
 {
     cuts.push_back(cut);
+    startOrder.reset();
     if (cut && cut->getEvent())
         events.addEvent(cut->getEvent());
 }
@@ -25,8 +26,10 @@ std::map<double, CutPtr> CutList::getCutsByStart() const
     return byStart;
 }
 
-std::vector<const Cut*> CutList::getCutsInStartOrder() const
+const std::vector<const Cut*>& CutList::getCutsInStartOrder() const
 {
+    if (startOrder)
+        return *startOrder;
     // Start and index of creation: sorting the pairs puts the first made
     // ahead of later ones with an equal start, and unique keeps it.
     std::vector<std::pair<double, size_t>> starts;
@@ -42,7 +45,7 @@ std::vector<const Cut*> CutList::getCutsInStartOrder() const
                              [](const auto& a, const auto& b) { return a.first == b.first; }),
                  starts.end());
 
-    std::vector<const Cut*> ordered;
+    std::vector<const Cut*>& ordered = startOrder.emplace();
     ordered.reserve(starts.size());
     for (const auto& [start, index] : starts)
         ordered.push_back(cuts[index].get());

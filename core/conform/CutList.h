@@ -4,6 +4,7 @@
 #include "core/events/EventList.h"
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace montala::core {
@@ -31,13 +32,15 @@ public:
     // over like null ones.
     std::map<double, CutPtr> getCutsByStart() const;
     // The same cuts in the same order, as a plain list that the detectors
-    // walk: a sort of the starts rather than a tree of shared pointers, as
-    // the list is made afresh by each detector of a run. The pointers live
-    // as long as the list.
-    std::vector<const Cut*> getCutsInStartOrder() const;
+    // walk. It is worked out when first asked for and kept until a cut is
+    // appended: the detectors of a run each walk it, once the snippet
+    // algorithm has put the pieces in their places, and working it out
+    // reads every piece of every cut. The pointers live as long as the list.
+    const std::vector<const Cut*>& getCutsInStartOrder() const;
 
 private:
     std::vector<CutPtr> cuts;
+    mutable std::optional<std::vector<const Cut*>> startOrder;
     EventList events{EventList::ChangeKind};
 };
 

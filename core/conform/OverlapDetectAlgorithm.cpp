@@ -43,7 +43,7 @@ std::vector<InformationEntry> OverlapDetectAlgorithm::detect(const CutList& cuts
                                                              ProgressHandlerBase* progress)
 {
     std::vector<InformationEntry> entries;
-    const std::vector<const Cut*> byStart = cuts.getCutsInStartOrder();
+    const std::vector<const Cut*>& byStart = cuts.getCutsInStartOrder();
     const std::string label = translated(u"Overlap in ");
 
     // One step per cut, the last one too, as the progress counts events.

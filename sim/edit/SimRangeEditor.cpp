@@ -280,6 +280,16 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
 
 void SimRangeEditor::paste(const TrackCopy& copy, double position, double length)
 {
+    paste(copy, position, length, false);
+}
+
+void SimRangeEditor::paste(TrackCopy&& copy, double position, double length)
+{
+    paste(copy, position, length, true);
+}
+
+void SimRangeEditor::paste(const TrackCopy& copy, double position, double length, bool fresh)
+{
     const double end = onSample(position + length);
     // The timeline begins at the project start (host time 0): what the paste
     // would put before it is cut away, as a host does at its first frame.
@@ -292,16 +302,19 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         return;
     const bool clipped = position < 0.0 && low > position + epsilon;
     SimObject& track = *copy.track;
+    SimObject::List pasted;
+    pasted.reserve(copy.items.size());
     for (const auto& item : copy.items) {
-        IPtr<SimObject> placed = item->cloneTree();
+        IPtr<SimObject> placed = fresh ? item : item->cloneTree();
         place(*placed, position);
         if (clipped && placed->get().start < low) {
             placed = trimmedCopy(*placed, low, unbounded);
             if (!placed)
                 continue;
         }
-        track.appendChild(placed);
+        pasted.push_back(std::move(placed));
     }
+    track.appendChildren(pasted);
     for (const auto& [automationTrack, points] : copy.automation) {
         if (points.empty())
             continue;
@@ -339,7 +352,7 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         for (const auto& point : points) {
             if (point->get().start + position < low - epsilon)
                 continue;
-            IPtr<SimObject> copied = point->cloneTree();
+            IPtr<SimObject> copied = fresh ? point : point->cloneTree();
             place(*copied, position);
             placed.push_back(copied);
         }

@@ -45,6 +45,9 @@ public:
 
     static TrackCopy copyTrack(SimObject& track, double start, double end);
     static void paste(const TrackCopy& copy, double position, double length);
+    // The same with a copy made for this paste alone: its nodes are placed
+    // themselves instead of being copied once more.
+    static void paste(TrackCopy&& copy, double position, double length);
     static void deleteOnTrack(SimObject& track, double start, double end);
 
     // The part of `node` (a direct child of a track) that lies in [start, end),
@@ -78,6 +81,8 @@ public:
     static constexpr double epsilon = 1e-9;
 
 private:
+    // Pastes the copy's nodes themselves when `fresh`, else copies of them.
+    static void paste(const TrackCopy& copy, double position, double length, bool fresh);
     // The range that the events inside a part trimmed to [low, high] are
     // cut to, with the part's present fields.
     static double innerStart(const SimObject::Fields& part, double low);

@@ -492,6 +492,20 @@ void SimObject::appendChild(IPtr<SimObject> child)
     insertChild(std::move(child), childList.size());
 }
 
+void SimObject::appendChildren(const List& list)
+{
+    // Up to this many children are slotted into the order one by one: a
+    // cut's pieces, pasted behind the others.
+    constexpr std::size_t slotted = 64;
+    if (list.size() > slotted && rareParts && rareParts->childOrder) {
+        settle();
+        noteListChange(false);
+        dropChain();
+    }
+    for (const auto& child : list)
+        insertChild(child, childList.size());
+}
+
 void SimObject::insertPoint(IPtr<SimObject> point)
 {
     settle();

@@ -190,6 +190,12 @@ public:
     void setFields(const Fields& values);
     void insertChild(Kelmar::IPtr<SimObject> child, std::size_t index);
     void appendChild(Kelmar::IPtr<SimObject> child);
+    // Appends them all, as appendChild would one by one. A long list (a
+    // whole track moved home before the track's other events) lets go of
+    // the order by start instead of slotting each child into it: the next
+    // look-up sorts once, where slotting would move the order's tail for
+    // every child.
+    void appendChildren(const List& list);
     // Puts an automation point among the others in time order, after those at
     // the same time.
     void insertPoint(Kelmar::IPtr<SimObject> point);

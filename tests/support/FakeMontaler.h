@@ -27,15 +27,37 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace montala::test {
 
+// A clip's name, kept once for all the clips of that name: a conform of a
+// reel copies a pointer per piece instead of a text.
+class ClipName {
+public:
+    ClipName() : ClipName(std::string()) {}
+    ClipName(const char* text) : ClipName(std::string(text)) {}
+    ClipName(const std::string& text) : text(&*known().insert(text).first) {}
+
+    const std::string& str() const { return *text; }
+    bool operator==(const ClipName& other) const { return text == other.text; }
+
+private:
+    static std::set<std::string>& known()
+    {
+        static std::set<std::string> names;
+        return names;
+    }
+
+    const std::string* text;
+};
+
 // One audio event: [start, end] on the timeline, showing its recording
 // from sourceIn on.
 struct Clip {
-    std::string name;
+    ClipName name;
     double start = 0.0;
     double end = 0.0;
     double sourceIn = 0.0;
@@ -141,6 +163,11 @@ public:
         double pointPeriod = 1.0;
         std::size_t pointCount = 0;
         std::vector<double> values;
+        // Set by lay(): the clips' name, and the periods' inverses, since a
+        // multiplication costs a fraction of a division.
+        ClipName name;
+        double perClip = 1.0;
+        double perPoint = 1.0;
 
         double clipStart(std::size_t i) const { return first + static_cast<double>(i) * period; }
         double pointTime(std::size_t i) const { return pointFirst + static_cast<double>(i) * pointPeriod; }
@@ -149,12 +176,16 @@ public:
     void lay(const std::string& clipName, const Pattern& layout)
     {
         std::vector<Clip>& edited = editClips();
+        const ClipName name(clipName);
         for (std::size_t i = 0; i < layout.count; ++i)
-            edited.push_back({clipName, layout.clipStart(i), layout.clipStart(i) + layout.length, 0.0});
+            edited.push_back({name, layout.clipStart(i), layout.clipStart(i) + layout.length, 0.0});
         std::vector<AutomationPoint>& points = editCurve(0);
         for (std::size_t i = 0; i < layout.pointCount; ++i)
             points.push_back({layout.pointTime(i), layout.values[i % layout.values.size()]});
         pattern = layout;
+        pattern->name = name;
+        pattern->perClip = 1.0 / layout.period;
+        pattern->perPoint = 1.0 / layout.pointPeriod;
     }
 
     const std::vector<Clip>& clips() const
@@ -205,7 +236,7 @@ public:
         core::AudioInfo info;
         // The first clip that starts after the position.
         const size_t clipCount = pattern ? pattern->count : spans.size();
-        const size_t after = pattern ? firstAfter(pattern->first, pattern->period, clipCount, position)
+        const size_t after = pattern ? firstAfter(pattern->first, pattern->period, pattern->perClip, clipCount, position)
                                      : clipGrid.firstAfter(spans, &Span::start, position);
         const auto span = [this](size_t i) {
             return pattern ? Span{pattern->clipStart(i), pattern->clipStart(i) + pattern->length} : spans[i];
@@ -226,7 +257,8 @@ public:
         }
         auto grid = curveGrids.begin();
         for (const auto& [curve, points] : curves) {
-            const size_t next = pattern ? firstAfter(pattern->pointFirst, pattern->pointPeriod, points.size(), position)
+            const size_t next = pattern ? firstAfter(pattern->pointFirst, pattern->pointPeriod, pattern->perPoint,
+                                                     points.size(), position)
                                         : (grid++)->firstAfter(points, &AutomationPoint::time, position);
             const auto point = [&](size_t i) {
                 return pattern ? AutomationPoint{pattern->pointTime(i), pattern->values[i % pattern->values.size()]}
@@ -249,11 +281,29 @@ public:
     void copyRange(double srcStart, double srcEnd, double dstStart)
     {
         index();
+        // A re-cut holds about as many clips as the track did: the work area
+        // grows once instead of doubling its way there.
+        if (work.capacity() == 0)
+            work.reserve((pattern ? pattern->count : clipList.size()) * 5 / 4);
+        if (pattern) {
+            // The clips worked out as the lookups do, without reading the
+            // long list at random places.
+            size_t i = firstAfter(pattern->first, pattern->period, pattern->perClip, pattern->count, srcStart);
+            if (i > 0 && pattern->clipStart(i - 1) + pattern->length > srcStart)
+                --i;
+            for (; i < pattern->count && pattern->clipStart(i) < srcEnd; ++i) {
+                const double start = pattern->clipStart(i);
+                const double from = std::max(start, srcStart);
+                const double to = std::min(start + pattern->length, srcEnd);
+                if (to > from)
+                    work.push_back({pattern->name, dstStart + (from - srcStart), dstStart + (to - srcStart), from - start});
+            }
+            return;
+        }
         // The first clip that ends after srcStart: the one under it, if it
         // reaches past it, else the next. Ends are in order too, since clips
         // never overlap.
-        const size_t first = pattern ? firstAfter(pattern->first, pattern->period, clipList.size(), srcStart)
-                                     : clipGrid.firstAfter(spans, &Span::start, srcStart);
+        const size_t first = clipGrid.firstAfter(spans, &Span::start, srcStart);
         auto clip = clipList.begin() + static_cast<std::ptrdiff_t>(first);
         if (clip != clipList.begin() && std::prev(clip)->end > srcStart)
             --clip;
@@ -286,9 +336,9 @@ private:
 
     // Of the times first + i x period for i below count, the first after
     // the position (count if none), as std::upper_bound would answer.
-    static size_t firstAfter(double first, double period, size_t count, double position)
+    static size_t firstAfter(double first, double period, double perPeriod, size_t count, double position)
     {
-        const double estimate = std::floor((position - first) / period) + 1.0;
+        const double estimate = std::floor((position - first) * perPeriod) + 1.0;
         size_t i = estimate > 0.0 ? std::min(count, static_cast<size_t>(estimate)) : 0;
         while (i > 0 && first + static_cast<double>(i - 1) * period > position)
             --i;
@@ -458,14 +508,24 @@ public:
     {
         if (const Result::Type code = enter("createCut"))
             throw code;
-        std::vector<core::CutEventPtr> pieces;
+        const double srcIn = event->getSrcIn().toSeconds(rate);
+        const double srcOut = event->getSrcOut().toSeconds(rate);
+        const double dstIn = event->getDstIn().toSeconds(rate);
+        const double dstOut = event->getDstOut().toSeconds(rate);
+        const bool selectedOnly = settings.getApplyTo() == core::ApplyTo::SelectedTracks;
+        // The pieces of a cut side by side in one block, as the driver walks
+        // them together.
+        auto block = std::make_shared<std::vector<FakeCutEvent>>();
+        block->reserve(tracks.size());
         for (FakeTrack& track : tracks) {
-            if (track.locked || (settings.getApplyTo() == core::ApplyTo::SelectedTracks && !track.selected))
+            if (track.locked || (selectedOnly && !track.selected))
                 continue;
-            pieces.push_back(std::make_shared<FakeCutEvent>(
-                track, audioInfoQueries, event->getSrcIn().toSeconds(rate), event->getSrcOut().toSeconds(rate),
-                event->getDstIn().toSeconds(rate), event->getDstOut().toSeconds(rate)));
+            block->emplace_back(track, audioInfoQueries, srcIn, srcOut, dstIn, dstOut);
         }
+        std::vector<core::CutEventPtr> pieces;
+        pieces.reserve(block->size());
+        for (FakeCutEvent& piece : *block)
+            pieces.push_back(core::CutEventPtr(block, &piece));
         return std::make_shared<core::Cut>(event, std::move(pieces));
     }
 

@@ -66,6 +66,20 @@ TEST_F(AutomationWarningDetectAlgorithmTest, ValuesDifferingByExactlyOneHundredt
     EXPECT_DOUBLE_EQ(entries[0].start, 36028.0);
 }
 
+TEST_F(AutomationWarningDetectAlgorithmTest, AJumpOnAnyOfATracksManyCurvesWarns)
+{
+    // Six flat curves on Dia 1, and the last of them ramps 0.0 -> 0.8 over
+    // 36000-36008 like Dia 1's single curve above: a jump at the first seam
+    // only.
+    for (int curve = 0; curve < 5; ++curve)
+        dia1.point(curve, 36000.0, 0.5).point(curve, 36040.0, 0.5);
+    dia1.point(5, 36000.0, 0.0).point(5, 36008.0, 0.8);
+    const auto entries = detect();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_DOUBLE_EQ(entries[0].start, 36024.0);
+    EXPECT_EQ(entries[0].text, "Automation warning in Dia 1 ");
+}
+
 TEST_F(AutomationWarningDetectAlgorithmTest, CutsAFrameApartAreNoSeam)
 {
     changes.clear();
