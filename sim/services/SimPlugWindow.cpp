@@ -2,15 +2,15 @@
 
 #include "kelmar/view/ICloseWindowNotification.h"
 #include "sim/services/SimDisplay.h"
+#include "sim/services/SimHost.h"
 
 namespace montala::sim {
 
 using namespace Kelmar;
 
-SimPlugWindow::SimPlugWindow(std::string name, std::string windowTitle, IPtr<IPlugView> view, SimDisplay* display,
-                             WindowPlacement placement)
-    : windowName(std::move(name)), title(std::move(windowTitle)), plugView(std::move(view)), display(display),
-      placement(placement)
+SimPlugWindow::SimPlugWindow(std::string name, std::string windowTitle, IPtr<IPlugView> view, SimHost& host)
+    : windowName(std::move(name)), title(std::move(windowTitle)), plugView(std::move(view)), host(&host),
+      display(host.display()), placement(host.workspace())
 {
 }
 
@@ -66,6 +66,7 @@ tresult SimPlugWindow::close(int32)
         return kResultFalse;
     // Held: the notification may release the caller's reference.
     IPtr<SimPlugWindow> keep = shared(this);
+    host->record("close window " + windowName);
     detach();
     open = false;
     visible = false;

@@ -19,11 +19,15 @@ namespace montala::sim {
 //   show:   isPlatformTypeSupported, setFrame(this), attached(window), onSize
 //   resize: onSize, from the user (resize) or the view (resizeView)
 //   close:  removed, setFrame(null), the X11 window destroyed, then the
-//           close notification, then the view let go
+//           close notification, then the view let go; the host's lifecycle
+//           records "close window NAME"
+class SimHost;
+
 class SimPlugWindow : public SimBase, public Kelmar::IPlugWindow, public Kelmar::IPlugFrame {
 public:
-    SimPlugWindow(std::string name, std::string title, Kelmar::IPtr<Kelmar::IPlugView> view, SimDisplay* display,
-                  WindowPlacement placement = {});
+    // On `host`'s display, where the host places its windows now; headless
+    // without one.
+    SimPlugWindow(std::string name, std::string title, Kelmar::IPtr<Kelmar::IPlugView> view, SimHost& host);
     ~SimPlugWindow() override;
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
@@ -51,6 +55,7 @@ private:
     std::string windowName;
     std::string title;
     Kelmar::IPtr<Kelmar::IPlugView> plugView;
+    SimHost* host;
     SimDisplay* display; // the host's, or null
     WindowPlacement placement;
     unsigned long native = 0;

@@ -56,7 +56,7 @@ tresult SimSkinService::openWindow(const char8* name, IPlugController* controlle
             return kResultFailed;
         }
     }
-    auto created = owned(new SimPlugWindow(name, found->second, view, host->display(), host->workspace()));
+    auto created = owned(new SimPlugWindow(name, found->second, view, *host));
     opened.push_back(created);
     *window = created.get();
     return kResultOk;
