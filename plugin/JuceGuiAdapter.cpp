@@ -17,6 +17,8 @@ using namespace Kelmar;
 
 namespace {
 
+// The host's window that the view goes into: an HWND on Windows, an X11
+// window id on Linux, where JUCE makes its own window a child of it.
 #if defined(_WIN32)
 constexpr const char8* nativeParentType = kPlatformTypeHWND;
 #else
@@ -98,7 +100,9 @@ tresult JuceGuiAdapter::queryInterface(const FUID& iid, void** obj)
 
 tresult JuceGuiAdapter::isPlatformTypeSupported(const char8* type)
 {
-    // Byte by byte, the terminator included: "HWND" and nothing longer.
+    // Byte by byte, the terminator included: the one type of the system the
+    // module is built for ("HWND" on Windows, the X11 window id on Linux) and
+    // nothing longer.
     const std::size_t length = std::strlen(nativeParentType) + 1;
     if (type && std::memcmp(type, nativeParentType, length) == 0)
         return kResultOk;
