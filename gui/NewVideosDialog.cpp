@@ -27,8 +27,14 @@ NewVideosDialog::NewVideosDialog()
         styleLabel(texts[index], index == Title || index == Available || index == Assignment ? LookAndFeel::titleFont
                                                                                                 : LookAndFeel::regularFont);
         texts[index].setText(translated(captions[index]), juce::dontSendNotification);
+        // Black on the light panel; the header cells of the track rows are dark.
+        if (index != TrackName && index != OldVersion && index != NewVersion)
+            texts[index].setColour(juce::Label::textColourId, juce::Colours::black);
         addAndMakeVisible(texts[index]);
     }
+    texts[Title].setJustificationType(juce::Justification::centred);
+    texts[OldVersion].setJustificationType(juce::Justification::centred);
+    texts[NewVersion].setJustificationType(juce::Justification::centred);
     auto& header = videosTable.getHeader();
     for (int column : {VideoListTableModel::NameColumn, VideoListTableModel::UseColumn,
                        VideoListTableModel::StartColumn, VideoListTableModel::LengthColumn})
@@ -169,14 +175,49 @@ void NewVideosDialog::mouseDown(const juce::MouseEvent& event)
         setVisible(false);
 }
 
+// The panel, light grey over the greyed window, holds the track assignment
+// on black near its top and the pool's videos below it:
+//
+//   +------------- New Video Track Configuration -------------+
+//   | Video Track Assignment / hint                            |
+//   | [Video Track Name          ][Old Edit ][New Edit ]       |  header cells
+//   |  PICTURE                        [x]        [ ]           |
+//   |  ------------------------------------------------------  |
+//   |  NEW PICTURE                    [ ]        [x]           |
+//   | Available Videos in Pool / hint                          |
+//   | [ Name | Use as New Video | Start | Length ]             |
+//   +----------------------------------------------------------+
+namespace {
+
+juce::Rectangle<int> trackArea(juce::Rectangle<int> panel)
+{
+    return {panel.getX() + 16, panel.getY() + 96, 860, 100};
+}
+
+// The header cells of the track rows: name, old cut, new cut.
+std::array<juce::Rectangle<int>, 3> trackHeaderCells(juce::Rectangle<int> panel)
+{
+    const int y = trackArea(panel).getY() + 2;
+    return {juce::Rectangle<int>(panel.getX() + 18, y, 567, 27), juce::Rectangle<int>(panel.getX() + 589, y, 138, 27),
+            juce::Rectangle<int>(panel.getX() + 731, y, 143, 27)};
+}
+
+} // namespace
+
 void NewVideosDialog::paint(juce::Graphics& g)
 {
-    paintOverlayPanel(g, getPanelBounds());
     const juce::Rectangle<int> panel = getPanelBounds();
-    g.setColour(palette::strip);
-    g.fillRect(panel.getX() + 1, panel.getY() + 28, panel.getWidth() - 2, 35);
+    g.fillAll(juce::Colour(0x3A929395u));
+    g.setColour(juce::Colour(0xFF929395u));
+    g.fillRect(panel);
+    g.setColour(juce::Colours::black);
+    g.fillRect(trackArea(panel));
+    g.setColour(juce::Colour(0xFF565D63u));
+    for (const juce::Rectangle<int>& cell : trackHeaderCells(panel))
+        g.fillRect(cell);
+    // Between the two track rows.
     g.setColour(juce::Colour(0xFF8F8F8Fu));
-    g.fillRect(panel.getX() + 24, panel.getBottom() - 190, panel.getWidth() - 48, 1);
+    g.fillRect(panel.getX() + 24, panel.getY() + 162, 844, 1);
 }
 
 void NewVideosDialog::resized()
@@ -184,24 +225,24 @@ void NewVideosDialog::resized()
     const juce::Rectangle<int> panel = getPanelBounds();
     const int x = panel.getX() + 16;
     const int width = panel.getWidth() - 32;
-    int y = panel.getY();
+    const int y = panel.getY();
     texts[Title].setBounds(panel.getX(), y + 4, panel.getWidth(), 24);
-    texts[Title].setJustificationType(juce::Justification::centred);
-    texts[Available].setBounds(x, y + 32, width, 28);
-    texts[Hint].setBounds(x, y + 66, width, 24);
-    videosTable.setBounds(x, y + 96, width, panel.getHeight() - 300);
-    y = panel.getBottom() - 180;
-    texts[Assignment].setBounds(x, y, width, 24);
-    texts[AssignmentHint].setBounds(x, y + 26, width, 24);
-    texts[TrackName].setBounds(x, y + 60, 400, 24);
-    texts[OldVersion].setBounds(x + 420, y + 60, 200, 24);
-    texts[NewVersion].setBounds(x + 640, y + 60, 200, 24);
+    texts[Assignment].setBounds(x, y + 34, width, 24);
+    texts[AssignmentHint].setBounds(x, y + 62, width, 24);
+    const auto cells = trackHeaderCells(panel);
+    texts[TrackName].setBounds(cells[0].reduced(6, 0));
+    texts[OldVersion].setBounds(cells[1]);
+    texts[NewVersion].setBounds(cells[2]);
     for (size_t track = 0; track < 2; ++track) {
-        const int rowY = y + 90 + static_cast<int>(track) * 30;
-        trackNames[track]->setBounds(x, rowY, 400, 24);
-        oldSelect[track]->setBounds(x + 460, rowY, 28, 24);
-        newSelect[track]->setBounds(x + 680, rowY, 28, 24);
+        const int rowY = cells[0].getBottom() + 4 + static_cast<int>(track) * 36;
+        trackNames[track]->setBounds(cells[0].getX() + 6, rowY, cells[0].getWidth() - 12, 28);
+        oldSelect[track]->setBounds(cells[1].getCentreX() - 12, rowY, 28, 28);
+        newSelect[track]->setBounds(cells[2].getCentreX() - 12, rowY, 28, 28);
     }
+    const int videosY = trackArea(panel).getBottom() + 12;
+    texts[Available].setBounds(x, videosY, width, 24);
+    texts[Hint].setBounds(x, videosY + 28, width, 24);
+    videosTable.setBounds(x, videosY + 58, width, panel.getBottom() - 16 - (videosY + 58));
 }
 
 } // namespace montala::gui
