@@ -10,8 +10,16 @@ void CutList::append(const CutPtr& cut)
 {
     cuts.push_back(cut);
     startOrder.reset();
+    eventIndex.reset();
     if (cut && cut->getEvent())
         events.addEvent(cut->getEvent());
+}
+
+const EventListIndex& CutList::getEventIndex(const Framerate& rate) const
+{
+    if (!eventIndex || !(eventIndex->getFramerate() == rate))
+        eventIndex = std::make_unique<EventListIndex>(events, rate);
+    return *eventIndex;
 }
 
 std::map<double, CutPtr> CutList::getCutsByStart() const

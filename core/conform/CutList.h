@@ -2,8 +2,11 @@
 
 #include "core/conform/Cut.h"
 #include "core/events/EventList.h"
+#include "core/events/EventListIndex.h"
+#include "core/time/Framerate.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -37,10 +40,14 @@ public:
     // algorithm has put the pieces in their places, and working it out
     // reads every piece of every cut. The pointers live as long as the list.
     const std::vector<const Cut*>& getCutsInStartOrder() const;
+    // An index of the cuts' events at that rate, kept like the start order
+    // (until a cut is appended), for the detectors that look up by time.
+    const EventListIndex& getEventIndex(const Framerate& rate) const;
 
 private:
     std::vector<CutPtr> cuts;
     mutable std::optional<std::vector<const Cut*>> startOrder;
+    mutable std::unique_ptr<EventListIndex> eventIndex;
     EventList events{EventList::ChangeKind};
 };
 

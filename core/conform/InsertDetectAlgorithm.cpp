@@ -15,13 +15,7 @@ std::vector<InformationEntry> InsertDetectAlgorithm::detect(const CutList& cuts,
     if (!context.newList)
         throw Result::NotInitialized;
     advance(progress, 1);
-    EventList changeEvents(EventList::ChangeKind);
-    for (size_t i = 0; i < cuts.size(); ++i) {
-        const CutPtr& cut = cuts.getCut(i);
-        if (cut && cut->getEvent())
-            changeEvents.addEvent(cut->getEvent());
-    }
-    const EventListIndex index(changeEvents, context.framerate);
+    const EventListIndex& index = cuts.getEventIndex(context.framerate);
     advance(progress, 1);
 
     std::vector<InformationEntry> entries;

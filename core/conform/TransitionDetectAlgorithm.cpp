@@ -45,7 +45,7 @@ std::vector<InformationEntry> TransitionDetectAlgorithm::detect(const CutList& c
     });
     advance(progress, 1);
 
-    const EventListIndex index(cuts.getEvents(), rate);
+    const EventListIndex& index = cuts.getEventIndex(rate);
     std::erase_if(newTransitions, [&](const EventPtr& event) {
         return index.isInsideOneEvent(SecondsRange(event->getDstIn().toSeconds(rate), event->getDstOut().toSeconds(rate)));
     });

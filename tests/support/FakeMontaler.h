@@ -260,9 +260,15 @@ public:
             const size_t next = pattern ? firstAfter(pattern->pointFirst, pattern->pointPeriod, pattern->perPoint,
                                                      points.size(), position)
                                         : (grid++)->firstAfter(points, &AutomationPoint::time, position);
+            // The values of the pattern repeat: one remainder serves both
+            // neighbours, which are consecutive.
+            const size_t cycle = pattern ? pattern->values.size() : 1;
+            const size_t slot = next % cycle;
             const auto point = [&](size_t i) {
-                return pattern ? AutomationPoint{pattern->pointTime(i), pattern->values[i % pattern->values.size()]}
-                               : points[i];
+                if (!pattern)
+                    return points[i];
+                const size_t at = i == next ? slot : (slot == 0 ? cycle - 1 : slot - 1);
+                return AutomationPoint{pattern->pointTime(i), pattern->values[at]};
             };
             if (next > 0 && next < points.size())
                 info.automation[curve] = {point(next - 1).time, point(next - 1).value, point(next).time,
@@ -338,8 +344,10 @@ private:
     // the position (count if none), as std::upper_bound would answer.
     static size_t firstAfter(double first, double period, double perPeriod, size_t count, double position)
     {
-        const double estimate = std::floor((position - first) * perPeriod) + 1.0;
-        size_t i = estimate > 0.0 ? std::min(count, static_cast<size_t>(estimate)) : 0;
+        if (!(position >= first))
+            return 0;
+        const double estimate = (position - first) * perPeriod;
+        size_t i = estimate < static_cast<double>(count) ? static_cast<size_t>(estimate) + 1 : count;
         while (i > 0 && first + static_cast<double>(i - 1) * period > position)
             --i;
         while (i < count && first + static_cast<double>(i) * period <= position)
