@@ -10,6 +10,7 @@
 #include "gui/MainGui.h"
 #include "studio/AlertFace.h"
 #include "studio/FileDialogFace.h"
+#include "studio/HostKeys.h"
 #include "studio/ProgressWindowFace.h"
 #include "studio/Steps.h"
 #include "studio/Studio.h"
@@ -149,6 +150,14 @@ int run(const studio::StudioOptions& options, const char* argv0)
     });
     auto progress = std::make_unique<studio::ProgressWindowFace>(montala.simHost().progress(), &window->content());
     window->setVisible(true);
+    // Montala's window from the module reads its keys itself: the menu's
+    // keys are taken on the way, as a workstation takes its shortcuts.
+    std::unique_ptr<studio::HostKeys> keys;
+    if (montala.hasModule() && window->getPeer()) {
+        const auto native = reinterpret_cast<juce::pointer_sized_uint>(window->getPeer()->getNativeHandle());
+        keys = std::make_unique<studio::HostKeys>(static_cast<unsigned long>(native), studio::menuKeys(),
+                                                  [&window](const auto& key) { window->keyPressed(key); });
+    }
 
     if (options.scripted() && options.quit) {
         // Steps that end the program run on the window as it stands on
@@ -170,6 +179,7 @@ int run(const studio::StudioOptions& options, const char* argv0)
         });
     }
     juce::MessageManager::getInstance()->runDispatchLoop();
+    keys.reset();
     progress.reset();
     window.reset();
     return status;

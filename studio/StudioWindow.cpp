@@ -123,6 +123,15 @@ juce::PopupMenu buildMenu(Studio& studio, int index)
     return menu;
 }
 
+std::vector<juce::KeyPress> menuKeys()
+{
+    std::vector<juce::KeyPress> keys;
+    for (MenuItem item : {OpenItem, SaveItem, SaveAsItem, QuitItem, UndoItem, RedoItem, ReportItem})
+        keys.push_back(keyOf(item));
+    keys.push_back(juce::KeyPress('y', juce::ModifierKeys::commandModifier, 0));
+    return keys;
+}
+
 std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key)
 {
     for (MenuItem item : {OpenItem, SaveItem, SaveAsItem, QuitItem, UndoItem, RedoItem, ReportItem})

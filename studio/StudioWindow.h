@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace montala::gui {
 class MainGui;
@@ -39,6 +40,8 @@ juce::PopupMenu buildMenu(Studio& studio, int index);
 // save as, Ctrl+Z undo, Ctrl+Shift+Z or Ctrl+Y redo, Ctrl+Q quit (Cmd on a
 // Mac). Nothing for any other key.
 std::optional<MenuItem> menuItemForKey(const juce::KeyPress& key);
+// Every key that menuItemForKey knows.
+std::vector<juce::KeyPress> menuKeys();
 
 // What a user is asked before unsaved changes would be lost, and what they
 // chose. Asked only when there is something to lose.
