@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <unordered_map>
@@ -234,10 +236,36 @@ std::string join(const std::vector<std::string>& parts, size_t from, size_t to)
     return text;
 }
 
+// Filters of one --vfx pattern each, made once a pattern: making one
+// compiles a regular expression, and a long reel asks for the same few
+// patterns over and over.
+class PatternFilters {
+public:
+    // Null when the pattern rule does not take the texts.
+    const VfxNameFilter* of(const std::string& prefix, const std::string& postfix)
+    {
+        auto [found, added] = filters.try_emplace({prefix, postfix});
+        if (added) {
+            try {
+                auto filter = std::make_unique<VfxNameFilter>();
+                filter->setPatterns({{prefix, postfix}});
+                found->second = std::move(filter);
+            } catch (...) {
+                // A character the pattern rule does not take.
+            }
+        }
+        return found->second.get();
+    }
+
+private:
+    std::map<std::pair<std::string, std::string>, std::unique_ptr<VfxNameFilter>> filters;
+};
+
 // The --vfx pattern under which both names are one shot: the text around
 // the version number, with the prefix's digits as wildcards where that
 // still works, so that the other shots of the same naming match too.
-std::optional<std::string> vfxPatternFor(const std::string& oldName, const std::string& newName)
+std::optional<std::string> vfxPatternFor(const std::string& oldName, const std::string& newName,
+                                         PatternFilters& filters)
 {
     const std::vector<std::string> a = tokens(oldName);
     const std::vector<std::string> b = tokens(newName);
@@ -249,13 +277,14 @@ std::optional<std::string> vfxPatternFor(const std::string& oldName, const std::
     std::string general = prefix;
     std::replace_if(general.begin(), general.end(), [](char c) { return c >= '0' && c <= '9'; }, '*');
     for (const std::string& candidate : {general, prefix}) {
+        const VfxNameFilter* filter = filters.of(candidate, postfix);
+        if (!filter)
+            continue;
         try {
-            VfxNameFilter filter;
-            filter.setPatterns({{candidate, postfix}});
-            if (filter.normalize(oldName) == filter.normalize(newName))
+            if (filter->normalize(oldName) == filter->normalize(newName))
                 return candidate + ":" + postfix;
         } catch (...) {
-            // A character the pattern rule does not take: no suggestion.
+            // A prefix longer than a name it is tried on: no suggestion.
         }
     }
     return std::nullopt;
@@ -339,7 +368,8 @@ class GroupedIndex {
 public:
     void add(const std::string& group, const Range& range, size_t id)
     {
-        const auto found = groups.emplace(group, static_cast<uint32_t>(groups.size())).first;
+        // try_emplace makes no node for a group already known.
+        const auto found = groups.try_emplace(group, static_cast<uint32_t>(groups.size())).first;
         index.add(found->second, range.in, range.out, static_cast<uint32_t>(id));
     }
     void build() { index.build(); }
@@ -909,6 +939,7 @@ private:
     void suggest()
     {
         std::vector<std::string> patterns;
+        PatternFilters filters;
         // Renamed rolls: Old name -> New name, and how many shots matched
         // only by the other name.
         std::vector<std::pair<std::pair<std::string, std::string>, int>> renamed;
@@ -919,7 +950,7 @@ private:
             const EventBase& event = *news[index].event;
             const EventBase& old = *olds[trace.counterpart.old].event;
             if (trace.counterpart.reason == GapReason::VfxPattern) {
-                const std::optional<std::string> pattern = vfxPatternFor(names.byRule(old), names.byRule(event));
+                const std::optional<std::string> pattern = vfxPatternFor(names.byRule(old), names.byRule(event), filters);
                 if (!pattern || std::find(patterns.begin(), patterns.end(), *pattern) != patterns.end())
                     continue;
                 patterns.push_back(*pattern);
