@@ -321,8 +321,13 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
     transitionType = tree.readInt32();
     transitionDuration = tree.readInt32();
     reservedText = tree.readText();
-    std::string file = tree.readText();
-    edlFile = file.empty() ? nullptr : std::make_shared<const std::string>(std::move(file));
+    // The name the event already has is kept when it is the stored one:
+    // a list being read hands each event its predecessor's.
+    const std::string_view file = tree.readTextView();
+    if (file.empty())
+        edlFile = nullptr;
+    else if (!edlFile || *edlFile != file)
+        edlFile = std::make_shared<const std::string>(file);
     if (storedVersion <= 1)
         edlText = tree.readText();
     if (storedVersion == 0)
@@ -334,8 +339,9 @@ void EventBase::finishRead()
 {
     // States 0, 11 and 12 reflect the rate at the time of reading, whatever
     // the block said.
-    validateTimecodes();
-    computeMotionSpeed();
+    const Framerate rate = Timecode::currentFramerate();
+    validateTimecodes(rate);
+    computeMotionSpeed(rate);
     notifyChange();
 }
 

@@ -50,6 +50,11 @@ EventList& EventList::operator=(const EventList& other)
 
 EventList::~EventList()
 {
+    releaseEvents();
+}
+
+void EventList::releaseEvents()
+{
     // An event that only this list holds goes with it, listeners and all.
     for (const EventPtr& event : events) {
         if (event.use_count() > 1)
@@ -400,23 +405,28 @@ void EventList::readCurrent(serialize::SerializationTree& tree)
     if (count < 0)
         throw Result::BadStoredData;
     std::vector<EventPtr> loaded;
+    // Room for what the block can hold, at five bytes an event at least.
+    loaded.reserve(std::min<size_t>(static_cast<size_t>(count), tree.getSize() / 5));
     for (int32_t i = 0; i < count; ++i) {
         const int32_t type = tree.readInt32();
         if (type != EventBase::Plain && type != EventBase::Healed)
             throw Result::BadStoredData;
         EventPtr event = EventBase::create(type);
+        // Events of one file in a row share its name.
+        if (!loaded.empty())
+            event->setEdlFile(loaded.back()->getSharedEdlFile());
         tree.readObject(*event);
         loaded.push_back(std::move(event));
     }
-    {
-        BulkChange bulk(*this);
-        events = std::move(loaded);
-    }
+    releaseEvents();
+    events = std::move(loaded);
+    subscribeAll();
     notifyListChanged();
 }
 
 void EventList::write(serialize::SerializationTree& tree) const
 {
+    tree.reserve(tree.getSize() + events.size() * storedSizeGuess);
     tree.writeInt32(static_cast<int32_t>(events.size()));
     for (const EventPtr& event : events) {
         tree.writeInt32(event->getEventType());

@@ -27,6 +27,9 @@ class EventList : public serialize::Serializable,
                   public ChangeContextListenerInterface {
 public:
     static constexpr uint32_t currentVersion = 0;
+    // Bytes a stored event takes, generously: a plain one takes 81 and its
+    // names. Room reserved but never written is never touched either.
+    static constexpr size_t storedSizeGuess = 160;
 
     enum Kind { OldKind = 0, NewKind = 1, ChangeKind = 2 };
     enum RangeKind { Src = 0, Dst = 1 };
@@ -107,6 +110,8 @@ protected:
     // Takes the list out of (and back into) the listeners of all its events.
     void subscribeAll();
     void unsubscribeAll();
+    // Unsubscribes from the events that outlive the list's hold on them.
+    void releaseEvents();
     void notifyListChanged();
 
     // Keeps the list subscribed to its events on every way out of a bulk

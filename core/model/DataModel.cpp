@@ -212,6 +212,10 @@ void DataModel::restoreKeepingSettings(serialize::SerializationTree& tree)
 // Version 0 is the same without the video list.
 void DataModel::write(serialize::SerializationTree& tree) const
 {
+    // Room for the three lists at once: each regrowth of a block of
+    // megabytes costs its copy and fresh pages.
+    tree.reserve(tree.getSize() + EventList::storedSizeGuess *
+                                      (oldList.getSize() + newList.getSize() + changeList.getSize()));
     tree.writeObject(oldList);
     tree.writeObject(newList);
     tree.writeObject(changeList);

@@ -17,22 +17,6 @@ void Serializable::readOld(SerializationTree&, uint32_t)
 
 namespace {
 
-template <typename T>
-void appendLittleEndian(std::vector<uint8_t>& bytes, T value)
-{
-    for (size_t i = 0; i < sizeof(T); ++i)
-        bytes.push_back(static_cast<uint8_t>(static_cast<uint64_t>(value) >> (8 * i)));
-}
-
-template <typename T>
-T fromLittleEndian(const uint8_t* data)
-{
-    uint64_t value = 0;
-    for (size_t i = 0; i < sizeof(T); ++i)
-        value |= static_cast<uint64_t>(data[i]) << (8 * i);
-    return static_cast<T>(value);
-}
-
 std::array<uint32_t, 256> makeCrcTable()
 {
     std::array<uint32_t, 256> table{};
@@ -46,24 +30,6 @@ std::array<uint32_t, 256> makeCrcTable()
 }
 
 } // namespace
-
-void SerializationTree::writeByte(uint8_t value)
-{
-    bytes.push_back(value);
-    position = bytes.size();
-}
-
-void SerializationTree::writeInt32(int32_t value)
-{
-    appendLittleEndian(bytes, static_cast<uint32_t>(value));
-    position = bytes.size();
-}
-
-void SerializationTree::writeInt64(int64_t value)
-{
-    appendLittleEndian(bytes, static_cast<uint64_t>(value));
-    position = bytes.size();
-}
 
 void SerializationTree::writeDouble(double value)
 {
@@ -79,12 +45,7 @@ void SerializationTree::writeFloat(float value)
     writeInt32(raw);
 }
 
-void SerializationTree::writeBool(bool value)
-{
-    writeByte(value ? 1 : 0);
-}
-
-void SerializationTree::writeText(const std::string& text)
+void SerializationTree::writeText(std::string_view text)
 {
     writeInt32(static_cast<int32_t>(text.size()));
     bytes.insert(bytes.end(), text.begin(), text.end());
@@ -97,28 +58,9 @@ void SerializationTree::writeObject(const Serializable& object)
     object.write(*this);
 }
 
-const uint8_t* SerializationTree::take(size_t count)
+void SerializationTree::throwExhausted()
 {
-    if (position > bytes.size() || count > bytes.size() - position)
-        throw Result::StreamExhausted;
-    const uint8_t* data = bytes.data() + position;
-    position += count;
-    return data;
-}
-
-uint8_t SerializationTree::readByte()
-{
-    return *take(1);
-}
-
-int32_t SerializationTree::readInt32()
-{
-    return static_cast<int32_t>(fromLittleEndian<uint32_t>(take(4)));
-}
-
-int64_t SerializationTree::readInt64()
-{
-    return static_cast<int64_t>(fromLittleEndian<uint64_t>(take(8)));
+    throw Result::StreamExhausted;
 }
 
 double SerializationTree::readDouble()
@@ -137,18 +79,13 @@ float SerializationTree::readFloat()
     return value;
 }
 
-bool SerializationTree::readBool()
-{
-    return readByte() != 0;
-}
-
-std::string SerializationTree::readText()
+std::string_view SerializationTree::readTextView()
 {
     const uint32_t length = readUInt32();
     if (length == 0)
         return {};
     const uint8_t* data = take(length);
-    return std::string(reinterpret_cast<const char*>(data), length);
+    return std::string_view(reinterpret_cast<const char*>(data), length);
 }
 
 void SerializationTree::readObject(Serializable& object)

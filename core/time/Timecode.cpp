@@ -408,11 +408,10 @@ void Timecode::readCurrent(serialize::SerializationTree& tree)
 void Timecode::write(serialize::SerializationTree& tree) const
 {
     // A field above 255 loses its high bits: valid timecodes never have one.
-    tree.writeByte(static_cast<uint8_t>(hours));
-    tree.writeByte(static_cast<uint8_t>(minutes));
-    tree.writeByte(static_cast<uint8_t>(seconds));
-    tree.writeByte(static_cast<uint8_t>(frames));
-    tree.writeBool(initialized);
+    const uint8_t stored[5] = {static_cast<uint8_t>(hours), static_cast<uint8_t>(minutes),
+                               static_cast<uint8_t>(seconds), static_cast<uint8_t>(frames),
+                               static_cast<uint8_t>(initialized ? 1 : 0)};
+    tree.writeBytes(stored, sizeof stored);
 }
 
 void Timecode::readOld(serialize::SerializationTree& tree, uint32_t storedVersion)

@@ -292,6 +292,25 @@ TEST_F(StoredFormTest, EventListRefusesUnknownEventTypesAndKeepsItsEvents)
     EXPECT_EQ(Result::NotSupported, thrownCode([&] { list.readOld(older, 0); }));
 }
 
+TEST_F(StoredFormTest, EventListReadsBackEachEventsOwnFileName)
+{
+    // Reading hands each event the name before it; a different one must
+    // still win, and so must none.
+    EventList list(EventList::OldKind);
+    for (const char* file : {"reel1.edl", "reel1.edl", "", "reel2.edl", "reel1.edl"}) {
+        auto event = std::make_shared<EventBase>();
+        event->setEdlFile(file);
+        list.addEvent(event);
+    }
+    EventList read(EventList::OldKind);
+    SerializationTree tree = treeOf(storedBytes(list));
+    tree.readObject(read);
+    std::vector<std::string> files;
+    for (const EventPtr& event : read.getEvents())
+        files.push_back(event->getEdlFile());
+    EXPECT_EQ(files, (std::vector<std::string>{"reel1.edl", "reel1.edl", "", "reel2.edl", "reel1.edl"}));
+}
+
 TEST_F(StoredFormTest, BlocksCutAnywhereAreExhaustedNeverMisread)
 {
     auto healed = std::make_shared<HealedEvent>();
