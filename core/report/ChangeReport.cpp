@@ -743,7 +743,7 @@ private:
         row.clip = event.getClipName();
         row.newIn = shot.record.in;
         row.newOut = shot.record.out;
-        row.carriedBy = trace.refs;
+        row.carriedBy = std::move(traces[index].refs); // the trace's last use
         int old = trace.old;
         // Frames carried only for another shot laid over this one say
         // nothing of it.

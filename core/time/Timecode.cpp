@@ -204,27 +204,12 @@ bool Timecode::operator<(const Timecode& other) const
     return frames < other.frames;
 }
 
-bool Timecode::isValid(const Framerate& rate) const
-{
-    // Unsigned comparisons, so that a negative field fails as well.
-    if (static_cast<unsigned>(hours) > 23 || static_cast<unsigned>(minutes) > 59
-        || static_cast<unsigned>(seconds) > 59)
-        return false;
-    if (frames < 0 || frames >= rate.fps)
-        return false;
-    if (rate.dropMode != 1)
-        return true;
-    // Drop frame: frames 0 and 1 of the first second of every minute that is
-    // not a tenth minute do not exist.
-    return minutes % 10 == 0 || seconds != 0 || frames >= 2;
-}
-
 bool Timecode::isValid() const
 {
     return isValid(currentFramerate());
 }
 
-int Timecode::toFrames(const Framerate& rate) const
+int Timecode::countFrames(const Framerate& rate) const
 {
     if (frames > rate.fps)
         throw Result::FramesAboveRate;
