@@ -94,7 +94,9 @@ std::vector<Track> TakingPart::movingHome(Project& project) const
                 home.push_back(track);
             continue;
         }
-        if (track.isLocked())
+        // The new cut's picture is written at home after the run, from the
+        // new videos; with none, the track keeps what it holds.
+        if (track.isLocked() || track.isVideoTrack())
             continue;
         // What the run wrote on its marker tracks comes home in any case.
         if (chosen(track) || (track.isMarkerTrack() && MontalaTracks::holdsRunOutput(track)))

@@ -69,18 +69,33 @@ TEST_F(ApplyRunTest, EachPlaceOfTheNewCutPlaysWhatTheOldCutHadThere)
 
 TEST_F(ApplyRunTest, TheNewCutsVideosLieOnTheNewVideoTrackAtTheirPlaces)
 {
-    startOn(smallSession());
+    // The new cut's picture already on its track, from the start.
+    std::string session = smallSession();
+    const std::string picture = R"({"kind": "video", "name": "Picture")";
+    session.replace(session.find(picture), 0, R"({"kind": "video", "name": "New Video", "attributes": {"Montala:VideoType": 8},
+      "events": [{"kind": "video", "start": "01:00:00:00", "end": "01:00:30:00", "clip": 1, "offset": 0}]},
+    )");
+    startOn(session);
     swapHalves();
+    const auto placed = [&] {
+        std::vector<std::pair<double, double>> spans;
+        for (const TrackEvent& event : track("New Video").getEvents())
+            spans.emplace_back(event.getStart(), event.getEnd());
+        return spans;
+    };
+    using Spans = std::vector<std::pair<double, double>>;
+
+    // Without new videos the track keeps what it holds.
+    ASSERT_EQ(conform(), Result::Ok);
+    EXPECT_EQ(placed(), (Spans{{0.0, 30.0}}));
+
     {
         core::ScopedFramerateProvider rate(&active());
         model().getVideoList().addEntry(
             core::VideoList::Entry("/media/old.mov", montala::test::tc("01:00:05:00"), montala::test::tc("00:00:10:00")));
     }
     ASSERT_EQ(conform(), Result::Ok);
-    const std::vector<TrackEvent> placed = track("New Video").getEvents();
-    ASSERT_EQ(placed.size(), 1u);
-    EXPECT_DOUBLE_EQ(placed[0].getStart(), 5.0);
-    EXPECT_DOUBLE_EQ(placed[0].getEnd(), 15.0);
+    EXPECT_EQ(placed(), (Spans{{5.0, 15.0}}));
 }
 
 TEST_F(ApplyRunTest, LockedAndUnselectedTracksKeepTheirOldArrangementAndAreReported)
