@@ -274,26 +274,37 @@ void appendPadded(std::string& row, const std::string& text, size_t width)
     row += ' ';
 }
 
-void printRow(std::ostream& out, const EventBase& event, const char* indent)
+void appendRow(std::string& row, const EventBase& event, const char* indent)
 {
-    char number[16];
-    std::snprintf(number, sizeof number, "%-5d ", event.getEventNumber());
-    std::string row = indent;
-    row += number;
+    row += indent;
+    const size_t numberStart = row.size();
+    appendNumber(row, event.getEventNumber());
+    if (row.size() - numberStart < 5)
+        row.append(5 - (row.size() - numberStart), ' ');
+    row += ' ';
     appendPadded(row, event.getRollName(), 12);
     appendPadded(row, event.getClipName(), 24);
     appendPadded(row, transitionText(event), 6);
-    row += event.getSrcIn().toString() + ' ' + event.getSrcOut().toString() + ' ' + event.getDstIn().toString() + ' ' +
-           event.getDstOut().toString();
-    char speed[32];
-    if (hasSpeed(event))
-        std::snprintf(speed, sizeof speed, " %7.3f  ", event.getMotionSpeed());
-    else
-        std::snprintf(speed, sizeof speed, " %7s  ", "");
-    row += speed;
+    row += event.getSrcIn().toString();
+    row += ' ';
+    row += event.getSrcOut().toString();
+    row += ' ';
+    row += event.getDstIn().toString();
+    row += ' ';
+    row += event.getDstOut().toString();
+    if (hasSpeed(event) && event.getMotionSpeed() == 1.0) {
+        // As " %7.3f  " prints it, without a formatted print for most rows.
+        row += "   1.000  ";
+    } else {
+        char speed[32];
+        if (hasSpeed(event))
+            std::snprintf(speed, sizeof speed, " %7.3f  ", event.getMotionSpeed());
+        else
+            std::snprintf(speed, sizeof speed, " %7s  ", "");
+        row += speed;
+    }
     row += stateLine(event);
     row += '\n';
-    out << row;
 }
 
 } // namespace
@@ -304,13 +315,22 @@ void printEventTable(std::ostream& out, const EventList& list)
     std::snprintf(header, sizeof header, "%-5s %-12s %-24s %-6s %-11s %-11s %-11s %-11s %7s  %s\n", "EVENT",
                   "ROLL", "CLIP NAME", "TRANS", "SRC IN", "SRC OUT", "DST IN", "DST OUT", "SPEED", "STATE");
     out << header;
+    // Written in pieces of about 64 KB, as the JSON is.
+    constexpr size_t piece = 65536;
+    std::string text;
+    text.reserve(piece + 4096);
     for (const core::EventPtr& event : list.getEvents()) {
-        printRow(out, *event, "");
+        appendRow(text, *event, "");
         if (const auto* healed = dynamic_cast<const core::HealedEvent*>(event.get())) {
             for (const core::EventPtr& part : healed->getHealedEvents().getEvents())
-                printRow(out, *part, "  ");
+                appendRow(text, *part, "  ");
+        }
+        if (text.size() >= piece) {
+            out.write(text.data(), static_cast<std::streamsize>(text.size()));
+            text.clear();
         }
     }
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out << "Total: " << list.getSize() << "\n";
     out << "Invalid: " << list.countFlawedEvents() << "\n";
 }

@@ -289,8 +289,9 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     report.lines.clear();
     report.eventLines.clear();
     pending.clear();
-    // An event takes a line or two; a guess saves most regrowing.
-    pending.reserve(textSize / 160);
+    // Nearly every event line takes 58 bytes or more: room for that many
+    // spares regrowing.
+    pending.reserve(textSize / 58 + 1);
     edlFile = std::make_shared<const std::string>(edlFileName);
     dummy = PendingEvent{};
     dummy.event = std::make_shared<EventBase>();

@@ -499,7 +499,7 @@ private:
                         return entry.second;
                 return fromOld.emplace_back(old, 0).second;
             };
-            std::vector<Range> pieces;
+            pieces.clear();
             carrierByDst.find("", shot.record, carrierIds);
             for (uint32_t id : carrierIds) {
                 const Carrier& carrier = carriers[id];
@@ -540,7 +540,7 @@ private:
             // The frames no Change event covers and no earlier New shot
             // claimed.
             int from = std::max(shot.record.in, claimed);
-            std::vector<Range> holes;
+            holes.clear();
             for (const Range& covered : trace.covered) {
                 if (covered.in > from)
                     holes.push_back({from, std::min(covered.in, shot.record.out)});
@@ -1003,6 +1003,8 @@ private:
     std::vector<std::pair<int, int>> fromOld;
     std::vector<uint32_t> carrierIds;
     std::vector<uint32_t> oldIds;
+    std::vector<Range> pieces;
+    std::vector<Range> holes;
     std::vector<bool> gone;
     ChangeReport report;
 };
