@@ -232,6 +232,15 @@ std::optional<std::int64_t> montalaType(const SimObject& track)
 
 constexpr std::int64_t memosType = static_cast<std::int64_t>(host::TrackType::Memos);
 
+// The new cut's picture, which Montala writes afresh after each run from the
+// chosen new videos: it is not the old material carried to the new cut.
+bool holdsTheNewPicture(const SimObject& track)
+{
+    const auto type = track.attributes().find("Montala:VideoType");
+    return track.kind() == ObjectKind::VideoTrack && type != track.attributes().end() && type->second.isInt()
+           && (type->second.getInt() & 0xFF) == static_cast<std::int64_t>(host::TrackType::NewVideo);
+}
+
 // Audio, video and the user's marker tracks. Of the tracks Montala writes its
 // own reports on, the memos are the user's, and go with the picture like any
 // marker.
@@ -239,6 +248,8 @@ bool audited(const SimObject& track)
 {
     if (track.kind() == ObjectKind::MarkerTrack)
         return montalaType(track).value_or(memosType) == memosType;
+    if (holdsTheNewPicture(track))
+        return false;
     return track.kind() == ObjectKind::AudioTrack || track.kind() == ObjectKind::VideoTrack;
 }
 

@@ -103,6 +103,19 @@ TEST_F(SyncAuditTest, CatchesOneTrackOneFrameOffAndALockedTrackThatChanged)
     EXPECT_TRUE(track(touched, "EFFECTS/FX 1").ok());
 }
 
+TEST_F(SyncAuditTest, TheNewPictureMontalaWritesIsNotJudgedAsOldMaterial)
+{
+    // PICTURE marked as the new cut's picture track, and rewritten by the run.
+    for (sim::SimProject* project : {before.get(), after.get()})
+        project->findTrack(u"PICTURE")->setAttribute("Montala:VideoType", Kelmar::FVariant(Kelmar::int64{8}), 1);
+    sim::SimObject* picture = after->findTrack(u"PICTURE");
+    picture->removeChild(picture->children().front().get());
+    const AuditReport report = audit();
+    EXPECT_TRUE(report.inSync());
+    EXPECT_TRUE(std::none_of(report.tracks.begin(), report.tracks.end(),
+                             [](const TrackAudit& audited) { return audited.name == "PICTURE"; }));
+}
+
 TEST_F(SyncAuditTest, CatchesAutomationAndMarkersOffNamingTrackParameterAndPlace)
 {
     // FX 1's mute ends a frame late, at 01:00:16:24 instead of 01:00:16:23.
