@@ -21,19 +21,6 @@ juce::Image snapshot(juce::Component& component)
     return component.createComponentSnapshot(component.getLocalBounds(), true, 1.0f);
 }
 
-TEST_F(LookAndFeelTest, FontKindsOutsideTheTableAreRefused)
-{
-    for (const int kind : {-1, 8, 14, 100}) {
-        SCOPED_TRACE(kind);
-        try {
-            LookAndFeel::getFont(kind);
-            ADD_FAILURE() << "no throw";
-        } catch (util::Result::Type code) {
-            EXPECT_EQ(code, util::Result::InvalidArgument);
-        }
-    }
-}
-
 // A character that a font lacks is not left out: FreeType hands out the
 // font's missing glyph, a box. So a character counts as drawn when its
 // outline is not empty and is not that box.

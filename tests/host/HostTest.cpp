@@ -42,23 +42,6 @@ TEST_F(HostTest, AChangeOfTheModelInTheWindowIsOneStepOnTheHostsUndoList)
     EXPECT_FALSE(core::DataModelChangeScope("Edit Event").isRecording());
 }
 
-TEST_F(HostTest, TheCycleIsTheTransportsAndRefusesAnEndBeforeItsStart)
-{
-    startOn(smallSession());
-    montala->setCycle(4.0, 9.0);
-    double start = 0.0;
-    double end = 0.0;
-    montala->getCycle(start, end);
-    EXPECT_EQ(start, 4.0);
-    EXPECT_EQ(end, 9.0);
-    EXPECT_EQ(montala::test::thrownCode([&] { montala->setCycle(9.0, 4.0); }), Result::InvalidArgument);
-    EXPECT_EQ(hostProject->cycleLeft, 4.0);
-
-    montala->setCursor(7.5);
-    EXPECT_EQ(hostProject->cursor, 7.5);
-    EXPECT_EQ(montala->getCursor(), 7.5);
-}
-
 TEST_F(HostTest, WithoutAProjectTheSlotsAnswerRatherThanReachTheHost)
 {
     startOn(smallSession());

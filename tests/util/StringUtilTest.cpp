@@ -12,14 +12,6 @@ using montala::util::ScopedStringConverter;
 using montala::util::StringConverter;
 using montala::util::StringUtil;
 
-TEST(StringUtil, TrimTakesOnlyBlanksTabsAndLineEndsFromTheEdges)
-{
-    EXPECT_EQ(StringUtil::trim("   "), "");
-    EXPECT_EQ(StringUtil::trim("\tA B\r\n"), "A B");
-    EXPECT_EQ(StringUtil::trim(""), "");
-    EXPECT_EQ(StringUtil::trim("\vA\v"), "\vA\v");
-}
-
 TEST(StringUtil, SplitKeepsBlankPiecesButDropsEmptyOnesWhenAsked)
 {
     EXPECT_EQ(StringUtil::split("A::B", ':', true), (std::vector<std::string>{"A", "B"}));
@@ -68,15 +60,6 @@ TEST(StringUtil, CarriageReturnFilesAreToldFromLineFeedFiles)
     // line is trimmed away by the reader.
     EXPECT_TRUE(StringUtil::usesCarriageReturns(crLf));
     EXPECT_FALSE(StringUtil::usesCarriageReturns(lf));
-}
-
-TEST(StringUtil, SafeTextReplacesEachControlAndNonAsciiByte)
-{
-    StringConverter converter;
-    ScopedStringConverter scope(converter);
-    EXPECT_EQ(StringUtil::toSafeText(u"a\tb"), "a?b");
-    EXPECT_EQ(StringUtil::toSafeText(u"M\u00fcller"), "M??ller");
-    EXPECT_EQ(StringUtil::toSafeText(u"x\u007f"), "x?");
 }
 
 TEST(StringConverter, RoundTripsEveryPlaneAndRefusesBrokenBytes)

@@ -36,18 +36,6 @@ protected:
 
 } // namespace
 
-TEST_F(EventListTest, ListReportsEventChangesWithItsKindAndIgnoresListContexts)
-{
-    EventList list(EventList::NewKind);
-    montala::test::ChangeRecorder recorder;
-    list.addListener(&recorder);
-    list.addEvent(a);
-    a->setRollName("A002");
-    list.changed(EventListChangeContext(2));
-    EXPECT_EQ(recorder.listKinds, (std::vector<int>{1, 1}));
-    list.removeListener(&recorder);
-}
-
 TEST_F(EventListTest, SharedEventReportsToEveryListHoldingIt)
 {
     EventList first(EventList::OldKind);

@@ -332,35 +332,6 @@ TEST_F(DataModelTest, FindsTheEventsAChangeEventCameFrom)
     EXPECT_EQ(0u, model.findOldEvents(invalid).getSize());
 }
 
-TEST_F(DataModelTest, PropertiesPreviewAndNotification)
-{
-    Variant value("unchanged");
-    EXPECT_EQ(Result::InvalidArgument, model.getProperty(PropertyKey::OldSelectedRows, value));
-    EXPECT_EQ("unchanged", value.asText());
-    EXPECT_FALSE(model.isPreviewActive());
-    model.setPreviewActive(true);
-    EXPECT_TRUE(model.isPreviewActive());
-    model.setProperty(PropertyKey::OldSelectedRows, Variant("1,2,5"));
-    model.setProperty(PropertyKey::OldSelectedRows, Variant("3"));
-    ASSERT_EQ(Result::Ok, model.getProperty(PropertyKey::OldSelectedRows, value));
-    EXPECT_EQ("3", value.asText());
-
-    EXPECT_EQ(Result::NotInitialized, thrownCode([&] { model.notifyPreviewChanged(); }));
-    model.setNotifier(&notifier);
-    model.notifyPreviewChanged();
-    // Setting values is silent; the parts' changes pass through.
-    model.setProperty(1, Variant(1));
-    model.getSettings().setBRollRenaming(false);
-    model.getVideoList().addEntry({"a.mov", tc("10:00:00:00"), tc("00:00:10:00")});
-    EXPECT_EQ((std::vector<int>{ChangeContext::PreviewKind, ChangeContext::SettingsKind,
-                                ChangeContext::VideoListKind}),
-              notifier.kinds);
-
-    model.clearAll();
-    EXPECT_TRUE(isEmpty(model));
-    EXPECT_TRUE(model.getSettings().getBRollRenaming());
-}
-
 TEST_F(DataModelTest, RevalidatesEveryListAtANewRateWithOneReport)
 {
     loadCut(model);

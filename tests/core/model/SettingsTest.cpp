@@ -97,28 +97,6 @@ TEST_F(SettingsTest, NewProjectStartsFromTheDefaultsWithThreeEmptyVfxRows)
     EXPECT_FALSE(settings.getCreateVirginTerritories());
     EXPECT_FALSE(settings.getRestrictRange());
     EXPECT_EQ(settings.getRestrictedRange(), std::make_pair(0.0, 0.0));
-
-    EXPECT_EQ(Settings::getText(HealProcessingMode::GapsWithoutInserts), "Gaps without Inserts");
-    EXPECT_EQ(Settings::getText(static_cast<HealProcessingMode>(4)), "");
-    EXPECT_EQ(Settings::getText(MatchName::ClipName), "Clip Name");
-    EXPECT_EQ(Settings::getText(ApplyTo::SelectedTracks), "Selected Tracks");
-}
-
-TEST_F(SettingsTest, ShownOptionsNotifyOnEverySetEvenWhenUnchanged)
-{
-    settings.setMatchName(MatchName::RollName);
-    settings.setHealProcessing(HealProcessingMode::Normal);
-    settings.setApplyTo(ApplyTo::AllTracks);
-    settings.setSnippetMarkerFrames(5);
-    settings.setCreateDestinationMarkers(true);
-    settings.setCreateTransitionMarkers(true);
-    settings.setCreateInsertMarkers(true);
-    settings.setCreateSnippetMarkers(true);
-    settings.setCreateAutomationWarningMarkers(true);
-    settings.setCreateOverlapMarkers(true);
-    settings.setBRollRenaming(true);
-    EXPECT_EQ(listener.count(), 11);
-    EXPECT_EQ(listener.kinds.back(), ChangeContext::SettingsKind);
 }
 
 TEST_F(SettingsTest, RunOnlyOptionsAndVfxRowsAreStoredSilently)

@@ -80,23 +80,5 @@ TEST(VariantStoredForm, ReadsFloatsUnknownTypesAndVersionZero)
     EXPECT_EQ(Result::UnknownVersion, thrownCode([&] { value.readOld(cut, 5); }));
 }
 
-TEST(VariantValues, AssignmentKeepsOnlyTheFieldOfTheNewType)
-{
-    Variant value("text");
-    value = Variant(2.75);
-    EXPECT_EQ(Variant::Double, value.getType());
-    EXPECT_EQ("", value.asText());
-    EXPECT_EQ(2, value.asInt());
-    value = Variant("again");
-    EXPECT_EQ(0.0, value.asDouble());
-    EXPECT_FALSE(value.asBool());
-    // A literal is text, not a bool.
-    EXPECT_EQ(Variant::Text, Variant("x").getType());
-    // Truncation towards zero, and no undefined conversion outside int.
-    EXPECT_EQ(-2, Variant(-2.9).asInt());
-    EXPECT_EQ(2147483647, Variant(1e300).asInt());
-    EXPECT_EQ(0, readBack({1, 0, 0, 0, 2, 0, 0, 0, 0x00, 0x00, 0xC0, 0x7F}).asInt());
-}
-
 } // namespace
 } // namespace montala::core

@@ -73,14 +73,6 @@ TEST(Timecode, PrintFormIsNeverCut)
     EXPECT_EQ(Timecode(0, 0, 0, -1).toString(), "00:00:00:-1");
 }
 
-TEST(Timecode, OrderIsLexicographicOnTheFourFields)
-{
-    EXPECT_LT(Timecode(0, 59, 59, 24), Timecode(1, 0, 0, 0));
-    EXPECT_GT(Timecode(1, 0, 0, 1), Timecode(1, 0, 0, 0));
-    EXPECT_GE(Timecode(1, 0, 0, 0), Timecode(1, 0, 0, 0));
-    EXPECT_LT(Timecode(0, 0, 0, -1), Timecode::zero());
-}
-
 TEST(Timecode, ValidityAtNonDrop)
 {
     EXPECT_TRUE(Timecode(0, 0, 0, 24).isValid(ndf25));
