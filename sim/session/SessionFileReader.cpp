@@ -14,6 +14,7 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -345,26 +346,27 @@ private:
         }
     }
 
-    static ObjectKind trackKind(const std::string& kind, const std::string& place)
+    // The kind named `text`, one of `kinds` by their names in the file.
+    static ObjectKind kindOf(const std::string& text, std::initializer_list<ObjectKind> kinds, const char* what,
+                             const std::string& place)
     {
-        if (kind == "audio")
-            return ObjectKind::AudioTrack;
-        if (kind == "video")
-            return ObjectKind::VideoTrack;
-        if (kind == "marker")
-            return ObjectKind::MarkerTrack;
-        if (kind == "folder")
-            return ObjectKind::Folder;
-        if (kind == "ruler")
-            return ObjectKind::RulerTrack;
-        throw Failure{place, quote(kind) + " is no track kind (audio, video, marker, folder, ruler)"};
+        std::string names;
+        for (const ObjectKind kind : kinds) {
+            if (text == kindName(kind))
+                return kind;
+            names += (names.empty() ? "" : ", ") + std::string(kindName(kind));
+        }
+        throw Failure{place, quote(text) + " is no " + what + " kind (" + names + ")"};
     }
 
     // `depth` counts the folders around the track.
     IPtr<SimObject> track(const Json& value, const std::string& place, int depth)
     {
         ObjectReader fields(value, place);
-        const ObjectKind kind = trackKind(textOf(fields.need("kind"), fields.at("kind")), fields.at("kind"));
+        const ObjectKind kind = kindOf(textOf(fields.need("kind"), fields.at("kind")),
+                                       {ObjectKind::AudioTrack, ObjectKind::VideoTrack, ObjectKind::MarkerTrack,
+                                        ObjectKind::Folder, ObjectKind::RulerTrack},
+                                       "track", fields.at("kind"));
         IPtr<SimObject> result = SimObject::create(kind);
         SimObject::Fields values;
         if (const Json* name = fields.find("name"))
@@ -402,28 +404,16 @@ private:
         return result;
     }
 
-    static ObjectKind eventKind(const std::string& kind, const std::string& place)
-    {
-        if (kind == "audio")
-            return ObjectKind::AudioEvent;
-        if (kind == "part")
-            return ObjectKind::Part;
-        if (kind == "video")
-            return ObjectKind::VideoEvent;
-        if (kind == "point")
-            return ObjectKind::PointMarker;
-        if (kind == "range")
-            return ObjectKind::RangeMarker;
-        throw Failure{place, quote(kind) + " is no event kind (audio, part, video, point, range)"};
-    }
-
     // An event of `container`; inside a part, times are lengths from the
     // part's start.
     IPtr<SimObject> event(const Json& value, const std::string& place, const SimObject& container)
     {
         ObjectReader fields(value, place);
         const std::string kindText = textOf(fields.need("kind"), fields.at("kind"));
-        const ObjectKind kind = eventKind(kindText, fields.at("kind"));
+        const ObjectKind kind = kindOf(kindText,
+                                       {ObjectKind::AudioEvent, ObjectKind::Part, ObjectKind::VideoEvent,
+                                        ObjectKind::PointMarker, ObjectKind::RangeMarker},
+                                       "event", fields.at("kind"));
         if (!container.accepts(kind))
             throw Failure{fields.at("kind"), "a " + std::string(kindName(container.kind())) + " "
                                                  + (container.kind() == ObjectKind::Part ? "part" : "track")
