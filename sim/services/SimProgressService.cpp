@@ -2,6 +2,8 @@
 
 #include "kelmar/base/String.h"
 
+#include <string>
+
 namespace montala::sim {
 
 using namespace Kelmar;
@@ -64,7 +66,16 @@ tresult SimProgressService::setText(const char16* text)
 
 tresult SimProgressService::advance(int64 count)
 {
-    log.push_back("advance " + std::to_string(count));
+    // A run of advances is one line with their sum: a feature's run takes
+    // millions of steps.
+    const bool inRow = !log.empty() && log.size() == advanceLine;
+    advanceSum = inRow ? advanceSum + count : count;
+    const std::string line = "advance " + std::to_string(advanceSum);
+    if (inRow)
+        log.back() = line;
+    else
+        log.push_back(line);
+    advanceLine = log.size();
     currentPosition += count;
     advanced += count;
     checkCancel();

@@ -11,7 +11,8 @@
 namespace montala::sim {
 
 // The progress window. It keeps every call, in order, as a line such as
-// "setTotal 12", and the state a user would see. A test makes the user press
+// "setTotal 12" (advances in a row as one, "advance 40"), and the state a
+// user would see. A test makes the user press
 // cancel after a number of steps: the service then writes 1 through the
 // cancel flag, as the host does.
 class SimProgressService : public SimBase, public Kelmar::IProgressService {
@@ -55,6 +56,9 @@ private:
     void tellFace();
 
     std::vector<std::string> log;
+    // The length of the log when its last line was an advance, and their sum.
+    std::size_t advanceLine = 0;
+    std::int64_t advanceSum = 0;
     std::u16string currentTitle;
     std::u16string currentText;
     std::int64_t currentPosition = 0;
