@@ -262,7 +262,6 @@ void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, 
     tracks.forgetChains();
     const double low = tracks.toHost(to).seconds;
     const double high = tracks.toHost({to.seconds + length}).seconds;
-    auto list = getService<Kelmar::IObjectList>(tracks.getServices());
     for (const Track& track : onTracks) {
         auto context = tracks.editContext(track.object().get());
         for (const TrackEvent& event : track.getEvents()) {
@@ -271,12 +270,55 @@ void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, 
             if (event.getStart() >= low - core::positionTolerance && event.getEnd() <= high + core::positionTolerance)
                 check(edit.removeObject(context.get(), event.getObject()));
         }
-        check(list->add(track.getHostTrack()));
     }
+    // A track at a time: its range comes home, then what of it lay inside
+    // the range behind goes, so that the home copies and the work area are
+    // never all alive at once. The range is deleted on all tracks afterwards
+    // as before; it then finds only what crosses its edges, and the tracks
+    // that did not move.
     const Absolute fromEnd{from.seconds + length};
-    copyRange(edit, from, fromEnd, to, list.get());
-    check(edit.deleteRange(tracks.getHostProject(), tracks.toHost(from).seconds, tracks.toHost(fromEnd).seconds, 0));
+    const double behindStart = tracks.toHost(from).seconds;
+    const double behindEnd = tracks.toHost(fromEnd).seconds;
+    for (const Track& track : onTracks) {
+        auto one = getService<Kelmar::IObjectList>(tracks.getServices());
+        check(one->add(track.getHostTrack()));
+        copyRange(edit, from, fromEnd, to, one.get());
+        takeAwayInside(edit, track, behindStart, behindEnd);
+    }
+    check(edit.deleteRange(tracks.getHostProject(), behindStart, behindEnd, 0));
     removeWorkAreaPoints(edit);
+}
+
+void WorkArea::takeAwayInside(Kelmar::IProjectEdit& edit, const Track& track, double start, double end)
+{
+    // Only what a deletion of the range would take away in any case: well
+    // inside it, clear of its edges, where the range work keeps or cuts.
+    constexpr double margin = 1e-6;
+    const double low = start + margin;
+    const double high = end - margin;
+    // The range work leaves a locked track as it is.
+    if (track.isLocked())
+        return;
+    auto context = tracks.editContext(track.object().get());
+    for (const TrackEvent& event : track.getEvents())
+        if (event.getStart() >= low && event.getEnd() <= high)
+            check(edit.removeObject(context.get(), event.getObject()));
+    Kelmar::IPtr<Kelmar::IObjectIterator> curves = Kelmar::owned(track.getHostTrack()->getAutomationTracks());
+    while (curves && !curves->atEnd()) {
+        Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
+        if (!curve)
+            break;
+        auto curveContext = tracks.editContext(curve.get());
+        Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
+        while (points && !points->atEnd()) {
+            Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
+            if (!point)
+                break;
+            const double time = point->getStart(nullptr);
+            if (time >= low && time <= high)
+                check(edit.removeObject(curveContext.get(), point.get()));
+        }
+    }
 }
 
 void WorkArea::removeWorkAreaPoints(Kelmar::IProjectEdit& edit)
