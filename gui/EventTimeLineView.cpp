@@ -110,9 +110,42 @@ void EventTimeLineView::setSelection(const core::EventList& selected)
 void EventTimeLineView::paint(juce::Graphics& g)
 {
     // Two passes give the z-order: the unselected events in list order,
-    // then the selected ones above them, again in list order. Each
-    // rectangle is filled as a path: fillRect shades fractional edges by
-    // another rule, and the thin events' edges would come out a shade off.
+    // then the selected ones above them, again in list order.
+    if (!paintRows(g))
+        paintPaths(g);
+}
+
+bool EventTimeLineView::paintRows(juce::Graphics& g)
+{
+    const auto fitsRow = [](const juce::Rectangle<float>& r, int top) {
+        return r.getHeight() == 0.0f ||
+               (r.getY() == static_cast<float>(top) && r.getBottom() == static_cast<float>(top + rowHeight));
+    };
+    if (!TimeLineRowPainter::canPaint(g) ||
+        !std::all_of(events.begin(), events.end(), [&fitsRow](const TimeLineEvent& item) {
+            return TimeLineRowPainter::canFill(item.fill) && fitsRow(item.sourceRectangle, 0) &&
+                   fitsRow(item.destinationRectangle, destinationTop);
+        }))
+        return false;
+
+    for (const int top : {0, destinationTop}) {
+        rowFills.clear();
+        for (const bool selectedPass : {false, true})
+            for (const TimeLineEvent& item : events) {
+                const juce::Rectangle<float>& r = top == 0 ? item.sourceRectangle : item.destinationRectangle;
+                if (item.selected == selectedPass && r.getHeight() > 0.0f)
+                    rowFills.push_back({r.getX(), r.getRight(), item.fill});
+            }
+        rowPainter.paint(g, rowFills, top, top + rowHeight);
+    }
+    return true;
+}
+
+void EventTimeLineView::paintPaths(juce::Graphics& g) const
+{
+    // Each rectangle is filled as a path: fillRect shades fractional edges
+    // by another rule, and the thin events' edges would come out a shade
+    // off.
     juce::Path path;
     for (const bool selectedPass : {false, true})
         for (const TimeLineEvent& item : events) {

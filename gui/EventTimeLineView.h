@@ -2,6 +2,7 @@
 
 #include "core/events/EventList.h"
 #include "gui/TimeLineEvent.h"
+#include "gui/TimeLineRowPainter.h"
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -61,12 +62,17 @@ public:
 
 private:
     void layOut();
+    bool paintRows(juce::Graphics& g);
+    void paintPaths(juce::Graphics& g) const;
 
     juce::Label sourceLabel;
     juce::Label destinationLabel;
     double start = 0.0;
     double end = 0.0;
     std::vector<TimeLineEvent> events;
+    // Kept from paint to paint, so that a paint allocates nothing.
+    TimeLineRowPainter rowPainter;
+    std::vector<TimeLineRowPainter::Fill> rowFills;
 };
 
 } // namespace montala::gui
