@@ -55,8 +55,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
 
     for (const core::EventPtr& event : list.getEvents()) {
-        for (const std::string* text : {&event->getClipName(), &event->getEdlText(), &event->getRollName()}) {
-            if (!core::fileio::isValidUtf8(*text) || text->find('\0') != std::string::npos)
+        for (const std::string_view text : {std::string_view(event->getClipName()), event->getEdlText(),
+                                            std::string_view(event->getRollName())}) {
+            if (!core::fileio::isValidUtf8(text) || text.find('\0') != std::string_view::npos)
                 fail("an event keeps text that is not UTF-8 or holds a NUL");
         }
         (void)event->getSrcIn().toString();

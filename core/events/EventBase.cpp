@@ -6,7 +6,9 @@
 #include "util/Result.h"
 #include "util/StringUtil.h"
 
+#include <climits>
 #include <cmath>
+#include <cstdint>
 
 namespace montala::core {
 
@@ -44,13 +46,45 @@ EventBase& EventBase::operator=(const EventBase& other)
     states = other.states;
     transitionType = other.transitionType;
     transitionDuration = other.transitionDuration;
-    reservedText = other.reservedText;
+    if (!other.reservedText().empty())
+        rareTexts().reservedText = other.reservedText();
+    else if (rare)
+        rare->reservedText.clear();
     edlFile = other.edlFile;
-    edlText = other.edlText;
+    edlTextBlock = other.edlTextBlock;
+    edlTextOffset = other.edlTextOffset;
+    edlTextLength = other.edlTextLength;
     vfx = other.vfx;
     motionSpeed = other.motionSpeed;
-    changeContext.kind = other.changeContext.kind;
     return *this;
+}
+
+EventBase::RareTexts& EventBase::rareTexts()
+{
+    if (!rare)
+        rare = std::make_unique<RareTexts>();
+    return *rare;
+}
+
+const std::string& EventBase::noText()
+{
+    static const std::string none;
+    return none;
+}
+
+void EventBase::setEdlText(std::string text)
+{
+    const size_t length = text.size();
+    setEdlText(text.empty() ? nullptr : std::make_shared<const std::string>(std::move(text)), 0, length);
+}
+
+void EventBase::setEdlText(std::shared_ptr<const std::string> block, size_t offset, size_t length)
+{
+    if (offset > UINT32_MAX || length > UINT32_MAX - offset)
+        throw Result::OutOfRange;
+    edlTextBlock = std::move(block);
+    edlTextOffset = static_cast<uint32_t>(offset);
+    edlTextLength = static_cast<uint32_t>(length);
 }
 
 std::shared_ptr<EventBase> EventBase::create(int type)
@@ -205,7 +239,7 @@ std::string EventBase::getStateText() const
     for (int value = 0; value <= 12; ++value) {
         const auto state = static_cast<EventState>(value);
         if (state == EventState::LegacyState) {
-            text += legacyStateText;
+            text += legacyStateText();
             if (!text.empty())
                 text += "\n";
         } else if (hasState(state)) {
@@ -320,7 +354,11 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
     }
     transitionType = tree.readInt32();
     transitionDuration = tree.readInt32();
-    reservedText = tree.readText();
+    std::string reserved = tree.readText();
+    if (!reserved.empty())
+        rareTexts().reservedText = std::move(reserved);
+    else if (rare)
+        rare->reservedText.clear();
     // The name the event already has is kept when it is the stored one:
     // a list being read hands each event its predecessor's.
     const std::string_view file = tree.readTextView();
@@ -329,9 +367,14 @@ void EventBase::readBody(serialize::SerializationTree& tree, uint32_t storedVers
     else if (!edlFile || *edlFile != file)
         edlFile = std::make_shared<const std::string>(file);
     if (storedVersion <= 1)
-        edlText = tree.readText();
-    if (storedVersion == 0)
-        legacyStateText = tree.readText();
+        setEdlText(tree.readText());
+    if (storedVersion == 0) {
+        std::string legacy = tree.readText();
+        if (!legacy.empty())
+            rareTexts().legacyStateText = std::move(legacy);
+        else if (rare)
+            rare->legacyStateText.clear();
+    }
     vfx = tree.readBool();
 }
 
@@ -365,7 +408,7 @@ void EventBase::write(serialize::SerializationTree& tree) const
     }
     tree.writeInt32(transitionType);
     tree.writeInt32(transitionDuration);
-    tree.writeText(reservedText);
+    tree.writeText(reservedText());
     tree.writeText(getEdlFile());
     tree.writeBool(vfx);
 }

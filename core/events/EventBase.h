@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace montala::core {
 
@@ -61,7 +62,11 @@ public:
     const std::string& getRollName() const { return rollName; }
     const std::string& getClipName() const { return clipName; }
     const std::string& getEdlFile() const;
-    const std::string& getEdlText() const { return edlText; }
+    std::string_view getEdlText() const
+    {
+        return edlTextBlock ? std::string_view(*edlTextBlock).substr(edlTextOffset, edlTextLength)
+                            : std::string_view();
+    }
     int getEventType() const { return eventType; }
     int getTransitionType() const { return transitionType; }
     int getTransitionDuration() const { return transitionDuration; }
@@ -86,7 +91,10 @@ public:
     void setTransitionDuration(int frames);
     void setVfx(bool isVfx);
     void setEventNumber(int number) { eventNumber = number; }
-    void setEdlText(std::string text) { edlText = std::move(text); }
+    void setEdlText(std::string text);
+    // length bytes from offset of a text that other events may share; at
+    // most 4 GB from its start.
+    void setEdlText(std::shared_ptr<const std::string> block, size_t offset, size_t length);
 
     void addState(EventState state) { states |= bitOf(state); }
     void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
@@ -114,34 +122,48 @@ protected:
     void computeMotionSpeed() { computeMotionSpeed(Timecode::currentFramerate()); }
     void validateTimecodes(const Framerate& rate);
     void computeMotionSpeed(const Framerate& rate);
-    void notifyChange() { notify(changeContext); }
+    void notifyChange() { notify(EventChangeContext()); }
     // The common part of every stored version; the version decides the
     // layout of the states and of the texts behind edlFile.
     void readBody(serialize::SerializationTree& tree, uint32_t storedVersion);
     void finishRead();
 
+    // Declared so that the small fields pack together.
     int eventType = Plain;
+    int eventNumber = 0;
+    int transitionType = Cut;
+    int transitionDuration = 0;
+    // One bit per EventState: every event has them, and a set would cost a
+    // heap block for each.
+    uint16_t states = bitOf(EventState::UninitializedTimecode);
+    bool vfx = false;
+    double motionSpeed = 1.0;
     Timecode srcIn;
     Timecode srcOut;
     Timecode dstIn;
     Timecode dstOut;
-    int eventNumber = 0;
     std::string rollName;
     std::string clipName;
-    // One bit per EventState: every event has them, and a set would cost a
-    // heap block for each.
-    uint16_t states = bitOf(EventState::UninitializedTimecode);
-    int transitionType = Cut;
-    int transitionDuration = 0;
-    // Kept for the stored form only; nothing sets it.
-    std::string reservedText;
     // Null for no name.
     std::shared_ptr<const std::string> edlFile;
-    std::string edlText;
-    bool vfx = false;
-    double motionSpeed = 1.0;
-    EventChangeContext changeContext;
-    std::string legacyStateText;
+    // The event's lines as read: a stretch of a text that the events of one
+    // file share, so that reading a file costs no heap block per event.
+    std::shared_ptr<const std::string> edlTextBlock;
+    uint32_t edlTextOffset = 0;
+    uint32_t edlTextLength = 0;
+
+    // Texts that only stored data of old versions fill: most events never
+    // have them, and go without the room.
+    struct RareTexts {
+        // Kept for the stored form only; nothing sets it.
+        std::string reservedText;
+        std::string legacyStateText;
+    };
+    const std::string& reservedText() const { return rare ? rare->reservedText : noText(); }
+    const std::string& legacyStateText() const { return rare ? rare->legacyStateText : noText(); }
+    RareTexts& rareTexts();
+    static const std::string& noText();
+    std::unique_ptr<RareTexts> rare;
 };
 
 using EventPtr = std::shared_ptr<EventBase>;

@@ -293,6 +293,9 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     // spares regrowing.
     pending.reserve(textSize / 58 + 1);
     edlFile = std::make_shared<const std::string>(edlFileName);
+    // The events' lines are about the whole text.
+    texts.clear();
+    texts.reserve(textSize);
     dummy = PendingEvent{};
     dummy.event = std::make_shared<EventBase>();
     current = PendingEvent{};
@@ -347,7 +350,7 @@ void CmxParser::readLine(std::string_view line, size_t lineNumber, bool acceptAu
         if (lastLineGood)
             pending.push_back(std::move(current));
         current = PendingEvent{};
-        current.event = std::make_shared<EventBase>();
+        current.event = arena.makeEvent();
         current.event->setEdlFile(edlFile);
         current.line = lineNumber;
         lastLineGood = parseEventLine(line, current, acceptAudio);
@@ -384,9 +387,17 @@ void CmxParser::addComment(std::string_view line, PendingEvent& target)
             return;
         target.event->setClipName(std::string(clipName));
     }
-    target.edlText.reserve(target.edlText.size() + 1 + line.size());
-    target.edlText += '\n';
-    target.edlText += line;
+    if (&target == &dummy)
+        return;
+    // The line joins the end of the target's text. Behind it may stand the
+    // text of the current event (the target is the first line of a
+    // transition), which moves up to make room.
+    const size_t end = target.textStart + target.textLength;
+    texts.insert(end, line.size() + 1, '\n');
+    std::copy(line.begin(), line.end(), texts.begin() + static_cast<std::ptrdiff_t>(end + 1));
+    if (&target != &current && current.textStart >= end)
+        current.textStart += line.size() + 1;
+    target.textLength += 1 + line.size();
 }
 
 bool CmxParser::parseEventLine(std::string_view line, PendingEvent& target, bool acceptAudio)
@@ -440,9 +451,9 @@ bool CmxParser::parseEventLine(std::string_view line, PendingEvent& target, bool
         for (int which = 0; which < 4; ++which)
             parseTimecode(pieces.at(firstTimecode + static_cast<size_t>(which)), target, which);
 
-        // Room for a comment line or two, which most events have.
-        target.edlText.reserve(line.size() + 64);
-        target.edlText.assign(line);
+        target.textStart = texts.size();
+        target.textLength = line.size();
+        texts += line;
         if (numberRead == NumberRead::TooLarge)
             report.lines.push_back({target.line, LineIssue::EventNumberTooLarge});
         return true;
@@ -473,6 +484,10 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 void CmxParser::build(EventList& list)
 {
     const Framerate rate = Timecode::currentFramerate();
+    if (texts.size() < texts.capacity() / 2)
+        texts.shrink_to_fit();
+    const auto block = std::make_shared<const std::string>(std::move(texts));
+    texts = std::string();
     std::vector<EventPtr> built;
     built.reserve(pending.size());
     for (PendingEvent& waiting : pending) {
@@ -488,7 +503,7 @@ void CmxParser::build(EventList& list)
                 // the four alone, so one setter does the work of four.
                 if (srcIn.isValid(rate) && srcOut.isValid(rate) && dstIn.isValid(rate) && dstOut.isValid(rate)) {
                     event.setTimecodes(srcIn, srcOut, dstIn, dstOut);
-                    event.setEdlText(std::move(waiting.edlText));
+                    event.setEdlText(block, waiting.textStart, waiting.textLength);
                     built.push_back(std::move(waiting.event));
                     report.eventLines.push_back(waiting.line);
                     continue;
@@ -509,11 +524,11 @@ void CmxParser::build(EventList& list)
                 default: event.setDstOut(tc); break;
                 }
             }
+            event.setEdlText(block, waiting.textStart, waiting.textLength);
         } catch (Result::Type) {
             report.lines.push_back({waiting.line, LineIssue::ValueRefused});
             continue;
         }
-        event.setEdlText(std::move(waiting.edlText));
         built.push_back(std::move(waiting.event));
         report.eventLines.push_back(waiting.line);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/events/EventArena.h"
 #include "core/events/EventBase.h"
 #include "core/fileio/ParseReport.h"
 #include "core/fileio/ParserInterface.h"
@@ -50,7 +51,9 @@ private:
     // An event whose line was good, with what waits for build().
     struct PendingEvent {
         EventPtr event;
-        std::string edlText;
+        // The event's text: bytes of texts from textStart.
+        size_t textStart = 0;
+        size_t textLength = 0;
         // Two digits a field at most, as the pattern allows.
         std::array<std::array<uint8_t, 4>, 4> timecodes{};
         uint8_t readTimecodes = 0; // bit n: timecode n matched the pattern
@@ -68,7 +71,7 @@ private:
     void readLine(std::string_view line, size_t lineNumber, bool acceptAudio);
     bool parseEventLine(std::string_view line, PendingEvent& pending, bool acceptAudio);
     void parseTimecode(std::string_view piece, PendingEvent& pending, int which);
-    static void addComment(std::string_view line, PendingEvent& pending);
+    void addComment(std::string_view line, PendingEvent& pending);
 
     int dropState = -1;
     std::array<int, 60> frameHistogram{};
@@ -76,6 +79,10 @@ private:
 
     // Shared by the events of the text.
     std::shared_ptr<const std::string> edlFile;
+    EventArena arena;
+    // The texts of all events one after the other, which they share once
+    // built: one block for the file instead of one for each event.
+    std::string texts;
     std::vector<PendingEvent> pending;
     // The event line being read, and whether it was good; it joins pending
     // when the next event line or the end of the text comes.

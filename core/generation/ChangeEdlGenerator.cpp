@@ -12,6 +12,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <tuple>
 #include <unordered_map>
 
@@ -293,9 +294,9 @@ uint32_t classWinner(const Place* places, size_t count, const std::vector<OldMem
     return winner;
 }
 
-std::string firstLine(const std::string& text)
+std::string firstLine(std::string_view text)
 {
-    return text.substr(0, text.find('\n'));
+    return std::string(text.substr(0, text.find('\n')));
 }
 
 GenerationFailure::EventInfo infoOf(const EventBase& event)

@@ -6,35 +6,42 @@ namespace montala::core {
 
 void ChangeContextNotificationBase::addListener(ChangeContextListenerInterface* listener)
 {
-    if (listener == first || std::find(more.begin(), more.end(), listener) != more.end())
+    if (listener == first || (more && std::find(more->begin(), more->end(), listener) != more->end()))
         return;
-    if (!first)
+    if (!first) {
         first = listener;
-    else
-        more.push_back(listener);
+        return;
+    }
+    if (!more)
+        more = std::make_unique<std::vector<ChangeContextListenerInterface*>>();
+    more->push_back(listener);
 }
 
 void ChangeContextNotificationBase::removeListener(ChangeContextListenerInterface* listener)
 {
     if (listener == first) {
         first = nullptr;
-        if (!more.empty()) {
-            first = more.back();
-            more.pop_back();
+        if (more && !more->empty()) {
+            first = more->back();
+            more->pop_back();
         }
         return;
     }
-    const auto found = std::find(more.begin(), more.end(), listener);
-    if (found != more.end())
-        more.erase(found);
+    if (!more)
+        return;
+    const auto found = std::find(more->begin(), more->end(), listener);
+    if (found != more->end())
+        more->erase(found);
 }
 
 void ChangeContextNotificationBase::notify(const ChangeContext& context)
 {
     if (first)
         first->changed(context);
-    for (ChangeContextListenerInterface* listener : more)
-        listener->changed(context);
+    if (more) {
+        for (ChangeContextListenerInterface* listener : *more)
+            listener->changed(context);
+    }
 }
 
 } // namespace montala::core

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace montala::core {
@@ -73,11 +74,13 @@ public:
     // A listener must not add or remove listeners of this notifier meanwhile.
     virtual void notify(const ChangeContext& context);
 
-    size_t getListenerCount() const { return (first ? 1 : 0) + more.size(); }
+    size_t getListenerCount() const { return (first ? 1 : 0) + (more ? more->size() : 0); }
 
 private:
     ChangeContextListenerInterface* first = nullptr;
-    std::vector<ChangeContextListenerInterface*> more;
+    // Made only for a second listener, so that the many notifiers with one
+    // (each event of a list) stay small.
+    std::unique_ptr<std::vector<ChangeContextListenerInterface*>> more;
 };
 
 } // namespace montala::core

@@ -63,11 +63,19 @@ TEST_F(CmxParserTest, DissolvePairBecomesTwoEventsWithTheirClipNames)
     EXPECT_EQ(event(2).getEventNumber(), 2);
     EXPECT_EQ(event(2).getSrcIn(), tc("20:00:00:00"));
     EXPECT_EQ(event(2).getDstOut(), tc("01:00:09:00"));
-    // A comment of the pair that is neither FROM nor TO is dropped.
+    // Each line of the pair takes its own clip's comment; a comment of the
+    // pair that is neither FROM nor TO is dropped.
+    EXPECT_EQ(event(0).getEdlText(),
+              "001  A001     V     C        10:00:00:00 10:00:04:00 01:00:00:00 01:00:04:00\n"
+              "* FROM CLIP NAME:  first.mov");
     EXPECT_EQ(event(1).getEdlText(),
               "002  A001     V     C        10:00:04:00 10:00:04:00 01:00:04:00 01:00:04:00\n"
               "* FROM CLIP NAME:  outgoing.mov");
-    EXPECT_EQ(event(2).getEdlText().find("EFFECT"), std::string::npos);
+    EXPECT_EQ(event(2).getEdlText(),
+              "002  B001     V     D    025 20:00:00:00 20:00:05:00 01:00:04:00 01:00:09:00\n"
+              "* TO CLIP NAME:  incoming.mov");
+    EXPECT_EQ(event(3).getEdlText(),
+              "003  B001     V     C        20:00:05:00 20:00:06:24 01:00:09:00 01:00:10:24");
     EXPECT_EQ(event(3).getEdlFile(), "reel.edl");
     for (size_t i = 0; i < 4; ++i)
         EXPECT_TRUE(event(i).isFlawless()) << i;
