@@ -68,6 +68,33 @@ TEST_F(TrackTest, SurroundingsFollowChainsAndNeighbours)
     EXPECT_EQ(before.end, 3616.0);
 }
 
+TEST_F(TrackTest, SurroundingsOnALongTrackFindEveryTakeAndGap)
+{
+    // After the door (4 to 16 s), forty takes of a second each, every two
+    // seconds from 20 s: enough ranges that a search crosses stretches.
+    openProject(smallSession());
+    constexpr int takes = 40;
+    for (int k = 0; k < takes; ++k)
+        simTrack("FX").appendChild(sim::SimObject::makeAudioEvent(u"take", 20.0 + 2 * k, 21.0 + 2 * k, "t.wav", 0.0));
+    Track fx = track("FX");
+    core::AudioInfo::Range before, at, after;
+    for (int k = 0; k < takes; ++k) {
+        const double take = 3620.0 + 2 * k;
+        const double previousEnd = k == 0 ? 3616.0 : take - 1.0;
+        fx.getSurroundings(take + 0.5, before, at, after);
+        EXPECT_EQ(at.start, take) << "in take " << k;
+        EXPECT_EQ(before.end, previousEnd) << "in take " << k;
+        EXPECT_EQ(after.start, k + 1 < takes ? take + 2.0 : 0.0) << "in take " << k;
+        // On the take's start it is the one under the position.
+        fx.getSurroundings(take, before, at, after);
+        EXPECT_EQ(at.start, take) << "on take " << k;
+        fx.getSurroundings(take + 1.5, before, at, after);
+        EXPECT_TRUE(at.isEmpty()) << "after take " << k;
+        EXPECT_EQ(before.start, take) << "after take " << k;
+        EXPECT_EQ(after.start, k + 1 < takes ? take + 2.0 : 0.0) << "after take " << k;
+    }
+}
+
 TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
 {
     openProject(smallSession());
