@@ -380,7 +380,7 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
     SimObject::List children;
     bool changed = false;
     for (const auto& child : track.children()) {
-        const SimObject::Fields f = child->get();
+        const SimObject::Fields& f = child->get();
         if (isPoint(*child)) {
             if (f.start >= start - epsilon && f.start < end - epsilon)
                 changed = true;

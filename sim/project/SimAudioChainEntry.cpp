@@ -19,9 +19,21 @@ SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
                 if (inner->kind() == ObjectKind::AudioEvent)
                     events.push_back(inner);
     }
-    std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
-        return a->timelineStart() < b->timelineStart();
-    });
+    // Sorted by starts read once each, and only when they are out of order
+    // (a track's events mostly lie in time order): a feature's track holds
+    // thousands of events all over the heap, and a comparison that read two
+    // of them would fetch each some twenty times.
+    std::vector<std::pair<double, std::size_t>> starts(events.size());
+    for (std::size_t index = 0; index < events.size(); ++index)
+        starts[index] = {events[index]->timelineStart(), index};
+    if (!std::is_sorted(starts.begin(), starts.end())) {
+        std::sort(starts.begin(), starts.end());
+        SimObject::List sorted;
+        sorted.reserve(events.size());
+        for (const auto& [start, index] : starts)
+            sorted.push_back(std::move(events[index]));
+        events = std::move(sorted);
+    }
     // Entries handed out hold the list they came from: a change drops the
     // track's reference, not theirs, so they go on as they were.
     Chain chain = std::make_shared<const SimObject::List>(std::move(events));

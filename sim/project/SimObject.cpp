@@ -401,17 +401,26 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
     settle();
     std::unique_ptr<ChildOrder>& childOrder = rare().childOrder;
     if (!childOrder) {
+        // Each child's times are read once, in the list's order: sorting by
+        // comparisons that read two children each would fetch every child
+        // of a long track from all over the heap some twenty times.
+        std::vector<std::pair<double, std::size_t>> starts(childList.size());
+        std::vector<double> ends(childList.size());
+        for (std::size_t i = 0; i < childList.size(); ++i) {
+            starts[i] = {childList[i]->fields.start, i};
+            ends[i] = childList[i]->fields.end;
+        }
+        if (!std::is_sorted(starts.begin(), starts.end()))
+            std::sort(starts.begin(), starts.end());
         auto order = std::make_unique<ChildOrder>();
-        order->byStart.resize(childList.size());
-        for (std::size_t i = 0; i < childList.size(); ++i)
-            order->byStart[i] = i;
-        std::stable_sort(order->byStart.begin(), order->byStart.end(), [this](std::size_t a, std::size_t b) {
-            return childList[a]->fields.start < childList[b]->fields.start;
-        });
+        order->byStart.reserve(starts.size());
+        order->starts.reserve(starts.size());
+        order->reach.reserve(starts.size());
         double reach = -std::numeric_limits<double>::infinity();
-        for (const std::size_t i : order->byStart) {
-            order->starts.push_back(childList[i]->fields.start);
-            reach = std::max(reach, childList[i]->fields.end);
+        for (const auto& [start, i] : starts) {
+            order->byStart.push_back(i);
+            order->starts.push_back(start);
+            reach = std::max(reach, ends[i]);
             order->reach.push_back(reach);
         }
         childOrder = std::move(order);
