@@ -77,9 +77,128 @@ SimObject* simObject(FUnknown* object)
     return dynamic_cast<SimObject*>(object);
 }
 
+namespace {
+
+// The nodes of each kind, with the interfaces that kind answers; the
+// node itself does the work.
+class TrackNode final : public SimObject, public ITrack, public IMarkerTrack {
+public:
+    explicit TrackNode(ObjectKind kind) : SimObject(kind) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+    IObjectIterator* getAutomationTracks() override { return SimObject::getAutomationTracks(); }
+    IAudioChainEntry* getAudioChain() override { return SimObject::getAudioChain(); }
+    tresult setToggle(const char8* name, bool on) override { return SimObject::setToggle(name, on); }
+    tresult getToggle(const char8* name) override { return SimObject::getToggle(name); }
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override
+    {
+        return answerInterface<ITrack>(this, iid, obj)
+               || (kind() == ObjectKind::MarkerTrack && answerInterface<IMarkerTrack>(this, iid, obj));
+    }
+};
+
+class AudioEventNode final : public SimObject, public IAudioChainEvent {
+public:
+    AudioEventNode() : SimObject(ObjectKind::AudioEvent) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+    IProjectObject* getNextInChain() override { return SimObject::getNextInChain(); }
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override { return answerInterface<IAudioChainEvent>(this, iid, obj); }
+};
+
+class VideoEventNode final : public SimObject, public IVideoEvent {
+public:
+    VideoEventNode() : SimObject(ObjectKind::VideoEvent) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+    IPoolClip* getClip() override { return SimObject::getClip(); }
+    tresult setClip(IEditContext* context, IClipSource* clip, int32 flags) override
+    {
+        return SimObject::setClip(context, clip, flags);
+    }
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override { return answerInterface<IVideoEvent>(this, iid, obj); }
+};
+
+class MarkerNode final : public SimObject, public IPointMarker, public IRangeMarker {
+public:
+    explicit MarkerNode(ObjectKind kind) : SimObject(kind) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override
+    {
+        return kind() == ObjectKind::PointMarker ? answerInterface<IPointMarker>(this, iid, obj)
+                                                 : answerInterface<IRangeMarker>(this, iid, obj);
+    }
+};
+
+class AutomationTrackNode final : public SimObject, public IAutomationTrack {
+public:
+    AutomationTrackNode() : SimObject(ObjectKind::AutomationTrack) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+    int32 getCurveType() override { return SimObject::getCurveType(); }
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override { return answerInterface<IAutomationTrack>(this, iid, obj); }
+};
+
+class PointNode final : public SimObject, public IAutomationPoint, public IAutomationCurvePoint {
+public:
+    PointNode() : SimObject(ObjectKind::AutomationPoint) {}
+    tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
+    KELMAR_FOBJECT_REFCOUNT
+    float getValue() override { return SimObject::getValue(); }
+    tresult setValue(IEditContext* context, float value, int32 flags) override
+    {
+        return SimObject::setValue(context, value, flags);
+    }
+    bool isSegmentEnd() override { return SimObject::isSegmentEnd(); }
+    tresult setSegmentEnd(IEditContext* context, bool segmentEnd, int32 flags) override
+    {
+        return SimObject::setSegmentEnd(context, segmentEnd, flags);
+    }
+
+protected:
+    bool answerKind(const FUID& iid, void** obj) override
+    {
+        return answerInterface<IAutomationPoint>(this, iid, obj) || answerInterface<IAutomationCurvePoint>(this, iid, obj);
+    }
+};
+
+// A part answers only IProjectObject; a project is made by SimProject.
+class PlainNode final : public SimObject {
+public:
+    explicit PlainNode(ObjectKind kind) : SimObject(kind) {}
+};
+
+} // namespace
+
 IPtr<SimObject> SimObject::create(ObjectKind kind)
 {
-    return owned(new SimObject(kind));
+    switch (kind) {
+    case ObjectKind::Folder:
+    case ObjectKind::AudioTrack:
+    case ObjectKind::VideoTrack:
+    case ObjectKind::MarkerTrack:
+    case ObjectKind::RulerTrack: return owned<SimObject>(new TrackNode(kind));
+    case ObjectKind::AudioEvent: return owned<SimObject>(new AudioEventNode);
+    case ObjectKind::VideoEvent: return owned<SimObject>(new VideoEventNode);
+    case ObjectKind::PointMarker:
+    case ObjectKind::RangeMarker: return owned<SimObject>(new MarkerNode(kind));
+    case ObjectKind::AutomationTrack: return owned<SimObject>(new AutomationTrackNode);
+    case ObjectKind::AutomationPoint: return owned<SimObject>(new PointNode);
+    case ObjectKind::Project:
+    case ObjectKind::Part: break;
+    }
+    return owned<SimObject>(new PlainNode(kind));
 }
 
 IPtr<SimObject> SimObject::makeTrack(ObjectKind kind, std::u16string name)
@@ -199,25 +318,14 @@ tresult SimObject::queryInterface(const FUID& iid, void** obj)
         addRef();
         return kResultOk;
     }
-    bool answered = false;
-    if (isTrack())
-        answered = answerInterface<ITrack>(this, iid, obj)
-                   || (objectKind == ObjectKind::MarkerTrack && answerInterface<IMarkerTrack>(this, iid, obj));
-    switch (objectKind) {
-    case ObjectKind::AudioEvent: answered = answerInterface<IAudioChainEvent>(this, iid, obj); break;
-    case ObjectKind::VideoEvent: answered = answerInterface<IVideoEvent>(this, iid, obj); break;
-    case ObjectKind::PointMarker: answered = answerInterface<IPointMarker>(this, iid, obj); break;
-    case ObjectKind::RangeMarker: answered = answerInterface<IRangeMarker>(this, iid, obj); break;
-    case ObjectKind::AutomationTrack: answered = answerInterface<IAutomationTrack>(this, iid, obj); break;
-    case ObjectKind::AutomationPoint:
-        answered = answerInterface<IAutomationPoint>(this, iid, obj)
-                   || answerInterface<IAutomationCurvePoint>(this, iid, obj);
-        break;
-    default: break;
-    }
-    if (answered)
+    if (answerKind(iid, obj))
         return kResultOk;
     return FObject::queryInterface(iid, obj);
+}
+
+bool SimObject::answerKind(const FUID&, void**)
+{
+    return false;
 }
 
 // ---- What the node is

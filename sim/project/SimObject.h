@@ -13,6 +13,7 @@
 #include "kelmar/project/ITrack.h"
 #include "kelmar/project/IVideoEvent.h"
 #include "sim/project/SimBase.h"
+#include "sim/project/SimSharedText.h"
 
 #include <cstdint>
 #include <map>
@@ -45,8 +46,10 @@ const char* kindName(ObjectKind kind);
 
 // One node of a simulated project: a track of any sort, an automation track
 // or point, an event, a part or a marker (the project is a node too). One
-// class serves all of them so that copying, undo and the session file treat
-// every node alike; each node answers only the interfaces of its kind.
+// class holds all of them so that copying, undo and the session file treat
+// every node alike; each node answers only the interfaces of its kind, which
+// a small class of the kind adds (see create), so that an event or a point
+// does not carry the interfaces of every other kind.
 //
 // Times are seconds relative to the project start, except for events inside a
 // part, which are relative to the part's start. Every change made while the
@@ -55,22 +58,12 @@ const char* kindName(ObjectKind kind);
 // A part answers isKind("part"), not "audio": code that looks for the audio
 // of a track asks for both. Content of a locked track (the track's own name
 // and attributes included) refuses changes with kResultFalse.
-class SimObject : public SimBase,
-                  public Kelmar::IProjectObject,
-                  public Kelmar::ITrack,
-                  public Kelmar::IMarkerTrack,
-                  public Kelmar::IAudioChainEvent,
-                  public Kelmar::IVideoEvent,
-                  public Kelmar::IPointMarker,
-                  public Kelmar::IRangeMarker,
-                  public Kelmar::IAutomationTrack,
-                  public Kelmar::IAutomationPoint,
-                  public Kelmar::IAutomationCurvePoint {
+class SimObject : public SimBase, public Kelmar::IProjectObject {
 public:
     // The values of a node that undo restores as one.
     struct Fields {
-        std::u16string name;
-        std::string file;          // source file of an audio event
+        SharedText<std::u16string> name;
+        SharedText<std::string> file; // source file of an audio event
         double start = 0.0;
         double end = 0.0;
         double offset = 0.0;       // source offset of an audio or video event
@@ -127,27 +120,28 @@ public:
     Kelmar::IObjectIterator* getChildren() override;
     Kelmar::IProjectObject* getParent() override;
 
-    // ---- Kelmar::ITrack
-    Kelmar::IObjectIterator* getAutomationTracks() override;
-    Kelmar::IAudioChainEntry* getAudioChain() override;
-    Kelmar::tresult setToggle(const Kelmar::char8* name, bool on) override;
-    Kelmar::tresult getToggle(const Kelmar::char8* name) override;
+    // ---- What the interfaces of the kinds answer (see create)
+    // Kelmar::ITrack
+    Kelmar::IObjectIterator* getAutomationTracks();
+    Kelmar::IAudioChainEntry* getAudioChain();
+    Kelmar::tresult setToggle(const Kelmar::char8* name, bool on);
+    Kelmar::tresult getToggle(const Kelmar::char8* name);
 
-    // ---- Kelmar::IAudioChainEvent
-    Kelmar::IProjectObject* getNextInChain() override;
+    // Kelmar::IAudioChainEvent
+    Kelmar::IProjectObject* getNextInChain();
 
-    // ---- Kelmar::IVideoEvent
-    Kelmar::IPoolClip* getClip() override;
-    Kelmar::tresult setClip(Kelmar::IEditContext* context, Kelmar::IClipSource* clip, Kelmar::int32 flags) override;
+    // Kelmar::IVideoEvent
+    Kelmar::IPoolClip* getClip();
+    Kelmar::tresult setClip(Kelmar::IEditContext* context, Kelmar::IClipSource* clip, Kelmar::int32 flags);
 
-    // ---- Kelmar::IAutomationTrack
-    Kelmar::int32 getCurveType() override { return fields.curveType; }
+    // Kelmar::IAutomationTrack
+    Kelmar::int32 getCurveType() { return fields.curveType; }
 
-    // ---- Kelmar::IAutomationPoint and IAutomationCurvePoint
-    float getValue() override { return static_cast<float>(fields.value); }
-    Kelmar::tresult setValue(Kelmar::IEditContext* context, float value, Kelmar::int32 flags) override;
-    bool isSegmentEnd() override { return fields.segmentEnd; }
-    Kelmar::tresult setSegmentEnd(Kelmar::IEditContext* context, bool segmentEnd, Kelmar::int32 flags) override;
+    // Kelmar::IAutomationPoint and IAutomationCurvePoint
+    float getValue() { return static_cast<float>(fields.value); }
+    Kelmar::tresult setValue(Kelmar::IEditContext* context, float value, Kelmar::int32 flags);
+    bool isSegmentEnd() { return fields.segmentEnd; }
+    Kelmar::tresult setSegmentEnd(Kelmar::IEditContext* context, bool segmentEnd, Kelmar::int32 flags);
 
     // ---- The simulator's own view of the node
     ObjectKind kind() const { return objectKind; }
@@ -233,6 +227,8 @@ public:
 
 protected:
     explicit SimObject(ObjectKind kind);
+    // Answers the interfaces of the node's kind besides IProjectObject.
+    virtual bool answerKind(const Kelmar::FUID& iid, void** obj);
 
 private:
     Kelmar::tresult changeFields(const Fields& values);

@@ -74,7 +74,7 @@ protected:
 
     Track track(const std::string& name)
     {
-        return Track(project ? &project->tracks() : nullptr, static_cast<Kelmar::ITrack*>(&simTrack(name)));
+        return Track(project ? &project->tracks() : nullptr, dynamic_cast<Kelmar::ITrack*>(&simTrack(name)));
     }
 
     // What a track plays at an absolute time, as "file@position", or "-".

@@ -46,7 +46,7 @@ protected:
         host->getService(Kelmar::IObjectList::iid, &made);
         auto list = Kelmar::IPtr<Kelmar::IObjectList>::adopt(static_cast<Kelmar::IObjectList*>(made));
         for (const char* name : names)
-            list->add(static_cast<Kelmar::ITrack*>(&simTrack(name)));
+            list->add(dynamic_cast<Kelmar::ITrack*>(&simTrack(name)));
         return list;
     }
 

@@ -39,7 +39,7 @@ protected:
         void* made = nullptr;
         host->getService(Kelmar::IObjectList::iid, &made);
         auto list = Kelmar::IPtr<Kelmar::IObjectList>::adopt(static_cast<Kelmar::IObjectList*>(made));
-        list->add(static_cast<Kelmar::ITrack*>(&simTrack(name)));
+        list->add(dynamic_cast<Kelmar::ITrack*>(&simTrack(name)));
         return list;
     }
 };
@@ -86,7 +86,7 @@ TEST_F(TrackCacheTest, AnEditOutsideMontalaIsSeenByTheNextRead)
     // host's report; the chains read before it are forgotten.
     startOn(smallSession());
     active().setCaching(true);
-    Track fx(&active().tracks(), static_cast<Kelmar::ITrack*>(&simTrack("FX")));
+    Track fx(&active().tracks(), dynamic_cast<Kelmar::ITrack*>(&simTrack("FX")));
     EXPECT_TRUE(around(fx, 3602.0).at.isEmpty());
     sim::SimUser user(*host);
     ASSERT_TRUE(user.moveEvent(*simTrack("FX").children()[0], 0.0));

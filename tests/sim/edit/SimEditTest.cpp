@@ -75,7 +75,7 @@ protected:
     {
         auto list = service<IObjectList>();
         for (SimObject* track : tracks)
-            list->add(static_cast<ITrack*>(track));
+            list->add(dynamic_cast<ITrack*>(track));
         return list;
     }
 

@@ -1,6 +1,13 @@
 #include "../SimFixture.h"
 
 #include "kelmar/project/IAudioChainEntry.h"
+#include "kelmar/project/IAutomationCurvePoint.h"
+#include "kelmar/project/IAutomationPoint.h"
+#include "kelmar/project/IAutomationTrack.h"
+#include "kelmar/project/IMarkerTrack.h"
+#include "kelmar/project/IPointMarker.h"
+#include "kelmar/project/IRangeMarker.h"
+#include "kelmar/project/IVideoEvent.h"
 #include "kelmar/base/IObjectIterator.h"
 #include "kelmar/project/IPoolClip.h"
 #include "kelmar/project/IProject.h"
@@ -47,11 +54,45 @@ TEST_F(SimObjectTest, AttributesKeepTheirTypeAndHandOutOwnedCopies)
     ASSERT_TRUE(readBack);
     EXPECT_EQ(readBack->getSize("MontData"), 5);
 
-    EXPECT_EQ(project->setAttribute("Bad", FVariant(static_cast<FUnknown*>(static_cast<ITrack*>(&notes))), 1),
+    EXPECT_EQ(project->setAttribute("Bad", FVariant(static_cast<FUnknown*>(static_cast<IProjectObject*>(&notes))), 1),
               kInvalidArgument)
         << "only stores can be kept as objects";
     EXPECT_EQ(notes.removeAttribute("Montala:MarkerType"), kResultOk);
     EXPECT_EQ(notes.removeAttribute("Montala:MarkerType"), kResultFalse);
+}
+
+TEST_F(SimObjectTest, EachKindAnswersItsOwnInterfacesAndNoOthers)
+{
+    // What each kind answers besides IProjectObject, in the order of `asked`.
+    const std::vector<std::pair<ObjectKind, std::string>> kinds = {
+        {ObjectKind::Folder, "T........"},        {ObjectKind::AudioTrack, "T........"},
+        {ObjectKind::MarkerTrack, "TM......."},   {ObjectKind::AudioEvent, "..A......"},
+        {ObjectKind::VideoEvent, "...V....."},    {ObjectKind::PointMarker, "....P...."},
+        {ObjectKind::RangeMarker, ".....R..."},   {ObjectKind::AutomationTrack, "......U.."},
+        {ObjectKind::AutomationPoint, ".......pc"}, {ObjectKind::Part, "........."},
+    };
+    const std::vector<std::pair<char, FUID>> asked = {
+        {'T', ITrack::iid},          {'M', IMarkerTrack::iid},    {'A', IAudioChainEvent::iid},
+        {'V', IVideoEvent::iid},     {'P', IPointMarker::iid},    {'R', IRangeMarker::iid},
+        {'U', IAutomationTrack::iid}, {'p', IAutomationPoint::iid}, {'c', IAutomationCurvePoint::iid},
+    };
+    for (const auto& [kind, expected] : kinds) {
+        SCOPED_TRACE(kindName(kind));
+        IPtr<SimObject> node = SimObject::create(kind);
+        std::string answered;
+        for (const auto& [letter, iid] : asked) {
+            void* face = nullptr;
+            const bool answers = node->queryInterface(iid, &face) == kResultOk;
+            answered += answers ? letter : '.';
+            if (!answers)
+                continue;
+            // Asked back through the interface, the node is the same node.
+            IPtr<FUnknown> unknown = owned(static_cast<FUnknown*>(face));
+            EXPECT_EQ(simObject(unknown.get()), node.get());
+        }
+        EXPECT_EQ(answered, expected);
+        EXPECT_EQ(node->getRefCount(), 1u) << "every answer was released";
+    }
 }
 
 TEST_F(SimObjectTest, TheLockToggleAnswersZeroWhenOnAndRefusesEditsOfTheTracksContent)
