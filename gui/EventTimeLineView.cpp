@@ -145,19 +145,49 @@ void EventTimeLineView::paintPaths(juce::Graphics& g) const
 {
     // Each rectangle is filled as a path: fillRect shades fractional edges
     // by another rule, and the thin events' edges would come out a shade
-    // off.
+    // off. Events shorter than a pixel (drawn a pixel wide) of one colour
+    // that follow each other are filled together, as the union of their
+    // spans: a feature's events crowd a dozen to a pixel there, a path
+    // apiece is most of the paint, and the union differs from one fill after
+    // the other only in the shade of pixels that several of them share.
+    std::vector<juce::Rectangle<float>> spans;
+    juce::Colour spansColour;
     juce::Path path;
-    for (const bool selectedPass : {false, true})
-        for (const TimeLineEvent& item : events) {
-            if (item.selected != selectedPass)
-                continue;
-            g.setColour(item.fill);
-            for (const juce::Rectangle<float>& r : {item.sourceRectangle, item.destinationRectangle}) {
-                path.clear();
-                path.addRectangle(r);
-                g.fillPath(path);
+    for (const int top : {0, destinationTop}) {
+        const auto fill = [&](const juce::Colour& colour) {
+            if (spans.empty())
+                return;
+            std::sort(spans.begin(), spans.end(), [](const auto& a, const auto& b) { return a.getX() < b.getX(); });
+            path.clear();
+            juce::Rectangle<float> joined = spans.front();
+            for (auto span = spans.begin() + 1; span != spans.end(); ++span) {
+                if (span->getX() > joined.getRight()) {
+                    path.addRectangle(joined);
+                    joined = *span;
+                } else {
+                    joined = joined.getUnion(*span);
+                }
             }
-        }
+            path.addRectangle(joined);
+            spans.clear();
+            g.setColour(colour);
+            g.fillPath(path);
+        };
+        for (const bool selectedPass : {false, true})
+            for (const TimeLineEvent& item : events) {
+                const juce::Rectangle<float>& r = top == 0 ? item.sourceRectangle : item.destinationRectangle;
+                if (item.selected != selectedPass || r.getHeight() <= 0.0f)
+                    continue;
+                const bool alone = r.getWidth() > 1.0f;
+                if (alone || item.fill != spansColour)
+                    fill(spansColour);
+                spansColour = item.fill;
+                spans.push_back(r);
+                if (alone)
+                    fill(spansColour);
+            }
+        fill(spansColour);
+    }
 }
 
 void EventTimeLineView::resized()

@@ -143,6 +143,49 @@ TEST_F(EventTimeLineViewTest, SelectionIsBrightOnTopAndTheRestKeepListOrderAndTh
     expectListOrder("after the list is taken again");
 }
 
+TEST_F(EventTimeLineViewTest, EventsShorterThanAPixelKeepTheirColoursAndOrderOnAScaledDisplay)
+{
+    // 1,000 one-frame events back to back from 3600 s, 0.4 pixels each and
+    // drawn a pixel wide, then a long one from 3650 s to 3700 s. The 501st
+    // is selected, the last short one is VFX. Drawn at twice the size, as on
+    // a high-density display: 20 device pixels a second.
+    for (int frame = 0; frame < 1000; ++frame) {
+        auto event = std::make_shared<core::EventBase>();
+        const core::Timecode in(90000 + frame);
+        const core::Timecode out(90000 + frame + 1);
+        event->setTimecodes(in, out, in, out);
+        event->setVfx(frame == 999);
+        list.addEvent(event);
+    }
+    list.addEvent(makeEvent("L", "01:00:50:00", "01:01:40:00", "01:00:50:00", "01:01:40:00"));
+    view.setEvents(list);
+    core::EventList selected(core::EventList::ChangeKind);
+    selected.addEvent(list.getEvents()[500]);
+    view.setSelection(selected);
+
+    const juce::Image image = view.createComponentSnapshot(view.getLocalBounds(), true, 2.0f);
+    // A colour to a shade: where many events share a pixel, the shade of
+    // their edges depends on how they are blended.
+    const auto shows = [&image](int x, int y, juce::Colour colour) {
+        const juce::Colour pixel = image.getPixelAt(x, y);
+        return pixel.getAlpha() == 255 && std::abs(pixel.getRed() - colour.getRed()) <= 2 &&
+               std::abs(pixel.getGreen() - colour.getGreen()) <= 2 && std::abs(pixel.getBlue() - colour.getBlue()) <= 2;
+    };
+    for (const int row : {2 * sourceRow, 2 * destinationRow}) {
+        SCOPED_TRACE(row);
+        // The selected one at 20 s, 2 device pixels, above those after it.
+        EXPECT_TRUE(shows(600, row, palette::bright));
+        EXPECT_TRUE(shows(601, row, palette::bright));
+        // No gap from the first to the last; the VFX one last and on top.
+        for (int x = 200; x < 999; ++x)
+            if (x != 600 && x != 601)
+                ASSERT_TRUE(shows(x, row, palette::event)) << x;
+        EXPECT_TRUE(shows(1000, row, palette::vfx));
+        EXPECT_EQ(image.getPixelAt(1003, row).getAlpha(), 0);
+        EXPECT_TRUE(shows(1250, row, palette::event));
+    }
+}
+
 TEST_F(EventTimeLineViewTest, EmptyAndZeroLengthListsAreDrawnWithFiniteWidths)
 {
     list.addEvent(makeEvent("A", "01:00:00:00", "01:00:10:00", "01:00:00:00", "01:00:10:00"));
