@@ -96,8 +96,9 @@ void BM_TimeLineSelectNone(benchmark::State& state)
 }
 BENCHMARK(BM_TimeLineSelectNone)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
-// The whole strip painted into an image, a hundred events selected.
-void BM_TimeLinePaint(benchmark::State& state)
+// The whole strip painted into an image, a hundred events selected; on a
+// display of `percent` scale (a high-density one at 150 or 200).
+void paint(benchmark::State& state, int percent)
 {
     juce::ScopedJuceInitialiser_GUI juce;
     Strip strip(static_cast<int>(state.range(0)));
@@ -106,14 +107,28 @@ void BM_TimeLinePaint(benchmark::State& state)
     for (size_t i = 0; i < strip.list.getSize(); i += strip.list.getSize() / 100)
         selected.addEvent(strip.list.getEvents()[i]);
     strip.view.setSelection(selected);
-    juce::Image image(juce::Image::ARGB, strip.view.getWidth(), strip.view.getHeight(), true);
+    const float scale = static_cast<float>(percent) / 100.0f;
+    juce::Image image(juce::Image::ARGB, juce::roundToInt(static_cast<float>(strip.view.getWidth()) * scale),
+                      juce::roundToInt(static_cast<float>(strip.view.getHeight()) * scale), true);
     for (auto _ : state) {
         juce::Graphics g(image);
+        g.addTransform(juce::AffineTransform::scale(scale));
         strip.view.paintEntireComponent(g, true);
     }
     state.counters["events"] = static_cast<double>(state.range(0));
 }
+
+void BM_TimeLinePaint(benchmark::State& state)
+{
+    paint(state, 100);
+}
 BENCHMARK(BM_TimeLinePaint)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+void BM_TimeLinePaintScaled(benchmark::State& state)
+{
+    paint(state, static_cast<int>(state.range(1)));
+}
+BENCHMARK(BM_TimeLinePaintScaled)->Args({10000, 150})->Args({10000, 200})->Unit(benchmark::kMillisecond);
 
 // The strip going away with all its rectangles, as when the window closes.
 void BM_TimeLineTeardown(benchmark::State& state)
