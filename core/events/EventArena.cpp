@@ -2,6 +2,10 @@
 
 #include <new>
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace montala::core {
 
 namespace {
@@ -9,6 +13,8 @@ namespace {
 // An event with its count and allocator takes a few words more than the
 // event alone.
 constexpr size_t slotBytes = sizeof(EventBase) + 64;
+
+constexpr size_t hugePageBytes = size_t{2} << 20;
 
 } // namespace
 
@@ -23,7 +29,8 @@ EventArena::~EventArena()
 EventPtr EventArena::makeEvent()
 {
     if (!block || !block->hasRoom(slotBytes)) {
-        Block* fresh = Block::create(blockBytes);
+        Block* fresh = Block::create(expectedBytes != 0 ? expectedBytes : blockBytes);
+        expectedBytes = 0;
         if (block)
             block->release();
         block = fresh;
@@ -31,10 +38,26 @@ EventPtr EventArena::makeEvent()
     return std::allocate_shared<EventBase>(Allocator<EventBase>(block));
 }
 
+void EventArena::expect(size_t events)
+{
+    expectedBytes = events > 0 ? slotBytes * events : 0;
+}
+
 EventArena::Block* EventArena::Block::create(size_t bytes)
 {
-    void* memory = ::operator new(sizeof(Block) + bytes);
-    return new (memory) Block(bytes);
+    if (sizeof(Block) + bytes < hugePageBytes) {
+        void* memory = ::operator new(sizeof(Block) + bytes);
+        return new (memory) Block(bytes, 0);
+    }
+    // The events of a long EDL take megabytes, and each 4 KB page of them
+    // costs a fault when first written, most of the time of reading them.
+    // On huge pages one fault makes 2 MB.
+    const size_t total = (sizeof(Block) + bytes + hugePageBytes - 1) / hugePageBytes * hugePageBytes;
+    void* memory = ::operator new(total, std::align_val_t(hugePageBytes));
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    ::madvise(memory, total, MADV_HUGEPAGE);
+#endif
+    return new (memory) Block(total - sizeof(Block), hugePageBytes);
 }
 
 void* EventArena::Block::take(size_t bytes, size_t alignment)
@@ -50,8 +73,13 @@ void* EventArena::Block::take(size_t bytes, size_t alignment)
 void EventArena::Block::release()
 {
     if (holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        const size_t aligned = alignment;
+        void* memory = this;
         this->~Block();
-        ::operator delete(static_cast<void*>(this));
+        if (aligned != 0)
+            ::operator delete(memory, std::align_val_t(aligned));
+        else
+            ::operator delete(memory);
     }
 }
 

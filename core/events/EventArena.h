@@ -22,11 +22,16 @@ public:
 
     // A new plain event, as std::make_shared<EventBase>() makes it.
     EventPtr makeEvent();
+    // Makes the next block for about this many events: a file's size, or
+    // the list an algorithm goes through, tells how many will come.
+    void expect(size_t events);
 
 private:
     // Aligned for whatever the events hold; the events follow the header.
     class alignas(alignof(std::max_align_t)) Block {
     public:
+        // At least bytes; a block of megabytes is laid on huge pages where
+        // the system has them.
         static Block* create(size_t bytes);
         // std::bad_alloc when the rest of the block is too small: the arena
         // makes sure that it is not.
@@ -37,12 +42,13 @@ private:
         void release();
 
     private:
-        explicit Block(size_t size) : size(size) {}
+        Block(size_t size, size_t alignment) : size(size), alignment(alignment) {}
         char* storage() { return reinterpret_cast<char*>(this + 1); }
 
         std::atomic<size_t> holders{1};
         size_t used = 0;
         size_t size;
+        size_t alignment; // of the memory, when it is not the usual
     };
 
     // What std::allocate_shared uses for an event and its count: a place
@@ -71,6 +77,8 @@ private:
 
     Block* block = nullptr;
     size_t blockBytes;
+    // For the next block only, when not 0.
+    size_t expectedBytes = 0;
 };
 
 } // namespace montala::core

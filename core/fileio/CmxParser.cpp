@@ -238,48 +238,66 @@ Result::Type CmxParser::readStream(std::istream& stream, const std::string& edlF
 
 bool CmxParser::readWhole(std::istream& stream, const std::string& edlFileName, bool acceptAudio, size_t sizeHint)
 {
-    // The whole text first, then its lines: measured, this beats reading
-    // line by line. Room for one byte more than expected, so that the read
-    // that finds the end needs no more room.
-    std::string text(std::max<size_t>(sizeHint + 1, 4096), '\0');
-    size_t length = 0;
+    // The text in pieces, each line taken as soon as it is whole: a long
+    // file costs no copy of all of it, only the events' lines are kept.
+    startText(edlFileName, sizeHint);
+    std::string buffer(64 * 1024, '\0');
+    size_t held = 0;
+    size_t lineNumber = 0;
+    char delimiter = '\0'; // decided by the first line end
     for (;;) {
-        stream.read(text.data() + length, static_cast<std::streamsize>(text.size() - length));
-        const auto got = static_cast<size_t>(stream.gcount());
-        length += got;
-        if (got == 0 || !stream)
+        // Room for a line longer than the buffer.
+        if (held == buffer.size())
+            buffer.resize(buffer.size() * 2);
+        stream.read(buffer.data() + held, static_cast<std::streamsize>(buffer.size() - held));
+        held += static_cast<size_t>(stream.gcount());
+        const bool atEnd = !stream;
+        const std::string_view text(buffer.data(), held);
+        if (delimiter == '\0') {
+            if (!atEnd && text.find_first_of("\r\n") == std::string_view::npos)
+                continue;
+            delimiter = lineDelimiter(text);
+        }
+        const size_t taken = takeLines(text, delimiter, lineNumber, acceptAudio, atEnd);
+        if (atEnd)
             break;
-        if (length == text.size())
-            text.resize(text.size() * 2);
+        // The unfinished line moves to the front.
+        std::memmove(buffer.data(), buffer.data() + taken, held - taken);
+        held -= taken;
     }
-    if (stream.bad())
+    if (stream.bad()) {
+        // Nothing of a file that could not be read is kept.
+        startText(edlFileName, 0);
         return false;
-    text.resize(length);
-    scanText(text, edlFileName, acceptAudio);
+    }
+    finishText();
     return true;
 }
 
 void CmxParser::readText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
 {
     report.clear();
-    scanText(text, edlFileName, acceptAudio);
+    startText(edlFileName, text.size());
+    size_t lineNumber = 0;
+    takeLines(text, lineDelimiter(text), lineNumber, acceptAudio, true);
+    finishText();
 }
 
-void CmxParser::scanText(std::string_view text, const std::string& edlFileName, bool acceptAudio)
+size_t CmxParser::takeLines(std::string_view text, char delimiter, size_t& lineNumber, bool acceptAudio, bool atEnd)
 {
-    startText(edlFileName, text.size());
     const bool plain = isPlainAscii(text);
-    const char delimiter = lineDelimiter(text);
-    size_t lineNumber = 0;
     size_t start = 0;
     while (start < text.size()) {
         size_t stop = text.find(delimiter, start);
-        if (stop == std::string_view::npos)
+        if (stop == std::string_view::npos) {
+            if (!atEnd)
+                break;
             stop = text.size();
+        }
         takeLine(text.substr(start, stop - start), ++lineNumber, acceptAudio, plain);
-        start = stop + 1;
+        start = std::min(stop + 1, text.size());
     }
-    finishText();
+    return start;
 }
 
 void CmxParser::startText(const std::string& edlFileName, size_t textSize)
@@ -292,6 +310,9 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     // Nearly every event line takes 58 bytes or more: room for that many
     // spares regrowing.
     pending.reserve(textSize / 58 + 1);
+    // An event and its comment take a hundred bytes or so.
+    if (textSize > 0)
+        arena.expect(textSize / 100 + 1);
     edlFile = std::make_shared<const std::string>(edlFileName);
     // The events' lines are about the whole text.
     texts.clear();

@@ -60,10 +60,12 @@ private:
         size_t line = 0;
     };
 
-    // sizeHint: the bytes the stream is expected to hold, so that the text
-    // is read in one piece.
+    // sizeHint: the bytes the stream is expected to hold, to make room for
+    // its events at once.
     bool readWhole(std::istream& stream, const std::string& edlFile, bool acceptAudio, size_t sizeHint = 0);
-    void scanText(std::string_view text, const std::string& edlFile, bool acceptAudio);
+    // Takes the whole lines of text, and at the end of the text the last
+    // one too; returns where the lines not taken begin.
+    size_t takeLines(std::string_view text, char delimiter, size_t& lineNumber, bool acceptAudio, bool atEnd);
     void startText(const std::string& edlFile, size_t textSize);
     // plain: the line is known to hold neither a NUL nor a byte above 0x7F.
     void takeLine(std::string_view line, size_t lineNumber, bool acceptAudio, bool plain);

@@ -1,5 +1,6 @@
 #include "core/generation/ChangeEdlGenerator.h"
 
+#include "core/events/EventArena.h"
 #include "core/events/EventListAlgorithm.h"
 #include "core/generation/SourceIntervalIndex.h"
 #include "util/Result.h"
@@ -115,9 +116,10 @@ Timecode changeSrcIn(const EventBase& oldEvent, const MatchShape& shape)
     return shape.speedCase == MatchShape::Freeze ? oldEvent.getDstIn() : plus(oldEvent.getDstIn(), shape.oldOffset);
 }
 
-EventPtr makeChangeEvent(const EventBase& oldEvent, const EventBase& newEvent, const MatchShape& shape)
+EventPtr makeChangeEvent(const EventBase& oldEvent, const EventBase& newEvent, const MatchShape& shape,
+                         EventArena* arena = nullptr)
 {
-    auto event = std::make_shared<EventBase>();
+    EventPtr event = arena ? arena->makeEvent() : std::make_shared<EventBase>();
     event->setRollName(newEvent.getRollName());
     event->setClipName(newEvent.getClipName());
     event->setVfx(newEvent.isVfx());
@@ -857,6 +859,9 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
 
     const Framerate rate = Timecode::currentFramerate();
     OldEventTable table;
+    // Most Change events are made here, one after the other.
+    EventArena arena;
+    arena.expect(newEvents.size());
     uint32_t position = 0;
     for (const EventPtr& event : oldEvents) {
         if (!event->isFlawless())
@@ -881,7 +886,7 @@ int ChangeEdlGenerator::generate(const EventList& oldList, const EventList& newL
         try {
             for (const OldEventTable::Survivor& survivor : table.match(key, *newEvent, lastShift, onFailure)) {
                 EventPtr event = survivor.event ? survivor.event
-                                                : makeChangeEvent(*survivor.oldEvent, *newEvent, *survivor.shape);
+                                                : makeChangeEvent(*survivor.oldEvent, *newEvent, *survivor.shape, &arena);
                 event->setEventNumber(nextNumber++);
                 event->setVfx(changedByVfx);
                 changeList.addEvent(event);

@@ -346,6 +346,51 @@ TEST_F(CmxParserTest, LinesThatAreNotUtf8AreReadAsWindows1252)
                                                                       {6, fileio::LineIssue::Windows1252}}));
 }
 
+TEST_F(CmxParserTest, AStreamReadInPiecesGivesWhatTheWholeTextGives)
+{
+    // Far more than one piece of the reader's, with lines across the
+    // joins, dissolve pairs and a comment longer than a piece.
+    std::string text = "TITLE: LONG\n";
+    char line[160];
+    for (int i = 1; i <= 3000; ++i) {
+        const int frame = i % 25;
+        std::snprintf(line, sizeof line, "%03d  A%03d     V     C        10:00:%02d:%02d 10:00:%02d:%02d 01:%02d:%02d:00 01:%02d:%02d:01\n",
+                      i % 1000, i % 400, i % 60, frame, i % 60, frame, i / 60 % 60, i % 60, i / 60 % 60, i % 60);
+        text += line;
+        text += "* FROM CLIP NAME:  clip" + std::to_string(i) + ".mov\n";
+        if (i % 7 == 0) {
+            std::snprintf(line, sizeof line, "%03d  B%03d     V     D    010 20:00:00:00 20:00:01:00 01:%02d:%02d:00 01:%02d:%02d:01\n",
+                          i % 1000, i % 400, i / 60 % 60, i % 60, i / 60 % 60, i % 60);
+            text += line;
+            text += "* TO CLIP NAME:  in" + std::to_string(i) + ".mov\n";
+        }
+        if (i == 1500)
+            text += "* " + std::string(70000, 'x') + "\n";
+    }
+    std::string crLf;
+    for (char c : text)
+        crLf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    for (const std::string& edl : {text, crLf}) {
+        CmxParser whole;
+        whole.readText(edl, "reel.edl", false);
+        EventList expected(EventList::ChangeKind);
+        whole.build(expected);
+        list.clear();
+        ASSERT_EQ(parse(edl), Result::Ok);
+        ASSERT_EQ(list.getSize(), expected.getSize());
+        ASSERT_EQ(list.getSize(), 3000u + 3000u / 7);
+        for (size_t i = 0; i < list.getSize(); ++i) {
+            const EventBase& wanted = *expected.getEvent(i);
+            ASSERT_EQ(event(i).getEventNumber(), wanted.getEventNumber()) << i;
+            ASSERT_EQ(event(i).getClipName(), wanted.getClipName()) << i;
+            ASSERT_EQ(event(i).getEdlText(), wanted.getEdlText()) << i;
+            ASSERT_EQ(event(i).getDstIn(), wanted.getDstIn()) << i;
+        }
+        EXPECT_EQ(parser.getReport().eventLines, whole.getReport().eventLines);
+    }
+    EXPECT_EQ(event(1499).getClipName(), "clip1313.mov");
+}
+
 TEST_F(CmxParserTest, ReadingThenBuildingJudgesAtTheRateSetBetween)
 {
     // Frames 27 do not exist at 25 fps; frame 00 of minute 1 not at drop
