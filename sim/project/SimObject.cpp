@@ -297,6 +297,19 @@ SimObject::Rare& SimObject::rare()
     return *rareParts;
 }
 
+const SimObject::List& SimObject::kids() const
+{
+    static const List none;
+    return childStore ? *childStore : none;
+}
+
+SimObject::List& SimObject::ownKids()
+{
+    if (!childStore)
+        childStore = std::make_unique<List>();
+    return *childStore;
+}
+
 SimObject::~SimObject()
 {
     if (owner)
@@ -484,7 +497,7 @@ void SimObject::noteListChange(bool automation)
         // Only the first change in a group needs the list as it was.
         if (!group->recorded(*this, automation)) {
             settle();
-            group->recordList(*this, automation ? this->automation() : childList, automation);
+            group->recordList(*this, automation ? this->automation() : kids(), automation);
         }
         group->noteChanged(*this);
     }
@@ -507,16 +520,17 @@ void SimObject::dropChain()
 std::vector<std::size_t> SimObject::childrenNear(double start, double end)
 {
     settle();
+    const List& list = kids();
     std::unique_ptr<ChildOrder>& childOrder = rare().childOrder;
     if (!childOrder) {
         // Each child's times are read once, in the list's order: sorting by
         // comparisons that read two children each would fetch every child
         // of a long track from all over the heap some twenty times.
-        std::vector<std::pair<double, std::size_t>> starts(childList.size());
-        std::vector<double> ends(childList.size());
-        for (std::size_t i = 0; i < childList.size(); ++i) {
-            starts[i] = {childList[i]->fields.start, i};
-            ends[i] = childList[i]->fields.end;
+        std::vector<std::pair<double, std::size_t>> starts(list.size());
+        std::vector<double> ends(list.size());
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            starts[i] = {list[i]->fields.start, i};
+            ends[i] = list[i]->fields.end;
         }
         if (!std::is_sorted(starts.begin(), starts.end()))
             std::sort(starts.begin(), starts.end());
@@ -541,7 +555,7 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
     auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
     std::vector<std::size_t> near;
     for (; i < last; ++i)
-        if (childList[order.byStart[i]]->fields.end >= start - margin)
+        if (list[order.byStart[i]]->fields.end >= start - margin)
             near.push_back(order.byStart[i]);
     std::sort(near.begin(), near.end());
     return near;
@@ -577,12 +591,12 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
         return;
     settle();
     noteListChange(false);
-    index = std::min(index, childList.size());
+    index = std::min(index, kids().size());
     // A run appends its pieces, mostly in time order: an appended child
     // takes its place in the order by start (near its end, after those that
     // start with it), and a copy of the next range finds its children
     // without sorting them all again.
-    const bool appended = rareParts && rareParts->childOrder && index == childList.size();
+    const bool appended = rareParts && rareParts->childOrder && index == kids().size();
     std::unique_ptr<ChildOrder> order = appended ? std::move(rareParts->childOrder) : nullptr;
     dropChain();
     if (order) {
@@ -601,12 +615,13 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     }
     child->parentNode = this;
     child->bindTo(owner);
-    childList.insert(childList.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
+    List& list = ownKids();
+    list.insert(list.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
 }
 
 void SimObject::appendChild(IPtr<SimObject> child)
 {
-    insertChild(std::move(child), childList.size());
+    insertChild(std::move(child), kids().size());
 }
 
 void SimObject::appendChildren(const List& list)
@@ -620,15 +635,16 @@ void SimObject::appendChildren(const List& list)
         dropChain();
     }
     for (const auto& child : list)
-        insertChild(child, childList.size());
+        insertChild(child, kids().size());
 }
 
 void SimObject::insertPoint(IPtr<SimObject> point)
 {
     settle();
+    const List& list = kids();
     const double time = point->fields.start;
     std::size_t index = 0;
-    while (index < childList.size() && childList[index]->fields.start <= time)
+    while (index < list.size() && list[index]->fields.start <= time)
         ++index;
     insertChild(std::move(point), index);
 }
@@ -645,7 +661,7 @@ bool SimObject::removeChild(SimObject* child)
     // Once a quarter of the list is leaving, those go at once: what a run
     // takes away is let go of while it goes on, and the list is moved only
     // once for every quarter of it removed.
-    if (++leaving >= childList.size() / 4)
+    if (++leaving >= kids().size() / 4)
         settle();
     return true;
 }
@@ -655,13 +671,14 @@ void SimObject::settle() const
     if (leaving == 0)
         return;
     leaving = 0;
-    std::erase_if(childList, [this](const auto& child) { return child->parentNode != this; });
+    if (childStore)
+        std::erase_if(*childStore, [this](const auto& child) { return child->parentNode != this; });
 }
 
 void SimObject::replaceChildren(const List& list)
 {
     settle();
-    replaceChildren(0, childList.size(), list);
+    replaceChildren(0, kids().size(), list);
 }
 
 void SimObject::replaceChildren(std::size_t first, std::size_t last, const List& list)
@@ -669,16 +686,17 @@ void SimObject::replaceChildren(std::size_t first, std::size_t last, const List&
     settle();
     noteListChange(false);
     dropChain();
-    last = std::min(last, childList.size());
+    List& kidsList = ownKids();
+    last = std::min(last, kidsList.size());
     first = std::min(first, last);
     // Those that stay keep their parent; only the ones that leave let go of
     // it and only the new ones take it, so a paste among a long list of
     // points costs what it changes.
     for (std::size_t i = first; i < last; ++i)
-        childList[i]->parentNode = nullptr;
-    const auto at = childList.erase(childList.begin() + static_cast<std::ptrdiff_t>(first),
-                                    childList.begin() + static_cast<std::ptrdiff_t>(last));
-    childList.insert(at, list.begin(), list.end());
+        kidsList[i]->parentNode = nullptr;
+    const auto at = kidsList.erase(kidsList.begin() + static_cast<std::ptrdiff_t>(first),
+                                   kidsList.begin() + static_cast<std::ptrdiff_t>(last));
+    kidsList.insert(at, list.begin(), list.end());
     for (const auto& child : list) {
         child->parentNode = this;
         if (child->owner != owner)
@@ -730,7 +748,7 @@ void SimObject::restoreFields(const Fields& values)
 void SimObject::restoreChildren(const List& list, bool automation)
 {
     settle();
-    List& target = automation ? rare().automationList : childList;
+    List& target = automation ? rare().automationList : ownKids();
     dropChain();
     for (const auto& child : target)
         if (child->parentNode == this)
@@ -768,7 +786,7 @@ IPtr<SimObject> SimObject::cloneTree() const
     for (const auto& child : children()) {
         IPtr<SimObject> childCopy = child->cloneTree();
         childCopy->parentNode = copy.get();
-        copy->childList.push_back(childCopy);
+        copy->ownKids().push_back(childCopy);
     }
     for (const auto& automationTrack : automation()) {
         IPtr<SimObject> trackCopy = automationTrack->cloneTree();

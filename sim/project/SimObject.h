@@ -26,7 +26,7 @@ namespace montala::sim {
 class SimProject;
 
 // What a node of the project tree is.
-enum class ObjectKind {
+enum class ObjectKind : std::uint8_t {
     Project,
     Folder,
     AudioTrack,
@@ -155,7 +155,7 @@ public:
     const List& children() const
     {
         settle();
-        return childList;
+        return kids();
     }
     const List& automation() const;
     const Attributes& attributes() const;
@@ -268,13 +268,17 @@ private:
         std::unique_ptr<ChildOrder> childOrder;
     };
     Rare& rare();
+    const List& kids() const;
+    List& ownKids();
 
     bool selected = false;
     ObjectKind objectKind;
     // Children removed but still in the list (see settle).
     mutable std::uint32_t leaving = 0;
     Fields fields;
-    mutable List childList;
+    // Null for a node that never held a child: most nodes are events and
+    // points.
+    mutable std::unique_ptr<List> childStore;
     SimObject* parentNode = nullptr;
     SimProject* owner = nullptr;
     std::unique_ptr<Rare> rareParts;
