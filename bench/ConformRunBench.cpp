@@ -10,6 +10,9 @@
 // counted apart in "job". "perPiece" is the run's time per Change event x
 // track, the unit of its work: it stays flat as the reel and the session
 // grow when the run is linear in both; "perPieceCpu" the same in CPU time.
+// "peakRss_MB" is the process's peak resident memory during the whole job,
+// from loading the session to saving it, and "peakPerSession" that peak over
+// the session file's size (what `montala conform` is held to).
 
 #include "BenchReel.h"
 
@@ -17,10 +20,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <malloc.h>
+
 #include <chrono>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <string>
 #include <tuple>
 
 namespace {
@@ -42,6 +49,22 @@ double threadSeconds()
     timespec now{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+// The kernel's peak resident memory of this process since the last call,
+// in bytes. Each call starts a new peak from what is resident then, after
+// the heap has handed back what it holds free: the runs before this one
+// leave no high-water mark behind.
+double peakResidentSinceLast()
+{
+    std::ifstream status("/proc/self/status");
+    double kilobytes = 0.0;
+    for (std::string line; std::getline(status, line);)
+        if (line.starts_with("VmHWM:"))
+            kilobytes = std::stod(line.substr(6));
+    ::malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << "5";
+    return kilobytes * 1024.0;
 }
 
 const Reel& reel(int shots, int tracks, bench::Session session)
@@ -76,10 +99,13 @@ void conformRun(benchmark::State& state)
             cpuBegan = threadSeconds();
     };
     watcher.conformed = [&](sim::SimProject&) { cpu = threadSeconds() - cpuBegan; };
+    double peak = 0.0;
     for (auto _ : state) {
+        peakResidentSinceLast();
         const auto began = std::chrono::steady_clock::now();
         outcome = run::runConform(files.request, watcher);
         job = std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+        peak = peakResidentSinceLast();
         if (outcome.status != run::ConformOutcome::Status::Done) {
             state.SkipWithError(outcome.message.c_str());
             return;
@@ -92,6 +118,8 @@ void conformRun(benchmark::State& state)
     state.counters["job_s"] = job;
     state.counters["perPiece_us"] = outcome.seconds / pieces * 1e6;
     state.counters["perPieceCpu_us"] = cpu / pieces * 1e6;
+    state.counters["peakRss_MB"] = peak / 1e6;
+    state.counters["peakPerSession"] = peak / static_cast<double>(fs::file_size(files.request.sessionPath));
 }
 
 constexpr int plain = static_cast<int>(bench::Session::Plain);
