@@ -20,11 +20,14 @@ namespace montala::gui {
 // covered edges; each of those edges is blended onto it as the path fill
 // would blend it.
 //
-//   x:        100  101  102  103  104
-//   A [100.3, 103.6)  .7 | 1  | 1  | .6
-//   B [102.5, 103.5)            .5 | .5
-//   column:   edge  A    A    A+B  edge
-//             blend known known   blend
+//   column:              100    101    102    103
+//   A [100.3, 103.6)      .7     1      1      .6
+//   B [102.5, 103.5)                    .5     .5
+//   painted as:          blend  known  known  blend, blend
+//
+// Columns 101 and 102 are one fill of A's colour and one of A's colour
+// with B's half edge blended in, worked out here; 100 and 103 get A's and
+// B's edges blended onto what lies beneath, one after the other.
 //
 // Where there are more events than columns (a feature's 10,000 in a
 // thousand pixels) this does a pixel's work per edge instead of building and
@@ -38,8 +41,10 @@ public:
     };
 
     // Whether the context draws the way this painter reproduces: JUCE's own
-    // software renderer, at one device pixel per unit. Elsewhere (scaled
-    // displays, native renderers) the strip fills its rectangles as paths.
+    // software renderer, at one device pixel per unit, moved by whole pixels
+    // and clipped to whole-pixel rectangles, as a component's paint is.
+    // Elsewhere (scaled displays, native renderers) the strip fills its
+    // rectangles as paths.
     static bool canPaint(juce::Graphics& g);
     // Whether a fill of this colour can be reproduced: an opaque one whose
     // partly covered edges have an exact counterpart over whole pixels,
