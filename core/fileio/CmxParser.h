@@ -95,6 +95,7 @@ private:
     PendingEvent dummy;
     // A line as it reads once made UTF-8 and free of NULs.
     std::string repaired;
+    std::string nameScratch;
 };
 
 // Parses into a fresh scratch list that is then assigned to list, whatever
