@@ -72,6 +72,15 @@ const char* kindName(ObjectKind kind)
     return "?";
 }
 
+void ProjectLink::hold(ProjectLink*& held, ProjectLink* link)
+{
+    if (link)
+        ++link->holders;
+    if (held && --held->holders == 0)
+        delete held;
+    held = link;
+}
+
 SimObject* simObject(FUnknown* object)
 {
     return dynamic_cast<SimObject*>(object);
@@ -312,15 +321,14 @@ SimObject::List& SimObject::ownKids()
 
 SimObject::~SimObject()
 {
-    if (owner)
-        owner->unregisterNode(this);
+    ProjectLink::hold(ownerLink, nullptr);
 }
 
 tresult SimObject::queryInterface(const FUID& iid, void** obj)
 {
     if (!obj)
         return kInvalidArgument;
-    if (owner && owner->failures().isWithheld(iid)) {
+    if (owner() && owner()->failures().isWithheld(iid)) {
         *obj = nullptr;
         return kNoInterface;
     }
@@ -454,7 +462,7 @@ bool SimObject::isInProject() const
     const SimObject* root = this;
     while (root->parentNode)
         root = root->parentNode;
-    return owner && root == static_cast<const SimObject*>(owner);
+    return owner() && root == static_cast<const SimObject*>(owner());
 }
 
 Kelmar::int32 SimObject::getFlags()
@@ -471,12 +479,12 @@ Kelmar::int32 SimObject::getFlags()
 
 bool SimObject::failing(const char* call)
 {
-    return owner && owner->failures().fails(call);
+    return owner() && owner()->failures().fails(call);
 }
 
 void SimObject::noteFieldsChange(const Fields& values)
 {
-    if (!owner)
+    if (!owner())
         return;
     // The project's fields are its length (and name); a track's lock alone
     // is a toggle. Neither is an edit unless made inside a group.
@@ -485,7 +493,7 @@ void SimObject::noteFieldsChange(const Fields& values)
     const ChangeKind change = objectKind == ObjectKind::Project ? ChangeKind::Setting
                               : lockOnly == values              ? ChangeKind::Toggle
                                                                 : ChangeKind::Structure;
-    if (SimEditGroup* group = owner->recordingGroup(change)) {
+    if (SimEditGroup* group = owner()->recordingGroup(change)) {
         group->recordFields(*this, fields, values);
         group->noteChanged(*this);
     }
@@ -493,7 +501,7 @@ void SimObject::noteFieldsChange(const Fields& values)
 
 void SimObject::noteListChange(bool automation)
 {
-    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Structure) : nullptr) {
+    if (SimEditGroup* group = owner() ? owner()->recordingGroup(ChangeKind::Structure) : nullptr) {
         // Only the first change in a group needs the list as it was.
         if (!group->recorded(*this, automation)) {
             settle();
@@ -580,8 +588,8 @@ void SimObject::setListParents(const List& list)
 {
     for (const auto& child : list) {
         child->parentNode = this;
-        if (child->owner != owner)
-            child->bindTo(owner);
+        if (child->owner() != owner())
+            child->bindTo(owner());
     }
 }
 
@@ -614,7 +622,7 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
         rareParts->childOrder = std::move(order);
     }
     child->parentNode = this;
-    child->bindTo(owner);
+    child->bindTo(owner());
     List& list = ownKids();
     list.insert(list.begin() + static_cast<std::ptrdiff_t>(index), std::move(child));
 }
@@ -699,8 +707,8 @@ void SimObject::replaceChildren(std::size_t first, std::size_t last, const List&
     kidsList.insert(at, list.begin(), list.end());
     for (const auto& child : list) {
         child->parentNode = this;
-        if (child->owner != owner)
-            child->bindTo(owner);
+        if (child->owner() != owner())
+            child->bindTo(owner());
     }
 }
 
@@ -710,13 +718,13 @@ void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
         return;
     noteListChange(true);
     automationTrack->parentNode = this;
-    automationTrack->bindTo(owner);
+    automationTrack->bindTo(owner());
     rare().automationList.push_back(std::move(automationTrack));
 }
 
 void SimObject::putAttribute(const std::string& name, const FVariant& value)
 {
-    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
+    if (SimEditGroup* group = owner() ? owner()->recordingGroup(ChangeKind::Setting) : nullptr) {
         const auto found = attributes().find(name);
         group->recordAttribute(*this, name, found == attributes().end() ? nullptr : &found->second);
         group->noteChanged(*this);
@@ -732,7 +740,7 @@ void SimObject::dropAttribute(const std::string& name)
     const auto found = attributeMap.find(name);
     if (found == attributeMap.end())
         return;
-    if (SimEditGroup* group = owner ? owner->recordingGroup(ChangeKind::Setting) : nullptr) {
+    if (SimEditGroup* group = owner() ? owner()->recordingGroup(ChangeKind::Setting) : nullptr) {
         group->recordAttribute(*this, name, &found->second);
         group->noteChanged(*this);
     }
@@ -798,13 +806,8 @@ IPtr<SimObject> SimObject::cloneTree() const
 
 void SimObject::bindTo(SimProject* project)
 {
-    if (owner != project) {
-        if (owner)
-            owner->unregisterNode(this);
-        owner = project;
-        if (owner)
-            owner->registerNode(this);
-    }
+    if (owner() != project)
+        ProjectLink::hold(ownerLink, project ? project->link() : nullptr);
     for (const auto& child : children())
         child->bindTo(project);
     for (const auto& automationTrack : automation())
@@ -836,10 +839,10 @@ void SimObject::watchStore(const std::string& name)
     // Stores read from a session file were made without the host's failure
     // plan; they take it when a plug-in can reach them.
     const auto found = attributes().find(name);
-    if (!owner || found == attributes().end() || !found->second.isObject())
+    if (!owner() || found == attributes().end() || !found->second.isObject())
         return;
     if (auto* storage = dynamic_cast<SimStorage*>(found->second.getObject()))
-        storage->setFailures(owner->failurePlanShared());
+        storage->setFailures(owner()->failurePlanShared());
 }
 
 tresult SimObject::getAttribute(const char8* name, FVariant& value)
@@ -883,7 +886,7 @@ tresult SimObject::setName(IEditContext*, const char16* name, int32)
         return kInvalidArgument;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Rename");
+    const SimHost::OwnStep step(owner(), u"Rename");
     Fields values = fields;
     values.name = name;
     return changeFields(values);
@@ -899,7 +902,7 @@ double SimObject::getEnd(IEditContext*)
     if (objectKind == ObjectKind::Project)
         return fields.end;
     if (isTrack())
-        return owner ? owner->length() : 0.0;
+        return owner() ? owner()->length() : 0.0;
     return isPointKind(objectKind) ? fields.start : fields.end;
 }
 
@@ -916,7 +919,7 @@ tresult SimObject::setStart(IEditContext*, double start, int32)
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Move");
+    const SimHost::OwnStep step(owner(), u"Move");
     Fields values = fields;
     values.end = isPointKind(objectKind) ? start : start + (fields.end - fields.start);
     values.start = start;
@@ -937,7 +940,7 @@ tresult SimObject::setLength(IEditContext* context, double length, int32 flags)
     if (failing("setLength"))
         return kResultFailed;
     if (objectKind == ObjectKind::Project)
-        return owner ? owner->setProjectLength(length) : kResultFalse;
+        return owner() ? owner()->setProjectLength(length) : kResultFalse;
     if (!isTimed() || isPointKind(objectKind))
         return kNotImplemented;
     if (length < 0.0)
@@ -955,14 +958,14 @@ tresult SimObject::setEnd(IEditContext* context, double end, int32 flags)
 tresult SimObject::changeEnd(IEditContext*, double end, int32)
 {
     if (objectKind == ObjectKind::Project)
-        return owner ? owner->setProjectLength(end) : kResultFalse;
+        return owner() ? owner()->setProjectLength(end) : kResultFalse;
     if (!isTimed() || isPointKind(objectKind))
         return kNotImplemented;
     if (end < fields.start)
         return kInvalidArgument;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Trim");
+    const SimHost::OwnStep step(owner(), u"Trim");
     Fields values = fields;
     values.end = end;
     return changeFields(values);
@@ -1048,9 +1051,9 @@ IProjectObject* SimObject::getNextInChain()
 
 IPoolClip* SimObject::getClip()
 {
-    if (objectKind != ObjectKind::VideoEvent || !owner)
+    if (objectKind != ObjectKind::VideoEvent || !owner())
         return nullptr;
-    SimPoolClip* clip = owner->mediaPool().findClip(fields.clipId);
+    SimPoolClip* clip = owner()->mediaPool().findClip(fields.clipId);
     if (!clip)
         return nullptr;
     clip->addRef();
@@ -1068,7 +1071,7 @@ tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
         return kInvalidArgument;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Change Clip");
+    const SimHost::OwnStep step(owner(), u"Change Clip");
     Fields values = fields;
     values.clipId = clip->id();
     return changeFields(values);
@@ -1084,7 +1087,7 @@ tresult SimObject::setValue(IEditContext*, float value, int32)
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Change Value");
+    const SimHost::OwnStep step(owner(), u"Change Value");
     Fields values = fields;
     values.value = value;
     return changeFields(values);
@@ -1098,7 +1101,7 @@ tresult SimObject::setSegmentEnd(IEditContext*, bool segmentEnd, int32)
         return kNotImplemented;
     if (isLockedContent())
         return kResultFalse;
-    const SimHost::OwnStep step(owner, u"Change Value");
+    const SimHost::OwnStep step(owner(), u"Change Value");
     Fields values = fields;
     values.segmentEnd = segmentEnd;
     return changeFields(values);

@@ -44,6 +44,18 @@ enum class ObjectKind : std::uint8_t {
 
 const char* kindName(ObjectKind kind);
 
+// A project as the nodes bound to it hold it: it lasts while any of them
+// does, and names no project once that project is gone, so that a node that
+// outlives its project forgets it without the project keeping a list of its
+// nodes (a feature's session binds a million of them).
+struct ProjectLink {
+    SimProject* project = nullptr;
+    std::uint32_t holders = 0;
+
+    // Takes `link` (or none) in place of what `held` holds.
+    static void hold(ProjectLink*& held, ProjectLink* link);
+};
+
 // One node of a simulated project: a track of any sort, an automation track
 // or point, an event, a part or a marker (the project is a node too). One
 // class holds all of them so that copying, undo and the session file treat
@@ -160,7 +172,7 @@ public:
     const List& automation() const;
     const Attributes& attributes() const;
     SimObject* parent() const { return parentNode; }
-    SimProject* project() const { return owner; }
+    SimProject* project() const { return owner(); }
     bool selectedFlag() const { return selected; }
 
     // The track that holds this node (itself for a track); null if none.
@@ -208,8 +220,6 @@ public:
 
     // Binds the node and all below it to `project`, or to none with null.
     void bindTo(SimProject* project);
-    // Only for a project that goes away: forgets it without telling it.
-    void forgetProject() { owner = nullptr; }
 
     // Used by undo: puts back values without recording.
     void restoreFields(const Fields& values);
@@ -268,6 +278,7 @@ private:
         std::unique_ptr<ChildOrder> childOrder;
     };
     Rare& rare();
+    SimProject* owner() const { return ownerLink ? ownerLink->project : nullptr; }
     const List& kids() const;
     List& ownKids();
 
@@ -280,11 +291,8 @@ private:
     // points.
     mutable std::unique_ptr<List> childStore;
     SimObject* parentNode = nullptr;
-    SimProject* owner = nullptr;
+    ProjectLink* ownerLink = nullptr;
     std::unique_ptr<Rare> rareParts;
-    // Neighbours among the nodes bound to the same project (SimProject's list).
-    SimObject* boundPrevious = nullptr;
-    SimObject* boundNext = nullptr;
     friend class SimProject;
 };
 

@@ -37,6 +37,7 @@ SimProject::SimProject(SimHost& host, std::u16string name)
     Fields values;
     values.name = std::move(name);
     restoreFields(values);
+    ProjectLink::hold(nodesLink, new ProjectLink{this, 0});
     bindTo(this);
 }
 
@@ -45,32 +46,8 @@ SimProject::~SimProject()
     history.clear();
     defaultMarkerTrack.reset();
     // Nodes still held elsewhere outlive the project: they forget it.
-    for (SimObject* node = boundNodes; node;) {
-        SimObject* next = node->boundNext;
-        node->boundPrevious = node->boundNext = nullptr;
-        node->forgetProject();
-        node = next;
-    }
-    boundNodes = nullptr;
-}
-
-void SimProject::registerNode(SimObject* node)
-{
-    node->boundPrevious = nullptr;
-    node->boundNext = boundNodes;
-    if (boundNodes)
-        boundNodes->boundPrevious = node;
-    boundNodes = node;
-}
-
-void SimProject::unregisterNode(SimObject* node)
-{
-    if (node != boundNodes && !node->boundPrevious)
-        return;
-    (node->boundPrevious ? node->boundPrevious->boundNext : boundNodes) = node->boundNext;
-    if (node->boundNext)
-        node->boundNext->boundPrevious = node->boundPrevious;
-    node->boundPrevious = node->boundNext = nullptr;
+    nodesLink->project = nullptr;
+    ProjectLink::hold(nodesLink, nullptr);
 }
 
 tresult SimProject::queryInterface(const FUID& iid, void** obj)

@@ -127,10 +127,8 @@ public:
     // The first track of that name, depth first; null if none.
     SimObject* findTrack(std::u16string_view name);
 
-    // Nodes bound to this project register themselves, so that a project that
-    // goes away can unbind those still held elsewhere.
-    void registerNode(SimObject* node);
-    void unregisterNode(SimObject* node);
+    // What the nodes bound to this project hold of it.
+    ProjectLink* link() const { return nodesLink; }
 
 private:
     SimProject(SimHost& host, std::u16string name);
@@ -146,9 +144,7 @@ private:
     std::size_t undoPosition = 0;
     std::vector<Kelmar::IProjectStorageNotification*> storage;
     Kelmar::IPtr<SimObject> defaultMarkerTrack;
-    // The nodes bound to this project, linked through the nodes themselves:
-    // a feature's session binds a million of them.
-    SimObject* boundNodes = nullptr;
+    ProjectLink* nodesLink = nullptr;
 };
 
 // The project behind an interface pointer of the simulator, or null.

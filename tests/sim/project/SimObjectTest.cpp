@@ -172,6 +172,17 @@ TEST_F(SimObjectTest, FlagsSayWhatLeftTheProjectAndWhatChangedInTheOpenGroup)
     EXPECT_EQ(notes.getFlags(), 0) << "the marks last as long as the group";
 
     EXPECT_EQ(owned(project->getDefaultMarkerTrack())->getFlags(), IProjectObject::kLeftProject);
+
+    // Held past the project's end, a node and its copy belong to none.
+    IPtr<SimObject> track = shared(project->findTrack(u"DX"));
+    IPtr<SimObject> copy = track->cloneTree();
+    copy->bindTo(project.get());
+    host->projectManager().closeProject(project.get());
+    project.reset();
+    EXPECT_EQ(track->project(), nullptr);
+    EXPECT_EQ(copy->project(), nullptr);
+    EXPECT_EQ(track->getFlags() & IProjectObject::kLeftProject, IProjectObject::kLeftProject);
+    EXPECT_EQ(track->setName(nullptr, u"kept", 0), kResultOk) << "a change with no project records nothing";
 }
 
 } // namespace
