@@ -64,6 +64,9 @@ const char* trackTypeName(int type)
     case TrackType::NewVideo: return "New Video";
     case TrackType::Folder: return "Montala Markers";
     case TrackType::OldVideo: return "Old Video";
+    default:
+        // The marker kinds' tracks are named by their table above.
+        break;
     }
     return "INVALID!";
 }

@@ -77,9 +77,12 @@ juce::KeyPress keyOf(MenuItem item)
     case ReportItem:
         return juce::KeyPress('r', command | shift, 0);
     case RedoItem:
+        return juce::KeyPress('z', command | shift, 0);
+    case FirstProjectItem:
+        // Plug-ins' entries bring no key of the studio's.
         break;
     }
-    return juce::KeyPress('z', command | shift, 0);
+    return {};
 }
 
 void addEntry(juce::PopupMenu& menu, MenuItem item, const juce::String& name, bool enabled)

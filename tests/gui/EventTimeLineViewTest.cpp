@@ -178,8 +178,9 @@ TEST_F(EventTimeLineViewTest, EventsShorterThanAPixelKeepTheirColoursAndOrderOnA
         EXPECT_TRUE(shows(601, row, palette::bright));
         // No gap from the first to the last; the VFX one last and on top.
         for (int x = 200; x < 999; ++x)
-            if (x != 600 && x != 601)
+            if (x != 600 && x != 601) {
                 ASSERT_TRUE(shows(x, row, palette::event)) << x;
+            }
         EXPECT_TRUE(shows(1000, row, palette::vfx));
         EXPECT_EQ(image.getPixelAt(1003, row).getAlpha(), 0);
         EXPECT_TRUE(shows(1250, row, palette::event));

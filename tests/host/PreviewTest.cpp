@@ -109,8 +109,9 @@ TEST_F(PreviewTest, MemosAreShownInThePreviewMirroredToTheOldTimelineAndKeptByTh
     EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{13.0, 86403.0}));
     // The memo shown in the preview is the old one's twin: moving it moves both.
     for (const auto& marker : simTrack("Memos").children())
-        if (marker->get().start > 86400.0 && marker->get().name == u"louder")
+        if (marker->get().start > 86400.0 && marker->get().name == u"louder") {
             ASSERT_TRUE(user.moveEvent(*marker, 86404.0));
+        }
     EXPECT_EQ(markerStarts("Memos", "louder"), (std::vector<double>{14.0, 86404.0}));
 
     // Both stay when the preview ends and its work area goes, and the run

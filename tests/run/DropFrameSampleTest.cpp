@@ -86,8 +86,9 @@ TEST_F(DropFrameSampleTest, ConformedFromTheCutsOrFromAWrittenChangeEdlAndInSync
         EXPECT_TRUE(report.inSync()) << describe(report);
         EXPECT_EQ(report.newCutFrames, 2360u);
         for (const TrackAudit& track : report.tracks) {
-            if (!track.leftOut)
+            if (!track.leftOut) {
                 EXPECT_EQ(track.inSync, 2360u) << track.name;
+            }
         }
     }
 }
