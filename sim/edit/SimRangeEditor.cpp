@@ -86,11 +86,109 @@ std::optional<SimObject::Fields> trimmedFields(const SimObject& node, double sta
     return values;
 }
 
-// The first of the points (in time order) that lies after `time`.
-SimObject::List::const_iterator firstAfter(const SimObject::List& points, double time)
+// A curve's points in time order, found by time. The times are read from
+// what the automation track keeps of them when it is given, else from the
+// points: a search among a feature's thousands of points then reads a short
+// list of numbers and fetches only the points it lands on, where reading
+// each point it passes would go all over the heap.
+class Points {
+public:
+    explicit Points(const SimObject::List& list, const std::vector<double>* times = nullptr)
+        : list(list), times(times)
+    {
+    }
+
+    // The first point after `time`, and the first on or after it.
+    SimObject::List::const_iterator after(double time) const { return list.begin() + before(time, false); }
+    SimObject::List::const_iterator from(double time) const { return list.begin() + before(time, true); }
+
+    const SimObject::List& list;
+
+private:
+    // How many points lie before `time`, and on it unless `strictly`.
+    std::ptrdiff_t before(double time, bool strictly) const
+    {
+        std::size_t low = 0;
+        std::size_t high = list.size();
+        while (low < high) {
+            const std::size_t middle = low + (high - low) / 2;
+            const double t = times ? (*times)[middle] : list[middle]->get().start;
+            if (strictly ? t < time : t <= time)
+                low = middle + 1;
+            else
+                high = middle;
+        }
+        return static_cast<std::ptrdiff_t>(low);
+    }
+
+    const std::vector<double>* times;
+};
+
+// An automation track's points with the times it keeps of them.
+Points pointsOf(SimObject& automationTrack)
 {
-    return std::upper_bound(points.begin(), points.end(), time,
-                            [](double t, const IPtr<SimObject>& point) { return t < point->get().start; });
+    const std::vector<double>& times = automationTrack.pointTimes();
+    return Points(automationTrack.children(), &times);
+}
+
+std::optional<double> valueAt(const Points& points, int curve, double time)
+{
+    const SimObject::List& list = points.list;
+    if (list.empty())
+        return std::nullopt;
+    if (time < list.front()->get().start)
+        return list.front()->get().value;
+    // The last point at or before `time`, and the one after it.
+    const std::size_t before = static_cast<std::size_t>(points.after(time) - list.begin()) - 1;
+    const SimObject::Fields& p = list[before]->get();
+    if (before + 1 >= list.size())
+        return p.value;
+    const SimObject::Fields& q = list[before + 1]->get();
+    if (p.segmentEnd || stepped(curve) || q.start - p.start <= SimRangeEditor::epsilon)
+        return p.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> valueLeaving(const Points& points, int curve, double time)
+{
+    constexpr double epsilon = SimRangeEditor::epsilon;
+    const SimObject::List& list = points.list;
+    if (list.empty())
+        return std::nullopt;
+    // The last point on or before `time`; before the first, the first holds.
+    const auto after = points.after(time + epsilon);
+    if (after == list.begin())
+        return list.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(after))->get();
+    if (after == list.end() || p.segmentEnd || stepped(curve) || p.start >= time - epsilon)
+        return p.value;
+    const SimObject::Fields& q = (*after)->get();
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+std::optional<double> valueArriving(const Points& points, int curve, double time)
+{
+    constexpr double epsilon = SimRangeEditor::epsilon;
+    const SimObject::List& list = points.list;
+    if (list.empty())
+        return std::nullopt;
+    // The first point on or after `time`, and the one before it.
+    const auto at = points.from(time - epsilon);
+    if (at == list.begin())
+        return list.front()->get().value;
+    const SimObject::Fields& p = (*std::prev(at))->get();
+    if (at == list.end() || p.segmentEnd || stepped(curve))
+        return p.value;
+    const SimObject::Fields& q = (*at)->get();
+    if (q.start <= time + epsilon)
+        return q.value;
+    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+}
+
+bool holdsAt(const Points& points, double time)
+{
+    const auto after = points.after(time + SimRangeEditor::epsilon);
+    return after != points.list.begin() && (*std::prev(after))->get().segmentEnd;
 }
 
 // `list` with `point` put after the points at or before its time.
@@ -110,59 +208,22 @@ std::optional<double> SimRangeEditor::valueAt(const SimObject& automationTrack, 
 
 std::optional<double> SimRangeEditor::valueAt(const SimObject::List& points, int curve, double time)
 {
-    if (points.empty())
-        return std::nullopt;
-    if (time < points.front()->get().start)
-        return points.front()->get().value;
-    // The last point at or before `time`, and the one after it: the points
-    // are in time order.
-    const std::size_t before = static_cast<std::size_t>(firstAfter(points, time) - points.begin()) - 1;
-    const SimObject::Fields& p = points[before]->get();
-    if (before + 1 >= points.size())
-        return p.value;
-    const SimObject::Fields& q = points[before + 1]->get();
-    if (p.segmentEnd || curve == 0 || curve == 3 || q.start - p.start <= epsilon)
-        return p.value;
-    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+    return sim::valueAt(Points(points), curve, time);
 }
 
 std::optional<double> SimRangeEditor::valueLeaving(const SimObject::List& points, int curve, double time)
 {
-    if (points.empty())
-        return std::nullopt;
-    // The last point on or before `time`; before the first, the first holds.
-    const auto after = firstAfter(points, time + epsilon);
-    if (after == points.begin())
-        return points.front()->get().value;
-    const SimObject::Fields& p = (*std::prev(after))->get();
-    if (after == points.end() || p.segmentEnd || stepped(curve) || p.start >= time - epsilon)
-        return p.value;
-    const SimObject::Fields& q = (*after)->get();
-    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+    return sim::valueLeaving(Points(points), curve, time);
 }
 
 std::optional<double> SimRangeEditor::valueArriving(const SimObject::List& points, int curve, double time)
 {
-    if (points.empty())
-        return std::nullopt;
-    // The first point on or after `time`, and the one before it.
-    const auto at = std::lower_bound(points.begin(), points.end(), time - epsilon,
-                                     [](const IPtr<SimObject>& point, double t) { return point->get().start < t; });
-    if (at == points.begin())
-        return points.front()->get().value;
-    const SimObject::Fields& p = (*std::prev(at))->get();
-    if (at == points.end() || p.segmentEnd || stepped(curve))
-        return p.value;
-    const SimObject::Fields& q = (*at)->get();
-    if (q.start <= time + epsilon)
-        return q.value;
-    return p.value + (q.value - p.value) * (time - p.start) / (q.start - p.start);
+    return sim::valueArriving(Points(points), curve, time);
 }
 
 bool SimRangeEditor::holdsAt(const SimObject::List& points, double time)
 {
-    const auto after = firstAfter(points, time + epsilon);
-    return after != points.begin() && (*std::prev(after))->get().segmentEnd;
+    return sim::holdsAt(Points(points), time);
 }
 
 IPtr<SimObject> SimRangeEditor::trimmedCopy(const SimObject& node, double start, double end)
@@ -256,14 +317,15 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
     }
     for (const auto& automationTrack : track.automation()) {
         SimObject::List points;
-        const SimObject::List& curve = automationTrack->children();
+        const Points curvePoints = pointsOf(*automationTrack);
+        const SimObject::List& curve = curvePoints.list;
         const int type = automationTrack->get().curveType;
         if (!curve.empty()) {
             // The curve as it sounds inside the range: from the value after
             // a step on its start to the value before a step on its end.
-            points.push_back(newPoint(0.0, *valueLeaving(curve, type, start), holdsAt(curve, start)));
+            points.push_back(newPoint(0.0, *sim::valueLeaving(curvePoints, type, start), sim::holdsAt(curvePoints, start)));
             // Only the points inside the range, found in the time order.
-            for (auto it = firstAfter(curve, start + epsilon); it != curve.end(); ++it) {
+            for (auto it = curvePoints.after(start + epsilon); it != curve.end(); ++it) {
                 const double time = (*it)->get().start;
                 if (time >= end - epsilon)
                     break;
@@ -271,7 +333,7 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
                 shift(*pointCopy, -start);
                 points.push_back(pointCopy);
             }
-            points.push_back(newPoint(end - start, *valueArriving(curve, type, end)));
+            points.push_back(newPoint(end - start, *sim::valueArriving(curvePoints, type, end)));
         }
         copy.automation.emplace_back(automationTrack, std::move(points));
     }
@@ -325,19 +387,18 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         //   after    0 ------ a|copy.........|b ----- 1   (a, b: old values)
         //
         // Before the timeline's start there is no curve to keep.
-        const auto valueBefore = valueAt(*automationTrack, low);
-        const auto valueAfter = valueAt(*automationTrack, end);
+        const Points curvePoints = pointsOf(*automationTrack);
+        const int type = automationTrack->get().curveType;
+        const auto valueBefore = sim::valueAt(curvePoints, type, low);
+        const auto valueAfter = sim::valueAt(curvePoints, type, end);
         // The points in time order: those up to the destination's start stay
         // before it, those from its end on after it, and the ones between
         // make way. Only that stretch of the list changes, so a paste costs
         // the points it touches, not all the track's.
-        const SimObject::List& all = automationTrack->children();
+        const SimObject::List& all = curvePoints.list;
         // A point at 0 lies inside a clipped destination and makes way.
-        const auto before = clipped ? all.begin() : firstAfter(all, low + epsilon);
-        const auto after = std::max(before, std::lower_bound(all.begin(), all.end(), end - epsilon,
-                                                             [](const IPtr<SimObject>& point, double t) {
-                                                                 return point->get().start < t;
-                                                             }));
+        const auto before = clipped ? all.begin() : curvePoints.after(low + epsilon);
+        const auto after = std::max(before, curvePoints.from(end - epsilon));
         const auto near = [](double a, double b) { return std::abs(a - b) <= epsilon; };
         const auto at = [&near](const SimObject::List& list, double time) {
             return std::any_of(list.begin(), list.end(), [&](const auto& p) { return near(p->get().start, time); });
@@ -421,20 +482,22 @@ void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
         track.replaceChildren(children);
 
     for (const auto& automationTrack : track.automation()) {
-        const SimObject::List& points = automationTrack->children();
+        const Points curvePoints = pointsOf(*automationTrack);
+        const SimObject::List& points = curvePoints.list;
         if (points.empty())
             continue;
-        const double valueAtStart = *valueAt(*automationTrack, start);
-        const double valueAtEnd = *valueAt(*automationTrack, end);
+        const int type = automationTrack->get().curveType;
+        const double valueAtStart = *sim::valueAt(curvePoints, type, start);
+        const double valueAtEnd = *sim::valueAt(curvePoints, type, end);
         // The points are in time order: only those from the range's start
         // to its end change places, and the new edge points go among them.
-        const auto from = firstAfter(points, start);
-        const auto to = std::max(from, firstAfter(points, end));
+        const auto from = curvePoints.after(start);
+        const auto to = std::max(from, curvePoints.after(end));
         // Whether a point lies within epsilon of the time (never one that
         // goes): the latest up to a hair after it is no more than a hair
         // before it.
         const auto pointAt = [&](double time) {
-            const auto it = firstAfter(points, time + epsilon);
+            const auto it = curvePoints.after(time + epsilon);
             return it != points.begin() && (*std::prev(it))->get().start >= time - epsilon;
         };
         const bool hasStart = pointAt(start);

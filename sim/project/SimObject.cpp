@@ -517,6 +517,7 @@ void SimObject::dropChain()
         if (node->rareParts) {
             node->rareParts->sortedChain.reset();
             node->rareParts->childOrder.reset();
+            node->rareParts->pointTimes.reset();
         }
         // The orders above an automation track are of the track's events:
         // a point that comes or goes leaves them as they are.
@@ -569,6 +570,19 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
     return near;
 }
 
+const std::vector<double>& SimObject::pointTimes()
+{
+    settle();
+    std::unique_ptr<std::vector<double>>& times = rare().pointTimes;
+    if (!times) {
+        times = std::make_unique<std::vector<double>>();
+        times->reserve(kids().size());
+        for (const auto& child : kids())
+            times->push_back(child->fields.start);
+    }
+    return *times;
+}
+
 void SimObject::setFields(const Fields& values)
 {
     if (values == fields)
@@ -606,7 +620,13 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     // without sorting them all again.
     const bool appended = rareParts && rareParts->childOrder && index == kids().size();
     std::unique_ptr<ChildOrder> order = appended ? std::move(rareParts->childOrder) : nullptr;
+    // A point put among the others keeps the times in step.
+    std::unique_ptr<std::vector<double>> times = rareParts ? std::move(rareParts->pointTimes) : nullptr;
     dropChain();
+    if (times) {
+        times->insert(times->begin() + static_cast<std::ptrdiff_t>(index), child->fields.start);
+        rareParts->pointTimes = std::move(times);
+    }
     if (order) {
         const double start = child->fields.start;
         const auto at = std::upper_bound(order->starts.begin(), order->starts.end(), start) - order->starts.begin();
@@ -648,13 +668,9 @@ void SimObject::appendChildren(const List& list)
 
 void SimObject::insertPoint(IPtr<SimObject> point)
 {
-    settle();
-    const List& list = kids();
-    const double time = point->fields.start;
-    std::size_t index = 0;
-    while (index < list.size() && list[index]->fields.start <= time)
-        ++index;
-    insertChild(std::move(point), index);
+    const std::vector<double>& times = pointTimes();
+    const auto index = std::upper_bound(times.begin(), times.end(), point->fields.start) - times.begin();
+    insertChild(std::move(point), static_cast<std::size_t>(index));
 }
 
 bool SimObject::removeChild(SimObject* child)
@@ -693,10 +709,22 @@ void SimObject::replaceChildren(std::size_t first, std::size_t last, const List&
 {
     settle();
     noteListChange(false);
+    // The points' times follow the points that come and go.
+    std::unique_ptr<std::vector<double>> times = rareParts ? std::move(rareParts->pointTimes) : nullptr;
     dropChain();
     List& kidsList = ownKids();
     last = std::min(last, kidsList.size());
     first = std::min(first, last);
+    if (times) {
+        const auto at = times->erase(times->begin() + static_cast<std::ptrdiff_t>(first),
+                                     times->begin() + static_cast<std::ptrdiff_t>(last));
+        std::vector<double> coming;
+        coming.reserve(list.size());
+        for (const auto& child : list)
+            coming.push_back(child->fields.start);
+        times->insert(at, coming.begin(), coming.end());
+        rareParts->pointTimes = std::move(times);
+    }
     // Those that stay keep their parent; only the ones that leave let go of
     // it and only the new ones take it, so a paste among a long list of
     // points costs what it changes.

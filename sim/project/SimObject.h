@@ -191,6 +191,12 @@ public:
     // start, kept until their times or the list change (a child appended
     // after all the others joins it).
     std::vector<std::size_t> childrenNear(double start, double end);
+    // The times of an automation track's points, in the list's order (which
+    // is their time order): a search among thousands of points reads these
+    // instead of fetching a point from the heap at each step. Kept through
+    // the list changes that put points in (insertChild, replaceChildren), let
+    // go of on any other change of the list or of a point.
+    const std::vector<double>& pointTimes();
 
     // Changes, recorded for undo. The list changes keep the parents right.
     void setFields(const Fields& values);
@@ -276,6 +282,7 @@ private:
         Attributes attributeMap;
         std::shared_ptr<const List> sortedChain;
         std::unique_ptr<ChildOrder> childOrder;
+        std::unique_ptr<std::vector<double>> pointTimes;
     };
     Rare& rare();
     SimProject* owner() const { return ownerLink ? ownerLink->project : nullptr; }

@@ -1,5 +1,6 @@
 #include "../SimFixture.h"
 
+#include "kelmar/project/IAutomationCurvePoint.h"
 #include "kelmar/project/IEditClip.h"
 #include "kelmar/edit/IEditContext.h"
 #include "kelmar/edit/IEditStep.h"
@@ -431,6 +432,25 @@ TEST_F(SimEditTest, PastingAutomationLeavesTheCurveOutsideTheDestinationAsItWas)
     EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 20.0), 1.0);
     EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 19.0), 0.05);
     EXPECT_DOUBLE_EQ(*SimRangeEditor::valueAt(curve, 17.0), 0.85);
+}
+
+TEST_F(SimEditTest, ACopyTakesTheCurveAsEarlierPastesAndAddedPointsLeftIt)
+{
+    // FX's volume runs 0 -> 1 over 0-20 s. Its copy at 100 gets a point of 0
+    // at 110: from 100 it holds 0 to 110, then rises to 1 at 120. A copy of
+    // 105-115 from there to 200 finds that point.
+    SimObject& fx = trackNamed(u"FX");
+    SimObject& curve = *fx.automation()[0];
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&fx}).get(), 0.0, 20.0, 100.0, 0), kResultOk);
+    auto point = service<IAutomationCurvePoint>();
+    auto pointObject = Kelmar::queryInterface<IProjectObject>(point.get());
+    auto context = owned(project->getEditContext(&curve));
+    ASSERT_EQ(point->setValue(context.get(), 0.0f, 0), kResultOk);
+    ASSERT_EQ(pointObject->setStart(context.get(), 110.0, 0), kResultOk);
+    ASSERT_EQ(edit->addObject(context.get(), pointObject.get()), kResultOk);
+    ASSERT_EQ(rangeEdit->copyRangeOnTracks(project.get(), listOf({&fx}).get(), 105.0, 115.0, 200.0, 0), kResultOk);
+    for (const auto& [time, value] : {std::pair{200.0, 0.0}, {205.0, 0.0}, {207.5, 0.25}, {209.99, 0.499}})
+        EXPECT_NEAR(*SimRangeEditor::valueAt(curve, time), value, 1e-9) << "at " << time;
 }
 
 TEST_F(SimEditTest, ACopiedEventHasAStoreOfItsOwn)
