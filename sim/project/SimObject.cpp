@@ -47,6 +47,8 @@ bool isPointKind(ObjectKind kind)
     return kind == ObjectKind::PointMarker || kind == ObjectKind::AutomationPoint;
 }
 
+bool isMarkerKind(ObjectKind kind) { return kind == ObjectKind::PointMarker || kind == ObjectKind::RangeMarker; }
+
 // Two ends of a chain meet when they lie this close.
 constexpr double chainTolerance = 1e-9;
 
@@ -546,25 +548,32 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
         auto order = std::make_unique<ChildOrder>();
         order->byStart.reserve(starts.size());
         order->starts.reserve(starts.size());
+        order->ends.reserve(starts.size());
+        order->markers.reserve(starts.size());
         order->reach.reserve(starts.size());
         double reach = -std::numeric_limits<double>::infinity();
         for (const auto& [start, i] : starts) {
             order->byStart.push_back(i);
             order->starts.push_back(start);
+            order->ends.push_back(ends[i]);
+            order->markers.push_back(isMarkerKind(list[i]->objectKind));
             reach = std::max(reach, ends[i]);
             order->reach.push_back(reach);
         }
         childOrder = std::move(order);
     }
-    // Wider than any rounding the range work allows, so that no child that
+    // Wider than any rounding the range work allows, so that no marker that
     // touches the range is missed; the caller decides on each one near.
     constexpr double margin = 1e-6;
+    // Anything else that ends within this of the start has nothing in the
+    // range: the range work counts times this close as one.
+    constexpr double hair = 1e-9;
     const ChildOrder& order = *childOrder;
     const auto last = std::lower_bound(order.starts.begin(), order.starts.end(), end) - order.starts.begin();
     auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
     std::vector<std::size_t> near;
     for (; i < last; ++i)
-        if (list[order.byStart[i]]->fields.end >= start - margin)
+        if (order.markers[i] ? order.ends[i] >= start - margin : order.ends[i] > start + hair)
             near.push_back(order.byStart[i]);
     std::sort(near.begin(), near.end());
     return near;
@@ -632,9 +641,11 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
         const auto at = std::upper_bound(order->starts.begin(), order->starts.end(), start) - order->starts.begin();
         order->byStart.insert(order->byStart.begin() + at, index);
         order->starts.insert(order->starts.begin() + at, start);
+        const double end = child->fields.end;
+        order->ends.insert(order->ends.begin() + at, end);
+        order->markers.insert(order->markers.begin() + at, isMarkerKind(child->objectKind));
         // The latest end up to each place grows from the new child on, as
         // far as the new child's end is the latest.
-        const double end = child->fields.end;
         const auto place = static_cast<std::size_t>(at);
         order->reach.insert(order->reach.begin() + at, place == 0 ? end : std::max(order->reach[place - 1], end));
         for (std::size_t i = place + 1; i < order->reach.size() && order->reach[i] < end; ++i)

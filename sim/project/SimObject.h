@@ -186,10 +186,12 @@ public:
     // Whether the node lies in its project's tree.
     bool isInProject() const;
     // The positions of the children that may lie in [start, end): those
-    // that start before `end` and end no earlier than a hair before `start`,
-    // in the children's order. Found through an order of the children by
-    // start, kept until their times or the list change (a child appended
-    // after all the others joins it).
+    // that start before `end` and end after `start`, and markers that end no
+    // earlier than a hair before it (a point there lies in the range), in
+    // the children's order. Found through an order of the children by start
+    // that holds their times, kept until their times or the list change (a
+    // child appended after all the others joins it): a look-up reads none
+    // of the children themselves.
     std::vector<std::size_t> childrenNear(double start, double end);
     // The times of an automation track's points, in the list's order (which
     // is their time order): a search among thousands of points reads these
@@ -267,11 +269,13 @@ private:
     // time.
     void settle() const;
 
-    // The children's positions by start, each with the latest end of those
-    // up to it (see childrenNear).
+    // The children's positions by start, each with its end, whether it is a
+    // marker, and the latest end of those up to it (see childrenNear).
     struct ChildOrder {
         std::vector<std::size_t> byStart;
         std::vector<double> starts;
+        std::vector<double> ends;
+        std::vector<char> markers;
         std::vector<double> reach;
     };
     // What only some nodes have (tracks, automation tracks, nodes with
