@@ -13,6 +13,8 @@
 #include "kelmar/services/IActionManager.h"
 #include "kelmar/services/IApplicationState.h"
 
+#include <algorithm>
+
 namespace montala::host {
 
 using util::Result;
@@ -222,9 +224,24 @@ core::CutPtr ConformRun::createCut(const core::EventPtr& event)
     const double srcEnd = event->getSrcOut().toSeconds(rate);
     const double dstStart = event->getDstIn().toSeconds(rate);
     const double dstEnd = event->getDstOut().toSeconds(rate);
+    const std::vector<Track>& carried = tracks.carried();
+    const bool sameTracks = std::equal(carried.begin(), carried.end(), pieceTracks.begin(), pieceTracks.end(),
+                                       [](const Track& a, const std::shared_ptr<Track>& b) { return a.sameTrack(*b); });
+    if (!sameTracks) {
+        pieceTracks.clear();
+        for (const Track& track : carried)
+            pieceTracks.push_back(std::make_shared<Track>(track));
+    }
+    // The pieces of a cut side by side in one block of their exact size: a
+    // feature holds hundreds of thousands of them through the run.
+    auto block = std::make_shared<std::vector<CutEvent>>();
+    block->reserve(pieceTracks.size());
+    for (const std::shared_ptr<Track>& track : pieceTracks)
+        block->emplace_back(track, srcStart, srcEnd, dstStart, dstEnd);
     std::vector<core::CutEventPtr> pieces;
-    for (const Track& track : tracks.carried())
-        pieces.push_back(std::make_shared<CutEvent>(track, srcStart, srcEnd, dstStart, dstEnd));
+    pieces.reserve(block->size());
+    for (CutEvent& piece : *block)
+        pieces.push_back(core::CutEventPtr(block, &piece));
     return std::make_shared<core::Cut>(event, std::move(pieces));
 }
 

@@ -108,6 +108,9 @@ private:
     Project& project;
     Kelmar::IHostServices* context = nullptr;
     TakingPart tracks;
+    // One wrapper of each carried track, shared by that track's pieces of
+    // every cut.
+    std::vector<std::shared_ptr<Track>> pieceTracks;
     RunSummary summary;
     std::unique_ptr<ProgressHandler> progress;
     Kelmar::IProjectEdit* openEdit = nullptr;

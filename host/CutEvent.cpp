@@ -5,8 +5,8 @@ namespace montala::host {
 core::AudioInfo CutEvent::getAudioInfo(double position)
 {
     core::AudioInfo info;
-    track.getSurroundings(position, info.before, info.at, info.after);
-    info.automation = track.getAutomationAround(position);
+    track->getSurroundings(position, info.before, info.at, info.after);
+    info.automation = track->getAutomationAround(position);
     return info;
 }
 

@@ -393,6 +393,10 @@ std::shared_ptr<const ChainImage> Track::chainImage() const
             throw;
         image->failure = code;
     }
+    // Kept through the detectors' pass for every track at once: no room to
+    // grow.
+    image->ranges.shrink_to_fit();
+    image->stretchStarts.reserve((image->ranges.size() + ChainImage::stretch - 1) / ChainImage::stretch);
     for (std::size_t index = 0; index < image->ranges.size(); index += ChainImage::stretch)
         image->stretchStarts.push_back(image->ranges[index].start);
     if (kept)
