@@ -151,7 +151,10 @@ class Reader {
 public:
     explicit Reader(SimHost& host) : host(host) {}
 
-    IPtr<SimProject> project(const Json& root, const std::string& defaultName)
+    // Each track's JSON is let go once the track is built, so that a
+    // feature's tree and the project it becomes are never whole in memory at
+    // the same time.
+    IPtr<SimProject> project(Json& root, const std::string& defaultName)
     {
         ObjectReader fields(root, "");
         if (textOf(fields.need("format"), fields.at("format")) != SessionFile::formatName)
@@ -196,9 +199,12 @@ public:
             mediaPool(*value, fields.at("mediaPool"), result->mediaPool());
         pool = &result->mediaPool();
         if (const Json* value = fields.find("tracks")) {
-            const Json& list = arrayOf(*value, fields.at("tracks"));
-            for (std::size_t i = 0; i < list.size(); ++i)
+            arrayOf(*value, fields.at("tracks"));
+            Json& list = root["tracks"];
+            for (std::size_t i = 0; i < list.size(); ++i) {
                 result->appendChild(track(list[i], fields.at("tracks") + "/" + std::to_string(i), 0));
+                list[i] = nullptr;
+            }
         }
         fields.finish();
         return result;
