@@ -560,6 +560,7 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
             reach = std::max(reach, ends[i]);
             order->reach.push_back(reach);
         }
+        order->restretch(0);
         childOrder = std::move(order);
     }
     // Wider than any rounding the range work allows, so that no marker that
@@ -569,7 +570,7 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
     // range: the range work counts times this close as one.
     constexpr double hair = 1e-9;
     const ChildOrder& order = *childOrder;
-    const auto last = std::lower_bound(order.starts.begin(), order.starts.end(), end) - order.starts.begin();
+    const auto last = static_cast<std::ptrdiff_t>(order.firstFrom(end, false));
     auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
     std::vector<std::size_t> near;
     for (; i < last; ++i)
@@ -577,6 +578,28 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
             near.push_back(order.byStart[i]);
     std::sort(near.begin(), near.end());
     return near;
+}
+
+std::size_t SimObject::ChildOrder::firstFrom(double time, bool after) const
+{
+    const auto before = [time, after](double start) { return after ? start <= time : start < time; };
+    // The first stretch that begins with a start at or after the time: the
+    // place lies in the stretch before it, or is that stretch's first.
+    const auto first = static_cast<std::size_t>(
+        std::partition_point(stretchStarts.begin(), stretchStarts.end(), before) - stretchStarts.begin());
+    const std::size_t low = first == 0 ? 0 : (first - 1) * stretch;
+    const std::size_t high = std::min(starts.size(), first * stretch);
+    const auto begin = starts.begin();
+    return static_cast<std::size_t>(std::partition_point(begin + static_cast<std::ptrdiff_t>(low),
+                                                         begin + static_cast<std::ptrdiff_t>(high), before) -
+                                    begin);
+}
+
+void SimObject::ChildOrder::restretch(std::size_t place)
+{
+    stretchStarts.resize((starts.size() + stretch - 1) / stretch);
+    for (std::size_t j = place / stretch; j < stretchStarts.size(); ++j)
+        stretchStarts[j] = starts[j * stretch];
 }
 
 const std::vector<double>& SimObject::pointTimes()
@@ -638,9 +661,10 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     }
     if (order) {
         const double start = child->fields.start;
-        const auto at = std::upper_bound(order->starts.begin(), order->starts.end(), start) - order->starts.begin();
+        const auto at = static_cast<std::ptrdiff_t>(order->firstFrom(start, true));
         order->byStart.insert(order->byStart.begin() + at, index);
         order->starts.insert(order->starts.begin() + at, start);
+        order->restretch(static_cast<std::size_t>(at));
         const double end = child->fields.end;
         order->ends.insert(order->ends.begin() + at, end);
         order->markers.insert(order->markers.begin() + at, isMarkerKind(child->objectKind));

@@ -272,11 +272,21 @@ private:
     // The children's positions by start, each with its end, whether it is a
     // marker, and the latest end of those up to it (see childrenNear).
     struct ChildOrder {
+        // Every `stretch`-th start is kept apart as well: a search reads
+        // that short list and then the starts of one stretch, instead of one
+        // far place of a long track's starts at each halving.
+        static constexpr std::size_t stretch = 16;
         std::vector<std::size_t> byStart;
         std::vector<double> starts;
+        std::vector<double> stretchStarts;
         std::vector<double> ends;
         std::vector<char> markers;
         std::vector<double> reach;
+
+        // The first place whose start is at `time` or later (`after`: later).
+        std::size_t firstFrom(double time, bool after) const;
+        // Brings the stretches in line with the starts from `place` on.
+        void restretch(std::size_t place);
     };
     // What only some nodes have (tracks, automation tracks, nodes with
     // attributes), apart: a feature's session holds hundreds of thousands

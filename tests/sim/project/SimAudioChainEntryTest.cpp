@@ -124,7 +124,7 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
     };
     const auto check = [&](const char* when) {
         SCOPED_TRACE(when);
-        for (double start = 0.0; start < 40.0; start += 1.5)
+        for (double start = 0.0; start < 170.0; start += 1.5)
             for (const double length : {0.0, 0.5, 2.0, 9.0})
                 EXPECT_EQ(dx.childrenNear(start, start + length), bruteForce(start, start + length))
                     << start << " + " << length;
@@ -133,7 +133,8 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
     EXPECT_EQ(dx.childrenNear(12.0, 13.0), (std::vector<std::size_t>{1})) << "an end on the range's start";
 
     host->beginGroup();
-    for (int i = 0; i < 5; ++i)
+    // Enough pieces that the order's search crosses stretches of starts.
+    for (int i = 0; i < 40; ++i)
         dx.appendChild(SimObject::makeAudioEvent(u"piece", 40.0 + 3 * i, 42.0 + 3 * i, "p.wav", 0.0));
     check("appended in order");
     dx.appendChild(SimObject::makeAudioEvent(u"early", 1.0, 2.0, "e.wav", 0.0));
