@@ -206,12 +206,15 @@ void MontalaTracks::writeMarker(Kelmar::IProjectEdit& edit, Track* track, const 
         check(marker->setStart(context.get(), tracks.toHost(start).seconds, 0));
         check(marker->setLength(context.get(), length, 0));
     }
-    check(edit.addObject(context.get(), marker.get()));
+    // Named and marked before it joins the track: the host's undo then keeps
+    // one record of the addition, not one for each field of a new marker as
+    // well (a feature's run writes tens of thousands of them).
     const std::u16string wideName = Kelmar::String::utf8ToUtf16(name);
     check(marker->setName(context.get(), wideName.c_str(), 0));
     check(marker->setAttribute(reelAttribute, Kelmar::FVariant(reel.c_str(), true), 1));
     if (id != 0)
         check(marker->setAttribute(userIdAttribute, Kelmar::FVariant(static_cast<Kelmar::int64>(id)), 1));
+    check(edit.addObject(context.get(), marker.get()));
 }
 
 void MontalaTracks::writeDestination(Kelmar::IProjectEdit& edit, const core::EventBase& event,

@@ -62,7 +62,7 @@ TEST_F(AdapterFailureTest, AFailedRunIsUndoneWhole)
         {"copyRangeOnTracks", 2}, // the second take's copy
         {"deleteRange", 1},       // moving home: the copy is in, the work area not yet closed
         {"addObject", 3},         // a marker track of the folder
-        {"setAttribute", 2},      // the second destination marker's reel
+        {"addObject", 10},        // the second destination marker
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.call);
