@@ -225,22 +225,24 @@ core::CutPtr ConformRun::createCut(const core::EventPtr& event)
     const double dstStart = event->getDstIn().toSeconds(rate);
     const double dstEnd = event->getDstOut().toSeconds(rate);
     const std::vector<Track>& carried = tracks.carried();
-    const bool sameTracks = std::equal(carried.begin(), carried.end(), pieceTracks.begin(), pieceTracks.end(),
-                                       [](const Track& a, const std::shared_ptr<Track>& b) { return a.sameTrack(*b); });
-    if (!sameTracks) {
-        pieceTracks.clear();
-        for (const Track& track : carried)
-            pieceTracks.push_back(std::make_shared<Track>(track));
-    }
-    // The pieces of a cut side by side in one block of their exact size: a
-    // feature holds hundreds of thousands of them through the run.
-    auto block = std::make_shared<std::vector<CutEvent>>();
-    block->reserve(pieceTracks.size());
-    for (const std::shared_ptr<Track>& track : pieceTracks)
-        block->emplace_back(track, srcStart, srcEnd, dstStart, dstEnd);
+    if (!pieceTracks || !std::equal(carried.begin(), carried.end(), pieceTracks->begin(), pieceTracks->end(),
+                                    [](const Track& a, const Track& b) { return a.sameTrack(b); }))
+        pieceTracks = std::make_shared<std::vector<Track>>(carried);
+    // The pieces of a cut side by side in one block of their exact size,
+    // which keeps the tracks' wrappers they refer to: a feature holds
+    // hundreds of thousands of pieces through the run.
+    struct Block {
+        std::shared_ptr<std::vector<Track>> tracks;
+        std::vector<CutEvent> pieces;
+    };
+    auto block = std::make_shared<Block>();
+    block->tracks = pieceTracks;
+    block->pieces.reserve(pieceTracks->size());
+    for (Track& track : *pieceTracks)
+        block->pieces.emplace_back(track, srcStart, srcEnd, dstStart, dstEnd);
     std::vector<core::CutEventPtr> pieces;
-    pieces.reserve(block->size());
-    for (CutEvent& piece : *block)
+    pieces.reserve(block->pieces.size());
+    for (CutEvent& piece : block->pieces)
         pieces.push_back(core::CutEventPtr(block, &piece));
     return std::make_shared<core::Cut>(event, std::move(pieces));
 }

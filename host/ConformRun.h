@@ -110,7 +110,7 @@ private:
     TakingPart tracks;
     // One wrapper of each carried track, shared by that track's pieces of
     // every cut.
-    std::vector<std::shared_ptr<Track>> pieceTracks;
+    std::shared_ptr<std::vector<Track>> pieceTracks;
     RunSummary summary;
     std::unique_ptr<ProgressHandler> progress;
     Kelmar::IProjectEdit* openEdit = nullptr;

@@ -3,24 +3,19 @@
 #include "core/conform/CutEventBase.h"
 #include "host/Track.h"
 
-#include <memory>
 #include <string>
 
 namespace montala::host {
 
 // One Change event's piece on one host track: the numbers of the plan, and
 // the track to ask what lies around a place of the old timeline. A feature's
-// run holds a piece per event and track all at once, so the pieces on one
-// track share one wrapper of it instead of a copy each.
+// run holds a piece per event and track all at once, so a piece refers to a
+// wrapper of its track that all pieces on the track share; whoever makes the
+// piece keeps that wrapper for as long as the piece lives.
 class CutEvent : public core::CutEventBase {
 public:
-    CutEvent(std::shared_ptr<Track> track, double srcStart, double srcEnd, double dstStart, double dstEnd)
-        : core::CutEventBase(srcStart, srcEnd, dstStart, dstEnd), track(std::move(track))
-    {
-    }
-    // A piece with a wrapper of its own.
-    CutEvent(const Track& track, double srcStart, double srcEnd, double dstStart, double dstEnd)
-        : CutEvent(std::make_shared<Track>(track), srcStart, srcEnd, dstStart, dstEnd)
+    CutEvent(Track& track, double srcStart, double srcEnd, double dstStart, double dstEnd)
+        : core::CutEventBase(srcStart, srcEnd, dstStart, dstEnd), track(&track)
     {
     }
 
@@ -34,7 +29,7 @@ public:
     const Track& getTrack() const { return *track; }
 
 private:
-    std::shared_ptr<Track> track;
+    Track* track;
 };
 
 } // namespace montala::host

@@ -12,6 +12,7 @@
 #include "kelmar/project/IProject.h"
 #include "sim/project/SimProject.h"
 
+#include <list>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,7 @@ protected:
     }
     void TearDown() override
     {
+        held.clear();
         project.reset();
         simProject.reset();
         SimFixture::TearDown();
@@ -40,13 +42,15 @@ protected:
     {
         for (const Track& track : project->getTracks())
             if (track.getName() == trackName)
-                return CutEvent(track, 3600.0, 3630.0, 3700.0, 3730.0);
+                return CutEvent(held.emplace_back(track), 3600.0, 3630.0, 3700.0, 3730.0);
         ADD_FAILURE() << "no track " << trackName;
-        return CutEvent(Track(), 0, 0, 0, 0);
+        return CutEvent(held.emplace_back(), 0, 0, 0, 0);
     }
 
     IPtr<sim::SimProject> simProject;
     std::unique_ptr<Project> project;
+    // The tracks the pieces refer to.
+    std::list<Track> held;
 };
 
 TEST_F(CutEventTest, AnswersTheAudioAroundAPlaceAndTheAutomationOnBothSides)
