@@ -323,6 +323,16 @@ SimObject::List& SimObject::ownKids()
 
 SimObject::~SimObject()
 {
+    // Children still held elsewhere (a track kept past its project's end)
+    // must not walk up into this node once it is gone.
+    if (childStore)
+        for (const auto& child : *childStore)
+            if (child && child->parentNode == this)
+                child->parentNode = nullptr;
+    if (rareParts)
+        for (const auto& curve : rareParts->automationList)
+            if (curve && curve->parentNode == this)
+                curve->parentNode = nullptr;
     ProjectLink::hold(ownerLink, nullptr);
 }
 
