@@ -18,7 +18,7 @@ file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
 
 execute_process(
-  COMMAND ${XVFB_RUN} -a ${STUDIO} ${session} --old ${old} --new ${new} --generate --conform --save ${saved} --quit
+  COMMAND ${XVFB_RUN} -a -s "-screen 0 1280x1024x24 -noreset" ${STUDIO} ${session} --old ${old} --new ${new} --generate --conform --save ${saved} --quit
   RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 45)
 message("${out}${err}")
 if(NOT status EQUAL 0)
