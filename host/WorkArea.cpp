@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -303,21 +304,32 @@ void WorkArea::takeAwayInside(Kelmar::IProjectEdit& edit, const Track& track, do
     for (const TrackEvent& event : track.getEvents())
         if (event.getStart() >= low && event.getEnd() <= high)
             check(edit.removeObject(context.get(), event.getObject()));
+    removePoints(edit, track, [low, high](double time) { return time >= low && time <= high; });
+}
+
+void WorkArea::removePoints(Kelmar::IProjectEdit& edit, const Track& track, const std::function<bool(double)>& goes)
+{
     Kelmar::IPtr<Kelmar::IObjectIterator> curves = Kelmar::owned(track.getHostTrack()->getAutomationTracks());
     while (curves && !curves->atEnd()) {
         Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
         if (!curve)
             break;
-        auto curveContext = tracks.editContext(curve.get());
+        // Gathered first, then taken away: the walk stays on the list as it
+        // was, whatever the host's iterator makes of a removal.
+        std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> going;
         Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
         while (points && !points->atEnd()) {
             Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
             if (!point)
                 break;
-            const double time = point->getStart(nullptr);
-            if (time >= low && time <= high)
-                check(edit.removeObject(curveContext.get(), point.get()));
+            if (goes(point->getStart(nullptr)))
+                going.push_back(point);
         }
+        if (going.empty())
+            continue;
+        auto context = tracks.editContext(curve.get());
+        for (const auto& point : going)
+            check(edit.removeObject(context.get(), point.get()));
     }
 }
 
@@ -328,30 +340,9 @@ void WorkArea::removeWorkAreaPoints(Kelmar::IProjectEdit& edit)
     if (!hasConformOffset())
         return;
     const double from = tracks.toHost({getConformOffset()}).seconds - core::positionTolerance;
-    for (Track& track : tracks.getTracks()) {
-        if (track.isLocked())
-            continue;
-        Kelmar::IPtr<Kelmar::IObjectIterator> curves = Kelmar::owned(track.getHostTrack()->getAutomationTracks());
-        while (curves && !curves->atEnd()) {
-            Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
-            if (!curve)
-                break;
-            std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> past;
-            Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
-            while (points && !points->atEnd()) {
-                Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
-                if (!point)
-                    break;
-                if (point->getStart(nullptr) >= from)
-                    past.push_back(point);
-            }
-            if (past.empty())
-                continue;
-            auto context = tracks.editContext(curve.get());
-            for (const auto& point : past)
-                check(edit.removeObject(context.get(), point.get()));
-        }
-    }
+    for (Track& track : tracks.getTracks())
+        if (!track.isLocked())
+            removePoints(edit, track, [from](double time) { return time >= from; });
 }
 
 void WorkArea::finishRange(Kelmar::IProjectEdit& edit, double start, double end, const std::vector<Track>& onTracks)

@@ -12,6 +12,7 @@
 #include "kelmar/edit/IProjectEdit.h"
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace montala::core {
@@ -95,6 +96,8 @@ public:
     void clear(Kelmar::IProjectEdit& edit);
     // Removes the automation points at or past the conform offset.
     void removeWorkAreaPoints(Kelmar::IProjectEdit& edit);
+    // Removes the automation points of `track` whose host time `goes` picks.
+    void removePoints(Kelmar::IProjectEdit& edit, const Track& track, const std::function<bool(double)>& goes);
 
 private:
     // The largest event end of the tracks in [0, end] host-relative, absolute.
