@@ -8,6 +8,7 @@
 #include "host/video/VideoProvider.h"
 
 #include "core/model/Settings.h"
+#include "core/time/Tolerances.h"
 #include "util/StringUtil.h"
 
 #include "kelmar/services/IActionManager.h"
@@ -275,8 +276,26 @@ void ConformRun::fillVirginTerritories(core::CutList& cuts)
     project.workArea().fillVirginTerritories(edit(), cuts, progress.get());
 }
 
+void ConformRun::readAutomationForDetectors()
+{
+    if (!pieceTracks || !project.getDataModel().getSettings().getCreateAutomationWarningMarkers())
+        return;
+    // The detectors ask at places of the old timeline, which the cuts and
+    // the virgin territories leave as they were: both work past the conform
+    // offset only, and the bridges only where the new cut has a gap, never
+    // on a seam the warnings look at. So the points behind the offset, the
+    // new arrangement's, are not read.
+    const double workArea = project.workArea().getConformOffset() - core::positionTolerance;
+    for (Track& track : *pieceTracks)
+        track.readAutomationValues(workArea);
+}
+
 void ConformRun::generateMarkers(const std::vector<core::InformationEntry>& entries)
 {
+    // The detectors are done: what they read of the automation goes.
+    if (pieceTracks)
+        for (Track& track : *pieceTracks)
+            track.forgetAutomationValues();
     if (progress) {
         // Left untranslated, as it has always been.
         progress->setText(u"Generate Markers");

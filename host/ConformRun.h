@@ -77,6 +77,9 @@ public:
     void applyCut(core::Cut& cut);
     // After the cuts: automation held through what no old material fills.
     void fillVirginTerritories(core::CutList& cuts);
+    // Before the detectors: the pieces' tracks read their automation on the
+    // old timeline, when the warnings are asked for.
+    void readAutomationForDetectors();
     void generateMarkers(const std::vector<core::InformationEntry>& entries);
     // Moves the arrangement home and closes the work area.
     void complete();

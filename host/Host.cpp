@@ -735,6 +735,7 @@ Result::Type Host::applyCuts(core::CutList& cuts)
     if (code != Result::Ok)
         return code;
     current.fillVirginTerritories(cuts);
+    current.readAutomationForDetectors();
     return Result::Ok;
 }
 

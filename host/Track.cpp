@@ -88,6 +88,7 @@ bool Track::isValid()
         if (!home->containsTrack(hostTrack)) {
             hostTrack = nullptr;
             automation.clear();
+            forgetAutomationValues();
             return false;
         }
         seenChanges = changes;
@@ -488,40 +489,62 @@ void Track::readAutomation()
     }
 }
 
-core::AudioInfo::Automation Track::getAutomationAround(double position)
+void Track::readAutomationValues(double until)
 {
-    core::AudioInfo::Automation around;
-    if (automation.empty() && hostTrack) {
-        // Nothing read yet: one empty entry per automation track, so that the
-        // list has the track's shape and says nothing of values until
-        // readAutomation reads the points.
-        Kelmar::IPtr<Kelmar::IObjectIterator> tracks = Kelmar::owned(hostTrack->getAutomationTracks());
-        while (tracks && !tracks->atEnd()) {
-            Kelmar::IPtr<Kelmar::IProjectObject> trackObject = Kelmar::owned(tracks->next());
-            if (!trackObject)
+    automationValues.clear();
+    if (!hostTrack)
+        throw Result::NotInitialized;
+    const HostClock host = clock();
+    Kelmar::IPtr<Kelmar::IObjectIterator> tracks = Kelmar::owned(hostTrack->getAutomationTracks());
+    while (tracks && !tracks->atEnd()) {
+        Kelmar::IPtr<Kelmar::IProjectObject> trackObject = Kelmar::owned(tracks->next());
+        if (!trackObject)
+            break;
+        // An automation track without points keeps its place: the index is
+        // how the two sides of a seam find the same curve.
+        std::vector<std::pair<double, float>> read;
+        Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(trackObject->getChildren());
+        while (points && !points->atEnd()) {
+            Kelmar::IPtr<Kelmar::IProjectObject> pointObject = Kelmar::owned(points->next());
+            if (!pointObject)
                 break;
-            AutomationData empty;
-            empty.track = queryRequired<Kelmar::IAutomationTrack>(trackObject.get());
-            automation.push_back(std::move(empty));
+            const double time = host.fromHost({pointObject->getStart(nullptr)}).seconds;
+            if (time < until)
+                read.emplace_back(time, queryRequired<Kelmar::IAutomationPoint>(pointObject.get())->getValue());
+        }
+        std::stable_sort(read.begin(), read.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        // An automation track without points keeps its place: the index is
+        // how the two sides of a seam find the same curve.
+        AutomationValues& lane = automationValues.emplace_back();
+        lane.times.reserve(read.size());
+        lane.values.reserve(read.size());
+        for (const auto& [time, value] : read) {
+            lane.times.push_back(time);
+            lane.values.push_back(value);
         }
     }
-    for (size_t index = 0; index < automation.size(); ++index) {
+}
+
+core::AudioInfo::Automation Track::getAutomationAround(double position) const
+{
+    core::AudioInfo::Automation around;
+    for (size_t index = 0; index < automationValues.size(); ++index) {
         // -1 stands for "not found": a time or value below zero counts as
         // not there.
         double previousTime = -1.0, previousValue = -1.0;
         double nextTime = -1.0, nextValue = -1.0;
         // The first point after the position, and the last one up to it (of
         // points at one time, the last one entered).
-        const auto& points = automation[index].points;
-        const auto next = points.upper_bound(position);
-        if (next != points.end()) {
-            nextTime = next->first;
-            nextValue = next->second->getValue();
+        const AutomationValues& lane = automationValues[index];
+        const auto next = std::upper_bound(lane.times.begin(), lane.times.end(), position);
+        const auto at = static_cast<size_t>(next - lane.times.begin());
+        if (at < lane.times.size()) {
+            nextTime = lane.times[at];
+            nextValue = lane.values[at];
         }
-        if (next != points.begin()) {
-            const auto previous = std::prev(next);
-            previousTime = previous->first;
-            previousValue = previous->second->getValue();
+        if (at > 0) {
+            previousTime = lane.times[at - 1];
+            previousValue = lane.values[at - 1];
         }
         const bool hasPrevious = previousTime >= 0.0 && previousValue >= 0.0;
         const bool hasNext = nextTime >= 0.0 && nextValue >= 0.0;

@@ -111,8 +111,13 @@ public:
     // Reads every automation track anew into `automation`.
     void readAutomation();
     const std::vector<AutomationData>& getAutomation() const { return automation; }
-    // The points on both sides of `position` for each automation track read.
-    core::AudioInfo::Automation getAutomationAround(double position);
+    // Reads the times and values of every automation track's points before
+    // `until` (absolute) for getAutomationAround, and lets them go again.
+    void readAutomationValues(double until);
+    void forgetAutomationValues() { automationValues = {}; }
+    // The points on both sides of `position` for each automation track, from
+    // readAutomationValues; none before it or after forgetAutomationValues.
+    core::AudioInfo::Automation getAutomationAround(double position) const;
     // Holds each curve's value through [start, end] (absolute): a point at
     // each edge with the value there, and nothing of the curve between.
     void bridgeGap(Kelmar::IProjectEdit& edit, double start, double end);
@@ -125,8 +130,17 @@ private:
     // The clock of the track's project; NotInitialized without one.
     HostClock clock() const;
 
+    // One automation track's points in time order (of points at one time,
+    // the host's order): all getAutomationAround asks, a few bytes a point,
+    // where `automation` keeps a node and a host object for each.
+    struct AutomationValues {
+        std::vector<double> times;
+        std::vector<float> values;
+    };
+
     TrackHome* home = nullptr;
     std::vector<AutomationData> automation;
+    std::vector<AutomationValues> automationValues;
     Kelmar::ITrack* hostTrack = nullptr;
     // The home's change count when the track was last known to be in it.
     uint64_t seenChanges = 0;

@@ -1,8 +1,8 @@
 // Automation through a whole run, against the simulated host: a curve comes
 // to the new cut as it sounded on the old one, steps on the edges of a shot
-// included, and a gap of new picture holds the value the curve arrived with.
-// Each session has one track, FX, with one curve, and two shots of two
-// seconds from 01:00:00:00.
+// included, a gap of new picture holds the value the curve arrived with, and
+// a seam where the level jumps is marked for the mixer. Each session has one
+// track, FX, with one curve, and two shots of two seconds from 01:00:00:00.
 
 #include "HostRunFixture.h"
 
@@ -36,12 +36,27 @@ protected:
         return *sim::SimRangeEditor::valueAt(curve, 3600.0 + seconds + 0.5 / fps - hostProject->getProjectStart());
     }
 
-    // The two shots change places.
-    void swapShots()
+    // The two shots change places; the old first shot goes to [secondIn,
+    // secondOut] of the new cut.
+    void swapShots(const char* secondIn = "01:00:02:00", const char* secondOut = "01:00:04:00")
     {
         addChange(1, "01:00:02:00", "01:00:04:00", "01:00:00:00", "01:00:02:00");
-        addChange(2, "01:00:00:00", "01:00:02:00", "01:00:02:00", "01:00:04:00");
+        addChange(2, "01:00:00:00", "01:00:02:00", secondIn, secondOut);
     }
+
+    // The first shot held at one level, the second at another, 25 fps.
+    static std::string levels(double first, double second)
+    {
+        const std::string a = std::to_string(first);
+        const std::string b = std::to_string(second);
+        return session(25, 3600.0, 1,
+                       R"({"time": "01:00:00:00", "value": )" + a + R"(}, {"time": "01:00:02:00", "value": )" + a
+                           + R"(}, {"time": "01:00:02:00", "value": )" + b
+                           + R"(}, {"time": "01:00:04:00", "value": )" + b + "}");
+    }
+
+    // Where the automation warnings for FX lie, host times.
+    std::vector<double> warnings() { return markerStarts("Automation Warning", "Automation warning in FX "); }
 };
 
 TEST_F(AutomationRunTest, AStepOnTheFirstFrameOfAShotComesAlong)
@@ -93,6 +108,49 @@ TEST_F(AutomationRunTest, AGapOfNewPictureHoldsTheValueTheCurveArrivedWith)
         SCOPED_TRACE(seconds);
         EXPECT_NEAR(valueAt(seconds, 25), 0.8, 1e-6);
     }
+}
+
+TEST_F(AutomationRunTest, ASeamWhereTheLevelJumpsIsMarkedOnTheNewCut)
+{
+    // The second shot's 0.8 now ends where the first shot's 0.2 begins.
+    startOn(levels(0.2, 0.8));
+    swapShots();
+    ASSERT_EQ(conform(), Result::Ok);
+    EXPECT_EQ(warnings(), std::vector<double>{2.0});
+}
+
+TEST_F(AutomationRunTest, APreviewShowsTheWarningAndVirginTerritoriesKeepIt)
+{
+    startOn(levels(0.2, 0.8));
+    swapShots();
+    montala->setPreviewActive(true);
+    ASSERT_EQ(montala->preview(model().getChangeList(), 0, 0, true), Result::Ok);
+    runIdle();
+    ASSERT_EQ(montala->lastRun().result, Result::Ok);
+    // In the work area, a day past the material.
+    EXPECT_EQ(warnings(), std::vector<double>{86402.0});
+    montala->setPreviewActive(false);
+    EXPECT_TRUE(warnings().empty());
+
+    model().getSettings().setCreateVirginTerritories(true);
+    ASSERT_EQ(conform(), Result::Ok);
+    EXPECT_EQ(warnings(), std::vector<double>{2.0});
+}
+
+TEST_F(AutomationRunTest, LevelsAHundredthApartMakeNoWarning)
+{
+    startOn(levels(0.5, 0.51));
+    swapShots();
+    ASSERT_EQ(conform(), Result::Ok);
+    EXPECT_TRUE(warnings().empty());
+}
+
+TEST_F(AutomationRunTest, ShotsAFrameApartMakeNoWarningWhateverTheLevels)
+{
+    startOn(levels(0.2, 0.8));
+    swapShots("01:00:02:01", "01:00:04:01");
+    ASSERT_EQ(conform(), Result::Ok);
+    EXPECT_TRUE(warnings().empty());
 }
 
 } // namespace

@@ -58,7 +58,7 @@ TEST_F(CutEventTest, AnswersTheAudioAroundAPlaceAndTheAutomationOnBothSides)
     CutEvent fx = pieceOn("FX");
     EXPECT_EQ(fx.getTrackName(), "FX");
     EXPECT_TRUE(fx.isAudioTrack());
-    fx.getTrack().readAutomation();
+    fx.getTrack().readAutomationValues(4000.0);
 
     // The door lies under 10 s; the volume rises from 0 at 0 s to 1 at 20 s.
     core::AudioInfo inside = fx.getAudioInfo(3610.0);

@@ -171,27 +171,5 @@ TEST_F(TrackCacheTest, KeptChainsAnswerAsAWalkOfTheChainDoes)
     project->setCaching(false);
 }
 
-TEST_F(TrackCacheTest, AutomationAroundAPositionTakesThePointsBesideIt)
-{
-    // FX's volume: 0 at 3600, 1 at 3620. Points at one time: the last one
-    // entered is the one before a later position.
-    openProject(smallSession());
-    Track fx = track("FX");
-    fx.readAutomation();
-    auto span = fx.getAutomationAround(3610.0).at(0);
-    EXPECT_DOUBLE_EQ(span.t1, 3600.0);
-    EXPECT_DOUBLE_EQ(span.t2, 3620.0);
-    EXPECT_DOUBLE_EQ(span.y2, 1.0);
-    // On a point: it is the one before; past the last, its value is held.
-    span = fx.getAutomationAround(3620.0).at(0);
-    EXPECT_DOUBLE_EQ(span.t1, 3620.0);
-    EXPECT_DOUBLE_EQ(span.t2, 3620.0);
-    EXPECT_DOUBLE_EQ(span.y1, 1.0);
-    span = fx.getAutomationAround(3590.0).at(0);
-    EXPECT_DOUBLE_EQ(span.t1, 3590.0);
-    EXPECT_DOUBLE_EQ(span.t2, 3600.0);
-    EXPECT_DOUBLE_EQ(span.y1, 0.0);
-}
-
 } // namespace
 } // namespace montala::host::test

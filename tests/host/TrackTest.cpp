@@ -95,7 +95,7 @@ TEST_F(TrackTest, SurroundingsOnALongTrackFindEveryTakeAndGap)
     }
 }
 
-TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
+TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurves)
 {
     openProject(smallSession());
     Track fx = track("FX");
@@ -110,50 +110,51 @@ TEST_F(TrackTest, AutomationIsReadAsAbsoluteCurvesAndSpans)
     EXPECT_DOUBLE_EQ(value, 1.0);
     EXPECT_TRUE(curve.valueAt(3599.0, value)) << "before the first point, its value";
     EXPECT_DOUBLE_EQ(value, 0.0);
-
-    auto around = fx.getAutomationAround(3610.0);
-    ASSERT_EQ(around.count(0), 1u);
-    EXPECT_EQ(around[0].t1, 3600.0);
-    EXPECT_EQ(around[0].t2, 3620.0);
-    // Past the last point, its value is repeated up to the position.
-    around = fx.getAutomationAround(3630.0);
-    EXPECT_EQ(around[0].t1, 3620.0);
-    EXPECT_EQ(around[0].y1, 1.0);
-    EXPECT_EQ(around[0].t2, 3630.0);
-    EXPECT_EQ(around[0].y2, 1.0);
-    EXPECT_TRUE(track("DX").getAutomationAround(3610.0).empty());
 }
 
-TEST_F(TrackTest, AutomationNotYetReadHasTheTracksShapeButNoValues)
+TEST_F(TrackTest, AutomationAroundAPositionIsThePointsBesideItOnceRead)
 {
     openProject(smallSession());
     Track fx = track("FX");
-
-    // One entry per automation track, with nothing in it: no span is made up
-    // from points nobody read.
+    // Nothing is made up from points nobody read.
     EXPECT_TRUE(fx.getAutomationAround(3610.0).empty());
-    ASSERT_EQ(fx.getAutomation().size(), 1u);
-    EXPECT_NE(fx.getAutomation()[0].track.get(), nullptr);
-    EXPECT_TRUE(fx.getAutomation()[0].points.empty());
-    EXPECT_TRUE(fx.getAutomation()[0].curve.empty());
 
-    // Asking again does not add a second set of entries.
-    fx.getAutomationAround(3615.0);
-    EXPECT_EQ(fx.getAutomation().size(), 1u);
-
-    // Once read, the same question has an answer.
-    fx.readAutomation();
+    fx.readAutomationValues(4000.0);
     auto around = fx.getAutomationAround(3610.0);
     ASSERT_EQ(around.count(0), 1u);
     EXPECT_EQ(around[0].t1, 3600.0);
     EXPECT_EQ(around[0].y1, 0.0);
     EXPECT_EQ(around[0].t2, 3620.0);
     EXPECT_EQ(around[0].y2, 1.0);
+    // On a point it is the one before; before the first point, the first
+    // one's value from the position on; past the last, the last one's value
+    // up to the position.
+    around = fx.getAutomationAround(3620.0);
+    EXPECT_EQ(around[0].t1, 3620.0);
+    EXPECT_EQ(around[0].t2, 3620.0);
+    EXPECT_EQ(around[0].y1, 1.0);
+    around = fx.getAutomationAround(3590.0);
+    EXPECT_EQ(around[0].t1, 3590.0);
+    EXPECT_EQ(around[0].t2, 3600.0);
+    EXPECT_EQ(around[0].y1, 0.0);
+    around = fx.getAutomationAround(3630.0);
+    EXPECT_EQ(around[0].t1, 3620.0);
+    EXPECT_EQ(around[0].t2, 3630.0);
+    EXPECT_EQ(around[0].y2, 1.0);
 
-    // A track without automation has no entries, read or not.
+    // Points from `until` on are not read: the ramp's end is not there.
+    fx.readAutomationValues(3620.0);
+    around = fx.getAutomationAround(3610.0);
+    EXPECT_EQ(around[0].t1, 3600.0);
+    EXPECT_EQ(around[0].t2, 3610.0);
+    EXPECT_EQ(around[0].y2, 0.0);
+
+    fx.forgetAutomationValues();
+    EXPECT_TRUE(fx.getAutomationAround(3610.0).empty());
+    // A track without automation has none, read or not.
     Track dx = track("DX");
+    dx.readAutomationValues(4000.0);
     EXPECT_TRUE(dx.getAutomationAround(3610.0).empty());
-    EXPECT_TRUE(dx.getAutomation().empty());
 }
 
 TEST(AutomationCurve, ValuesAreTheHostsWithStepsKept)
