@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace montala::host::test {
 namespace {
 
@@ -119,35 +121,33 @@ TEST_F(TrackTest, AutomationAroundAPositionIsThePointsBesideItOnceRead)
     // Nothing is made up from points nobody read.
     EXPECT_TRUE(fx.getAutomationAround(3610.0).empty());
 
-    fx.readAutomationValues(4000.0);
-    auto around = fx.getAutomationAround(3610.0);
-    ASSERT_EQ(around.count(0), 1u);
-    EXPECT_EQ(around[0].t1, 3600.0);
-    EXPECT_EQ(around[0].y1, 0.0);
-    EXPECT_EQ(around[0].t2, 3620.0);
-    EXPECT_EQ(around[0].y2, 1.0);
+    using Span = std::array<double, 4>;
+    auto spanAt = [&fx](double position) {
+        const auto around = fx.getAutomationAround(position);
+        if (around.count(0) == 0)
+            return Span{};
+        const auto& span = around.at(0);
+        return Span{span.t1, span.y1, span.t2, span.y2};
+    };
     // On a point it is the one before; before the first point, the first
     // one's value from the position on; past the last, the last one's value
     // up to the position.
-    around = fx.getAutomationAround(3620.0);
-    EXPECT_EQ(around[0].t1, 3620.0);
-    EXPECT_EQ(around[0].t2, 3620.0);
-    EXPECT_EQ(around[0].y1, 1.0);
-    around = fx.getAutomationAround(3590.0);
-    EXPECT_EQ(around[0].t1, 3590.0);
-    EXPECT_EQ(around[0].t2, 3600.0);
-    EXPECT_EQ(around[0].y1, 0.0);
-    around = fx.getAutomationAround(3630.0);
-    EXPECT_EQ(around[0].t1, 3620.0);
-    EXPECT_EQ(around[0].t2, 3630.0);
-    EXPECT_EQ(around[0].y2, 1.0);
-
-    // Points from `until` on are not read: the ramp's end is not there.
-    fx.readAutomationValues(3620.0);
-    around = fx.getAutomationAround(3610.0);
-    EXPECT_EQ(around[0].t1, 3600.0);
-    EXPECT_EQ(around[0].t2, 3610.0);
-    EXPECT_EQ(around[0].y2, 0.0);
+    const struct {
+        double until, position;
+        Span span;
+    } cases[] = {
+        {4000.0, 3610.0, {3600.0, 0.0, 3620.0, 1.0}},
+        {4000.0, 3620.0, {3620.0, 1.0, 3620.0, 1.0}},
+        {4000.0, 3590.0, {3590.0, 0.0, 3600.0, 0.0}},
+        {4000.0, 3630.0, {3620.0, 1.0, 3630.0, 1.0}},
+        // Points from `until` on are not read: the ramp's end is not there.
+        {3620.0, 3610.0, {3600.0, 0.0, 3610.0, 0.0}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(testing::Message() << "until " << each.until << ", at " << each.position);
+        fx.readAutomationValues(each.until);
+        EXPECT_EQ(spanAt(each.position), each.span);
+    }
 
     fx.forgetAutomationValues();
     EXPECT_TRUE(fx.getAutomationAround(3610.0).empty());
