@@ -311,28 +311,26 @@ SimObject::Rare& SimObject::rare()
 const SimObject::List& SimObject::kids() const
 {
     static const List none;
-    return childStore ? *childStore : none;
+    return rareParts ? rareParts->childList : none;
 }
 
 SimObject::List& SimObject::ownKids()
 {
-    if (!childStore)
-        childStore = std::make_unique<List>();
-    return *childStore;
+    return rare().childList;
 }
 
 SimObject::~SimObject()
 {
     // Children still held elsewhere (a track kept past its project's end)
     // must not walk up into this node once it is gone.
-    if (childStore)
-        for (const auto& child : *childStore)
+    if (rareParts) {
+        for (const auto& child : rareParts->childList)
             if (child && child->parentNode == this)
                 child->parentNode = nullptr;
-    if (rareParts)
         for (const auto& curve : rareParts->automationList)
             if (curve && curve->parentNode == this)
                 curve->parentNode = nullptr;
+    }
     ProjectLink::hold(ownerLink, nullptr);
 }
 
@@ -730,18 +728,17 @@ bool SimObject::removeChild(SimObject* child)
     // Once a quarter of the list is leaving, those go at once: what a run
     // takes away is let go of while it goes on, and the list is moved only
     // once for every quarter of it removed.
-    if (++leaving >= kids().size() / 4)
+    if (++rareParts->leaving >= kids().size() / 4)
         settle();
     return true;
 }
 
 void SimObject::settle() const
 {
-    if (leaving == 0)
+    if (!rareParts || rareParts->leaving == 0)
         return;
-    leaving = 0;
-    if (childStore)
-        std::erase_if(*childStore, [this](const auto& child) { return child->parentNode != this; });
+    rareParts->leaving = 0;
+    std::erase_if(rareParts->childList, [this](const auto& child) { return child->parentNode != this; });
 }
 
 void SimObject::replaceChildren(const List& list)

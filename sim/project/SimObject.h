@@ -70,7 +70,9 @@ struct ProjectLink {
 // A part answers isKind("part"), not "audio": code that looks for the audio
 // of a track asks for both. Content of a locked track (the track's own name
 // and attributes included) refuses changes with kResultFalse.
-class SimObject : public SimBase, public Kelmar::IProjectObject {
+// IProjectObject comes first so that the node's own flags fill the room that
+// SimBase leaves after its reference count (see the members).
+class SimObject : public Kelmar::IProjectObject, public SimBase {
 public:
     // The values of a node that undo restores as one.
     struct Fields {
@@ -240,7 +242,8 @@ public:
     std::shared_ptr<const List> sortedChain() const;
     void keepSortedChain(std::shared_ptr<const List> chain);
 
-    // Set while the node has changed in the open undo group.
+    // Set while the node has changed in the open undo group. With selected
+    // and objectKind below, it lies in the room after the reference count.
     bool contentChanged = false;
 
 protected:
@@ -288,10 +291,13 @@ private:
         // Brings the stretches in line with the starts from `place` on.
         void restretch(std::size_t place);
     };
-    // What only some nodes have (tracks, automation tracks, nodes with
-    // attributes), apart: a feature's session holds hundreds of thousands
-    // of events and points, and each would carry it empty.
+    // What only some nodes have (children, automation tracks, attributes),
+    // apart: a feature's session holds hundreds of thousands of events and
+    // points, and each would carry it empty.
     struct Rare {
+        List childList;
+        // Children removed but still in the list (see settle).
+        std::uint32_t leaving = 0;
         List automationList;
         Attributes attributeMap;
         std::shared_ptr<const List> sortedChain;
@@ -305,12 +311,7 @@ private:
 
     bool selected = false;
     ObjectKind objectKind;
-    // Children removed but still in the list (see settle).
-    mutable std::uint32_t leaving = 0;
     Fields fields;
-    // Null for a node that never held a child: most nodes are events and
-    // points.
-    mutable std::unique_ptr<List> childStore;
     SimObject* parentNode = nullptr;
     ProjectLink* ownerLink = nullptr;
     std::unique_ptr<Rare> rareParts;
