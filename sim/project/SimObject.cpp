@@ -554,19 +554,14 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
         if (!std::is_sorted(starts.begin(), starts.end()))
             std::sort(starts.begin(), starts.end());
         auto order = std::make_unique<ChildOrder>();
-        order->byStart.reserve(starts.size());
+        order->places.reserve(starts.size());
         order->starts.reserve(starts.size());
         order->ends.reserve(starts.size());
-        order->markers.reserve(starts.size());
-        order->reach.reserve(starts.size());
-        double reach = -std::numeric_limits<double>::infinity();
         for (const auto& [start, i] : starts) {
-            order->byStart.push_back(i);
+            order->places.push_back(static_cast<std::uint32_t>(i)
+                                    | (isMarkerKind(list[i]->objectKind) ? ChildOrder::markerBit : 0));
             order->starts.push_back(start);
             order->ends.push_back(ends[i]);
-            order->markers.push_back(isMarkerKind(list[i]->objectKind));
-            reach = std::max(reach, ends[i]);
-            order->reach.push_back(reach);
         }
         order->restretch(0);
         childOrder = std::move(order);
@@ -578,12 +573,11 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
     // range: the range work counts times this close as one.
     constexpr double hair = 1e-9;
     const ChildOrder& order = *childOrder;
-    const auto last = static_cast<std::ptrdiff_t>(order.firstFrom(end, false));
-    auto i = std::lower_bound(order.reach.begin(), order.reach.begin() + last, start - margin) - order.reach.begin();
+    const std::size_t last = order.firstFrom(end, false);
     std::vector<std::size_t> near;
-    for (; i < last; ++i)
-        if (order.markers[i] ? order.ends[i] >= start - margin : order.ends[i] > start + hair)
-            near.push_back(order.byStart[i]);
+    for (std::size_t i = order.firstReaching(start - margin); i < last; ++i)
+        if (order.isMarker(i) ? order.ends[i] >= start - margin : order.ends[i] > start + hair)
+            near.push_back(order.position(i));
     std::sort(near.begin(), near.end());
     return near;
 }
@@ -603,11 +597,37 @@ std::size_t SimObject::ChildOrder::firstFrom(double time, bool after) const
                                     begin);
 }
 
+std::size_t SimObject::ChildOrder::firstReaching(double time) const
+{
+    // The first stretch by whose end some child reaches the time; within
+    // it, the latest end is carried on from the stretch before.
+    const auto first = static_cast<std::size_t>(
+        std::partition_point(stretchReach.begin(), stretchReach.end(), [time](double reach) { return reach < time; })
+        - stretchReach.begin());
+    if (first == stretchReach.size())
+        return starts.size();
+    double reach = first == 0 ? -std::numeric_limits<double>::infinity() : stretchReach[first - 1];
+    std::size_t place = first * stretch;
+    for (; place < ends.size(); ++place) {
+        reach = std::max(reach, ends[place]);
+        if (reach >= time)
+            break;
+    }
+    return place;
+}
+
 void SimObject::ChildOrder::restretch(std::size_t place)
 {
-    stretchStarts.resize((starts.size() + stretch - 1) / stretch);
-    for (std::size_t j = place / stretch; j < stretchStarts.size(); ++j)
+    const std::size_t count = (starts.size() + stretch - 1) / stretch;
+    stretchStarts.resize(count);
+    stretchReach.resize(count);
+    for (std::size_t j = place / stretch; j < count; ++j) {
         stretchStarts[j] = starts[j * stretch];
+        double reach = j == 0 ? -std::numeric_limits<double>::infinity() : stretchReach[j - 1];
+        for (std::size_t i = j * stretch; i < std::min(ends.size(), (j + 1) * stretch); ++i)
+            reach = std::max(reach, ends[i]);
+        stretchReach[j] = reach;
+    }
 }
 
 const std::vector<double>& SimObject::pointTimes()
@@ -670,18 +690,12 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     if (order) {
         const double start = child->fields.start;
         const auto at = static_cast<std::ptrdiff_t>(order->firstFrom(start, true));
-        order->byStart.insert(order->byStart.begin() + at, index);
+        order->places.insert(order->places.begin() + at,
+                             static_cast<std::uint32_t>(index)
+                                 | (isMarkerKind(child->objectKind) ? ChildOrder::markerBit : 0));
         order->starts.insert(order->starts.begin() + at, start);
+        order->ends.insert(order->ends.begin() + at, child->fields.end);
         order->restretch(static_cast<std::size_t>(at));
-        const double end = child->fields.end;
-        order->ends.insert(order->ends.begin() + at, end);
-        order->markers.insert(order->markers.begin() + at, isMarkerKind(child->objectKind));
-        // The latest end up to each place grows from the new child on, as
-        // far as the new child's end is the latest.
-        const auto place = static_cast<std::size_t>(at);
-        order->reach.insert(order->reach.begin() + at, place == 0 ? end : std::max(order->reach[place - 1], end));
-        for (std::size_t i = place + 1; i < order->reach.size() && order->reach[i] < end; ++i)
-            order->reach[i] = end;
         rareParts->childOrder = std::move(order);
     }
     child->parentNode = this;
