@@ -745,6 +745,13 @@ private:
     }
     bool close()
     {
+        // A feature's document holds hundreds of thousands of small objects
+        // whose lists of fields grew by doubling: each keeps only its own.
+        Json& closed = *stack.back();
+        if (closed.is_object())
+            closed.get_ref<Json::object_t&>().shrink_to_fit();
+        else
+            closed.get_ref<Json::array_t&>().shrink_to_fit();
         stack.pop_back();
         places.leave();
         return true;
