@@ -10,8 +10,8 @@ SimAudioChainEntry::Chain SimAudioChainEntry::chainOf(SimObject& track)
 {
     if (Chain kept = track.sortedChain())
         return kept;
-    // Kept as long as the track stays as it is, for every track a run reads
-    // at once: no room to grow (a part's events may still make it grow).
+    // No room to grow for a long track (a part's events may still make it
+    // grow).
     SimObject::List events;
     events.reserve(track.children().size());
     for (const auto& child : track.children()) {

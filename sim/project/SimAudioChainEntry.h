@@ -17,9 +17,11 @@ public:
     SimAudioChainEntry(Chain chain, std::size_t index);
 
     // The chain of an audio track, in time order; layers at the same start
-    // keep their order. Sorted once and kept by the track until something
-    // below it changes: a host keeps such a list, it does not sort its
-    // events each time it is asked.
+    // keep their order. Sorted once and found again, until something below
+    // the track changes, for as long as an entry of it is held: a walk along
+    // the chain (and an event's next in it) does not sort the track's events
+    // at each step, and the chains of a feature's tracks are not all kept
+    // beside the caller's own images of them.
     static Chain chainOf(SimObject& track);
     // Where `event` lies in `chain`; the chain's size when it is not there.
     static std::size_t indexOf(const SimObject::List& chain, const SimObject& event);

@@ -293,7 +293,7 @@ const SimObject::Attributes& SimObject::attributes() const
 
 std::shared_ptr<const SimObject::List> SimObject::sortedChain() const
 {
-    return rareParts ? rareParts->sortedChain : nullptr;
+    return rareParts ? rareParts->sortedChain.lock() : nullptr;
 }
 
 void SimObject::keepSortedChain(std::shared_ptr<const List> chain)

@@ -220,6 +220,9 @@ public:
     // Puts `list` in the place of the children [first, last).
     void replaceChildren(std::size_t first, std::size_t last, const List& list);
     void appendAutomation(Kelmar::IPtr<SimObject> automationTrack);
+    // Room for `count` children in all, for a reader that knows how many
+    // come: a feature's long tracks do not keep a list that grew by doubling.
+    void reserveChildren(std::size_t count) { ownKids().reserve(count); }
     void putAttribute(const std::string& name, const Kelmar::FVariant& value);
     void dropAttribute(const std::string& name);
     // Selection is not an edit: it is not recorded.
@@ -236,9 +239,10 @@ public:
     void restoreChildren(const List& list, bool automationList);
     void restoreAttribute(const std::string& name, const Kelmar::FVariant* value);
 
-    // An audio track's chain in time order, kept until anything below the
-    // track changes (see SimAudioChainEntry::chainOf); null when it must be
-    // gathered and sorted anew.
+    // An audio track's chain in time order, found again while anyone still
+    // holds it and nothing below the track has changed (see
+    // SimAudioChainEntry::chainOf); null when it must be gathered and sorted
+    // anew.
     std::shared_ptr<const List> sortedChain() const;
     void keepSortedChain(std::shared_ptr<const List> chain);
 
@@ -309,7 +313,7 @@ private:
         std::uint32_t leaving = 0;
         List automationList;
         Attributes attributeMap;
-        std::shared_ptr<const List> sortedChain;
+        std::weak_ptr<const List> sortedChain;
         std::unique_ptr<ChildOrder> childOrder;
         std::unique_ptr<std::vector<double>> pointTimes;
     };

@@ -396,6 +396,7 @@ private:
         } else if (kind != ObjectKind::RulerTrack) {
             if (const Json* events = fields.find("events")) {
                 const Json& list = arrayOf(*events, fields.at("events"));
+                result->reserveChildren(list.size());
                 for (std::size_t i = 0; i < list.size(); ++i)
                     result->appendChild(event(list[i], fields.at("events") + "/" + std::to_string(i), *result));
             }
