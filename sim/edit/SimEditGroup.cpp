@@ -23,13 +23,12 @@ void carryChanges(SimObject::Fields& target, const SimObject::Fields& from, cons
     carry(target.name, from.name, to.name);
     carry(target.start, from.start, to.start);
     carry(target.end, from.end, to.end);
-    carry(target.offset, from.offset, to.offset);
+    carry(target.offset, from.offset, to.offset); // a point's value too
     carry(target.file, from.file, to.file);
     carry(target.joinedToNext, from.joinedToNext, to.joinedToNext);
     carry(target.clipId, from.clipId, to.clipId);
     carry(target.locked, from.locked, to.locked);
     carry(target.curveType, from.curveType, to.curveType);
-    carry(target.value, from.value, to.value);
     carry(target.segmentEnd, from.segmentEnd, to.segmentEnd);
 }
 

@@ -992,7 +992,8 @@ double SimObject::getEnd(IEditContext*)
 
 double SimObject::getOffset(IEditContext*)
 {
-    return fields.offset;
+    // A point's value lies where an event keeps its offset.
+    return objectKind == ObjectKind::AutomationPoint ? 0.0 : fields.offset;
 }
 
 tresult SimObject::setStart(IEditContext*, double start, int32)

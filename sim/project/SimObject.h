@@ -80,15 +80,25 @@ public:
         SharedText<std::string> file; // source file of an audio event
         double start = 0.0;
         double end = 0.0;
-        double offset = 0.0;       // source offset of an audio or video event
-        double value = 0.0;        // of an automation point
+        // No node has both, and a feature's session holds a million events
+        // and points: they share their place.
+        union {
+            double offset = 0.0; // source offset of an audio or video event
+            double value;        // of an automation point
+        };
         std::int64_t clipId = 0;   // pool clip of a video event
         int curveType = 1;         // of an automation track
         bool joinedToNext = false; // an audio event joined to the next in the chain
         bool locked = false;       // the track's "lock" toggle
         bool segmentEnd = false;   // of an automation point
 
-        bool operator==(const Fields&) const = default;
+        bool operator==(const Fields& other) const
+        {
+            return name == other.name && file == other.file && start == other.start && end == other.end
+                   && offset == other.offset && clipId == other.clipId && curveType == other.curveType
+                   && joinedToNext == other.joinedToNext && locked == other.locked
+                   && segmentEnd == other.segmentEnd;
+        }
     };
 
     using List = std::vector<Kelmar::IPtr<SimObject>>;
