@@ -551,17 +551,24 @@ std::vector<std::size_t> SimObject::childrenNear(double start, double end)
             starts[i] = {list[i]->fields.start, i};
             ends[i] = list[i]->fields.end;
         }
-        if (!std::is_sorted(starts.begin(), starts.end()))
+        const bool sorted = std::is_sorted(starts.begin(), starts.end());
+        if (!sorted)
             std::sort(starts.begin(), starts.end());
         auto order = std::make_unique<ChildOrder>();
-        order->places.reserve(starts.size());
         order->starts.reserve(starts.size());
         order->ends.reserve(starts.size());
         for (const auto& [start, i] : starts) {
-            order->places.push_back(static_cast<std::uint32_t>(i)
-                                    | (isMarkerKind(list[i]->objectKind) ? ChildOrder::markerBit : 0));
             order->starts.push_back(start);
             order->ends.push_back(ends[i]);
+        }
+        const bool inPlace = sorted && std::none_of(list.begin(), list.end(), [](const auto& child) {
+            return isMarkerKind(child->objectKind);
+        });
+        if (!inPlace) {
+            order->places.reserve(starts.size());
+            for (const auto& [start, i] : starts)
+                order->places.push_back(static_cast<std::uint32_t>(i)
+                                        | (isMarkerKind(list[i]->objectKind) ? ChildOrder::markerBit : 0));
         }
         order->restretch(0);
         childOrder = std::move(order);
@@ -614,6 +621,21 @@ std::size_t SimObject::ChildOrder::firstReaching(double time) const
             break;
     }
     return place;
+}
+
+void SimObject::ChildOrder::insert(std::size_t place, std::size_t position, bool marker, double start, double end)
+{
+    const auto at = static_cast<std::ptrdiff_t>(place);
+    if (places.empty() && (marker || place != position)) {
+        places.reserve(starts.capacity());
+        for (std::size_t i = 0; i < starts.size(); ++i)
+            places.push_back(static_cast<std::uint32_t>(i));
+    }
+    if (!places.empty())
+        places.insert(places.begin() + at, static_cast<std::uint32_t>(position) | (marker ? markerBit : 0));
+    starts.insert(starts.begin() + at, start);
+    ends.insert(ends.begin() + at, end);
+    restretch(place);
 }
 
 void SimObject::ChildOrder::restretch(std::size_t place)
@@ -689,13 +711,7 @@ void SimObject::insertChild(IPtr<SimObject> child, std::size_t index)
     }
     if (order) {
         const double start = child->fields.start;
-        const auto at = static_cast<std::ptrdiff_t>(order->firstFrom(start, true));
-        order->places.insert(order->places.begin() + at,
-                             static_cast<std::uint32_t>(index)
-                                 | (isMarkerKind(child->objectKind) ? ChildOrder::markerBit : 0));
-        order->starts.insert(order->starts.begin() + at, start);
-        order->ends.insert(order->ends.begin() + at, child->fields.end);
-        order->restretch(static_cast<std::size_t>(at));
+        order->insert(order->firstFrom(start, true), index, isMarkerKind(child->objectKind), start, child->fields.end);
         rareParts->childOrder = std::move(order);
     }
     child->parentNode = this;

@@ -289,13 +289,16 @@ private:
     // The children's positions by start, each with its end and whether it
     // is a marker, and per stretch the latest end up to it (see
     // childrenNear). A long track of a feature keeps one through a run, for
-    // the arrangement and the work area both: 20 bytes a child.
+    // the arrangement and the work area both: 16 bytes a child while the
+    // list is in time order and holds no marker, 20 otherwise.
     struct ChildOrder {
         // Every `stretch`-th start is kept apart as well: a search reads
         // that short list and then the starts of one stretch, instead of one
         // far place of a long track's starts at each halving.
         static constexpr std::size_t stretch = 16;
-        // A child's position in the list, with this bit set for a marker.
+        // A child's position in the list, with this bit set for a marker;
+        // none while each child's place is its position and none is a
+        // marker, as for a track read or built in time order.
         static constexpr std::uint32_t markerBit = 1u << 31;
         std::vector<std::uint32_t> places;
         std::vector<double> starts;
@@ -304,8 +307,10 @@ private:
         // The latest end of the children up to each stretch's last.
         std::vector<double> stretchReach;
 
-        std::size_t position(std::size_t place) const { return places[place] & ~markerBit; }
-        bool isMarker(std::size_t place) const { return (places[place] & markerBit) != 0; }
+        std::size_t position(std::size_t place) const { return places.empty() ? place : places[place] & ~markerBit; }
+        bool isMarker(std::size_t place) const { return !places.empty() && (places[place] & markerBit) != 0; }
+        // Puts a child at `place`, `position` in the list.
+        void insert(std::size_t place, std::size_t position, bool marker, double start, double end);
         // The first place whose start is at `time` or later (`after`: later).
         std::size_t firstFrom(double time, bool after) const;
         // The first place by which some child ends at `time` or later.

@@ -106,12 +106,12 @@ TEST_F(SimAudioChainEntryTest, AJoinedEventFindsItsOwnNextAmongLayersThatStartTo
 TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
 {
     // Each answer is checked against a look at every child, as the order by
-    // start is kept through appends in order, an append out of order and a
-    // move.
+    // start is kept through appends in order, an append out of order (the
+    // list is no longer in time order) and a move.
     auto project = openDx(R"(
-        {"kind": "audio", "start": "00:00:10:00", "end": "00:00:12:00", "file": "a.wav", "offset": 0},
         {"kind": "audio", "start": "00:00:00:00", "end": "00:00:30:00", "file": "long.wav", "offset": 0},
-        {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0})", "00:10:00:00");
+        {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0},
+        {"kind": "audio", "start": "00:00:10:00", "end": "00:00:12:00", "file": "a.wav", "offset": 0})", "00:10:00:00");
     SimObject& dx = *project->findTrack(u"DX");
     const auto bruteForce = [&](double start, double end) {
         std::vector<std::size_t> near;
@@ -130,7 +130,7 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
                     << start << " + " << length;
     };
     check("as read");
-    EXPECT_EQ(dx.childrenNear(12.0, 13.0), (std::vector<std::size_t>{1})) << "an end on the range's start";
+    EXPECT_EQ(dx.childrenNear(12.0, 13.0), (std::vector<std::size_t>{0})) << "an end on the range's start";
 
     host->beginGroup();
     // Enough pieces that the order's search crosses stretches of starts.
