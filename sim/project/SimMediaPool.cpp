@@ -68,6 +68,8 @@ IPoolClip* SimMediaPool::addClip(IPath* path)
     const auto slash = text.find_last_of(u"/\\");
     SimPoolClip::Info info;
     info.id = nextId();
+    if (info.id > largestId)
+        return nullptr;
     info.path = text;
     info.name = slash == std::u16string::npos ? text : text.substr(slash + 1);
     info.kind = kindOfFile(text);
@@ -83,7 +85,7 @@ bool SimMediaPool::insert(SimPoolClip::Info info)
 {
     if (info.id == 0)
         info.id = nextId();
-    if (findClip(info.id))
+    if (info.id > largestId || findClip(info.id))
         return false;
     list.push_back(owned(new SimPoolClip(std::move(info))));
     publish(*list.back());

@@ -30,8 +30,12 @@ public:
     // setDefaultLength.
     Kelmar::IPoolClip* addClip(Kelmar::IPath* path) override;
 
+    // Clips are numbered from 1 to this in this host: a video event keeps
+    // its clip's id in 32 bits, as one of a feature's many nodes.
+    static constexpr std::int64_t largestId = 2147483647;
+
     // Adds a clip as it stands (id 0 takes the next free id); false when the
-    // id is taken. Does not notify: for reading a session.
+    // id is taken or past largestId. Does not notify: for reading a session.
     bool insert(SimPoolClip::Info info);
     SimPoolClip* findClip(std::int64_t id) const;
     const std::vector<Kelmar::IPtr<SimPoolClip>>& clips() const { return list; }
@@ -43,6 +47,7 @@ public:
     static std::string kindOfFile(std::u16string_view path);
 
 private:
+    // The id after the highest; past largestId when none is left.
     std::int64_t nextId() const;
     // Tells the thumbnail service where the clip's file lies.
     void publish(const SimPoolClip& clip);

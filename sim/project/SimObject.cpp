@@ -231,7 +231,7 @@ IPtr<SimObject> SimObject::makeAudioEvent(std::u16string name, double start, dou
     return event;
 }
 
-IPtr<SimObject> SimObject::makeVideoEvent(double start, double end, std::int64_t clipId, double offset)
+IPtr<SimObject> SimObject::makeVideoEvent(double start, double end, std::int32_t clipId, double offset)
 {
     IPtr<SimObject> event = create(ObjectKind::VideoEvent);
     event->fields.start = start;
@@ -259,7 +259,7 @@ IPtr<SimObject> SimObject::makeMarker(std::u16string name, double start, double 
     return marker;
 }
 
-IPtr<SimObject> SimObject::makeAutomation(std::u16string name, int curveType)
+IPtr<SimObject> SimObject::makeAutomation(std::u16string name, std::uint8_t curveType)
 {
     IPtr<SimObject> automationTrack = create(ObjectKind::AutomationTrack);
     automationTrack->fields.name = std::move(name);
@@ -1174,7 +1174,8 @@ tresult SimObject::setClip(IEditContext*, IClipSource* source, int32)
         return kResultFalse;
     const SimHost::OwnStep step(owner(), u"Change Clip");
     Fields values = fields;
-    values.clipId = clip->id();
+    // The pool's ids fit.
+    values.clipId = static_cast<std::int32_t>(clip->id());
     return changeFields(values);
 }
 

@@ -86,8 +86,8 @@ public:
             double offset = 0.0; // source offset of an audio or video event
             double value;        // of an automation point
         };
-        std::int64_t clipId = 0;   // pool clip of a video event
-        int curveType = 1;         // of an automation track
+        std::int32_t clipId = 0;   // pool clip of a video event (see SimMediaPool::largestId)
+        std::uint8_t curveType = 1; // of an automation track
         bool joinedToNext = false; // an audio event joined to the next in the chain
         bool locked = false;       // the track's "lock" toggle
         bool segmentEnd = false;   // of an automation point
@@ -109,11 +109,11 @@ public:
     static Kelmar::IPtr<SimObject> makeTrack(ObjectKind kind, std::u16string name);
     static Kelmar::IPtr<SimObject> makeAudioEvent(std::u16string name, double start, double end, std::string file,
                                                   double offset);
-    static Kelmar::IPtr<SimObject> makeVideoEvent(double start, double end, std::int64_t clipId, double offset);
+    static Kelmar::IPtr<SimObject> makeVideoEvent(double start, double end, std::int32_t clipId, double offset);
     static Kelmar::IPtr<SimObject> makePart(std::u16string name, double start, double end);
     // A point marker when `end` equals `start`, else a range marker.
     static Kelmar::IPtr<SimObject> makeMarker(std::u16string name, double start, double end);
-    static Kelmar::IPtr<SimObject> makeAutomation(std::u16string name, int curveType);
+    static Kelmar::IPtr<SimObject> makeAutomation(std::u16string name, std::uint8_t curveType);
     static Kelmar::IPtr<SimObject> makePoint(double time, double value, bool segmentEnd = false);
 
     ~SimObject() override;

@@ -340,6 +340,8 @@ private:
             info.id = integerOf(fields.need("id"), fields.at("id"));
             if (info.id <= 0)
                 throw Failure{fields.at("id"), "must be above 0"};
+            if (info.id > SimMediaPool::largestId)
+                throw Failure{fields.at("id"), "must be at most " + std::to_string(SimMediaPool::largestId)};
             info.kind = textOf(fields.need("kind"), fields.at("kind"));
             if (info.kind != "video" && info.kind != "audio")
                 throw Failure{fields.at("kind"), quote(info.kind) + " is no clip kind (\"video\" or \"audio\")"};
@@ -459,9 +461,10 @@ private:
             }
         }
         if (kind == ObjectKind::VideoEvent) {
-            values.clipId = integerOf(fields.need("clip"), fields.at("clip"));
-            if (!pool->findClip(values.clipId))
-                throw Failure{fields.at("clip"), "clip " + std::to_string(values.clipId) + " is not in the media pool"};
+            const std::int64_t clip = integerOf(fields.need("clip"), fields.at("clip"));
+            if (!pool->findClip(clip))
+                throw Failure{fields.at("clip"), "clip " + std::to_string(clip) + " is not in the media pool"};
+            values.clipId = static_cast<std::int32_t>(clip);
         }
         result->restoreFields(values);
         if (const Json* attributeList = fields.find("attributes"))
@@ -487,7 +490,7 @@ private:
         const std::int64_t curve = integerOf(fields.need("curveType"), fields.at("curveType"));
         if (curve < 0 || curve > 255)
             throw Failure{fields.at("curveType"), "must be between 0 and 255"};
-        values.curveType = static_cast<int>(curve);
+        values.curveType = static_cast<std::uint8_t>(curve);
         result->restoreFields(values);
         if (const Json* points = fields.find("points")) {
             const Json& list = arrayOf(*points, fields.at("points"));

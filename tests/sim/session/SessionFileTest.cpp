@@ -98,6 +98,9 @@ TEST_F(SessionFileTest, ErrorsNameThePlaceInTheFile)
     EXPECT_EQ(errorOf(minimal(R"({"kind": "folder", "tracks": [{"kind": "video", "events": [
                 {"kind": "video", "start": 0, "end": 5, "clip": 2}]}]})")),
               "film.json: line 5: /tracks/0/tracks/0/events/0/clip: clip 2 is not in the media pool");
+    EXPECT_EQ(errorOf(R"({"format": "montala-session", "version": 1, "frameRate": {"fps": 25}, "start": 0, "end": 10,
+      "mediaPool": [{"id": 2147483648, "kind": "video", "name": "a.mov", "path": "/a.mov", "length": 10}]})"),
+              "film.json: line 2: /mediaPool/0/id: must be at most 2147483647");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "marker", "events": [{"kind": "audio", "start": 1, "end": 2, "file": "x"}]})")),
               "film.json: line 4: /tracks/0/events/0/kind: a marker track cannot hold an event of kind \"audio\"");
     EXPECT_EQ(errorOf(minimal(R"({"kind": "audio", "nmae": "DX"})")),
