@@ -237,18 +237,28 @@ void Track::setName(const std::string& name)
 
 std::vector<TrackEvent> Track::getEvents() const
 {
+    std::vector<TrackEvent> events;
+    eachEvent([&](Kelmar::IProjectObject& event) { events.emplace_back(this, &event); });
+    return events;
+}
+
+void Track::eachEvent(const std::function<void(Kelmar::IProjectObject& event)>& visit) const
+{
     auto asObject = object();
     // A part holds audio events; it answers "part", not "audio", and moves
     // with the track's audio as one event.
     const bool audio = asObject->isKind("audio");
     const char* kind = audio ? "audio" : asObject->isKind("video") ? "video" : asObject->isKind("marker") ? "marker" : nullptr;
-    std::vector<TrackEvent> events;
     if (!kind)
-        return events;
-    for (auto& child : childrenOf(*asObject))
+        return;
+    Kelmar::IPtr<Kelmar::IObjectIterator> children = Kelmar::owned(asObject->getChildren());
+    while (children && !children->atEnd()) {
+        Kelmar::IPtr<Kelmar::IProjectObject> child = Kelmar::owned(children->next());
+        if (!child)
+            break;
         if (child->isKind(kind) || (audio && child->isKind("part")))
-            events.emplace_back(this, child.get());
-    return events;
+            visit(*child);
+    }
 }
 
 std::vector<TrackEvent> Track::getEventsInRange(double start, double end) const

@@ -11,6 +11,7 @@
 #include "kelmar/project/ITrack.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -90,6 +91,10 @@ public:
     // The track's events: audio events on an audio track, video events on a
     // video track, markers on a marker track.
     std::vector<TrackEvent> getEvents() const;
+    // Hands each of those events to `visit`, in the track's order, while
+    // walking the host's list: a long track is read once, where gathering
+    // its events first reads it again and again.
+    void eachEvent(const std::function<void(Kelmar::IProjectObject& event)>& visit) const;
     // The events that belong to [start, end], host-relative: those wholly
     // inside, and those more than half inside.
     std::vector<TrackEvent> getEventsInRange(double start, double end) const;

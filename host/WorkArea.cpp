@@ -258,53 +258,55 @@ bool WorkArea::moveHome(Kelmar::IProjectEdit& edit, const std::vector<Track>& on
 void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, double length,
                         const std::vector<Track>& onTracks)
 {
-    // What lies wholly in the home range is the old arrangement: it goes,
-    // and the new one takes its place.
     tracks.forgetChains();
-    const double low = tracks.toHost(to).seconds;
-    const double high = tracks.toHost({to.seconds + length}).seconds;
-    for (const Track& track : onTracks) {
-        auto context = tracks.editContext(track.object().get());
-        for (const TrackEvent& event : track.getEvents()) {
-            // Within a sample: the edges are frames of the settings, and an
-            // event on them lies on the same frames a few ulps away.
-            if (event.getStart() >= low - core::positionTolerance && event.getEnd() <= high + core::positionTolerance)
-                check(edit.removeObject(context.get(), event.getObject()));
-        }
-    }
-    // A track at a time: its range comes home, then what of it lay inside
-    // the range behind goes, so that the home copies and the work area are
-    // never all alive at once. The range is deleted on all tracks afterwards
-    // as before; it then finds only what crosses its edges, and the tracks
-    // that did not move.
+    // What lies wholly in the home range is the old arrangement: it goes,
+    // and the new one takes its place. Within a sample: the edges are
+    // frames of the settings, and an event on them lies on the same frames
+    // a few ulps away.
+    const double homeLow = tracks.toHost(to).seconds - core::positionTolerance;
+    const double homeHigh = tracks.toHost({to.seconds + length}).seconds + core::positionTolerance;
+    // What lies well inside the range behind, clear of its edges where the
+    // range work keeps or cuts, goes once its track has come home: a
+    // deletion of the range would take it away in any case.
     const Absolute fromEnd{from.seconds + length};
     const double behindStart = tracks.toHost(from).seconds;
     const double behindEnd = tracks.toHost(fromEnd).seconds;
+    constexpr double margin = 1e-6;
+    const double insideLow = behindStart + margin;
+    const double insideHigh = behindEnd - margin;
+    // A track at a time, its events read once: its old arrangement goes, its
+    // range comes home, then what of it lay inside the range behind goes, so
+    // that the home copies and the work area are never all alive at once.
+    // The range is deleted on all tracks afterwards as before; it then finds
+    // only what crosses its edges, and the tracks that did not move.
     for (const Track& track : onTracks) {
+        // The range work leaves a locked track as it is.
+        const bool takesAway = !track.isLocked();
+        std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> old;
+        std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> behind;
+        track.eachEvent([&](Kelmar::IProjectObject& event) {
+            const double start = event.getStart(nullptr);
+            const double end = event.getEnd(nullptr);
+            if (start >= homeLow && end <= homeHigh)
+                old.push_back(Kelmar::shared(&event));
+            else if (takesAway && start >= insideLow && end <= insideHigh)
+                behind.push_back(Kelmar::shared(&event));
+        });
+        auto context = tracks.editContext(track.object().get());
+        for (const auto& event : old)
+            check(edit.removeObject(context.get(), event.get()));
+        old = {};
         auto one = getService<Kelmar::IObjectList>(tracks.getServices());
         check(one->add(track.getHostTrack()));
         copyRange(edit, from, fromEnd, to, one.get());
-        takeAwayInside(edit, track, behindStart, behindEnd);
+        for (const auto& event : behind)
+            check(edit.removeObject(context.get(), event.get()));
+        behind = {};
+        if (takesAway)
+            removePoints(edit, track, [insideLow, insideHigh](double time) { return time >= insideLow && time <= insideHigh; });
     }
     check(edit.deleteRange(tracks.getHostProject(), behindStart, behindEnd, 0));
     removeWorkAreaPoints(edit);
-}
-
-void WorkArea::takeAwayInside(Kelmar::IProjectEdit& edit, const Track& track, double start, double end)
-{
-    // Only what a deletion of the range would take away in any case: well
-    // inside it, clear of its edges, where the range work keeps or cuts.
-    constexpr double margin = 1e-6;
-    const double low = start + margin;
-    const double high = end - margin;
-    // The range work leaves a locked track as it is.
-    if (track.isLocked())
-        return;
-    auto context = tracks.editContext(track.object().get());
-    for (const TrackEvent& event : track.getEvents())
-        if (event.getStart() >= low && event.getEnd() <= high)
-            check(edit.removeObject(context.get(), event.getObject()));
-    removePoints(edit, track, [low, high](double time) { return time >= low && time <= high; });
 }
 
 void WorkArea::removePoints(Kelmar::IProjectEdit& edit, const Track& track, const std::function<bool(double)>& goes)

@@ -86,9 +86,6 @@ public:
     // [from, from + length] there.
     void moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, double length,
                   const std::vector<Track>& tracks);
-    // Removes what lies well inside [start, end] (host times) on `track`:
-    // its events and its automation points.
-    void takeAwayInside(Kelmar::IProjectEdit& edit, const Track& track, double start, double end);
     // The host's closing work over [start, end] on `tracks`; times passed as
     // they are.
     void finishRange(Kelmar::IProjectEdit& edit, double start, double end, const std::vector<Track>& tracks);
