@@ -308,15 +308,52 @@ SimObject::Rare& SimObject::rare()
     return *rareParts;
 }
 
+SimObject::ChildList::ChildList(const ChildList& other) : block(other.block)
+{
+    if (block)
+        ++block->holders;
+}
+
+SimObject::ChildList& SimObject::ChildList::operator=(ChildList other) noexcept
+{
+    std::swap(block, other.block);
+    return *this;
+}
+
+SimObject::ChildList::~ChildList()
+{
+    if (block && --block->holders == 0)
+        delete block;
+}
+
+const SimObject::List& SimObject::ChildList::items() const
+{
+    static const List none;
+    return block ? block->items : none;
+}
+
+SimObject::List& SimObject::ChildList::own()
+{
+    if (!block) {
+        block = new Block;
+    } else if (block->holders > 1) {
+        auto* copy = new Block;
+        copy->items = block->items;
+        *this = ChildList();
+        block = copy;
+    }
+    return block->items;
+}
+
 const SimObject::List& SimObject::kids() const
 {
     static const List none;
-    return rareParts ? rareParts->childList : none;
+    return rareParts ? rareParts->childList.items() : none;
 }
 
 SimObject::List& SimObject::ownKids()
 {
-    return rare().childList;
+    return rare().childList.own();
 }
 
 SimObject::~SimObject()
@@ -324,7 +361,7 @@ SimObject::~SimObject()
     // Children still held elsewhere (a track kept past its project's end)
     // must not walk up into this node once it is gone.
     if (rareParts) {
-        for (const auto& child : rareParts->childList)
+        for (const auto& child : rareParts->childList.items())
             if (child && child->parentNode == this)
                 child->parentNode = nullptr;
         for (const auto& curve : rareParts->automationList)
@@ -768,7 +805,8 @@ void SimObject::settle() const
     if (!rareParts || rareParts->leaving == 0)
         return;
     rareParts->leaving = 0;
-    std::erase_if(rareParts->childList, [this](const auto& child) { return child->parentNode != this; });
+    if (!rareParts->childList.empty())
+        std::erase_if(rareParts->childList.own(), [this](const auto& child) { return child->parentNode != this; });
 }
 
 void SimObject::replaceChildren(const List& list)
@@ -1076,7 +1114,8 @@ tresult SimObject::changeEnd(IEditContext*, double end, int32)
 
 IObjectIterator* SimObject::getChildren()
 {
-    return new SimObjectIterator(children());
+    settle();
+    return new SimObjectIterator(rareParts ? rareParts->childList : ChildList());
 }
 
 IProjectObject* SimObject::getParent()
@@ -1093,7 +1132,9 @@ IObjectIterator* SimObject::getAutomationTracks()
 {
     if (!isTrack() || automation().empty())
         return nullptr;
-    return new SimObjectIterator(automation());
+    ChildList curves;
+    curves.own() = automation();
+    return new SimObjectIterator(std::move(curves));
 }
 
 IAudioChainEntry* SimObject::getAudioChain()

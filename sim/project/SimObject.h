@@ -15,10 +15,12 @@
 #include "sim/project/SimBase.h"
 #include "sim/project/SimSharedText.h"
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace montala::sim {
@@ -103,6 +105,35 @@ public:
 
     using List = std::vector<Kelmar::IPtr<SimObject>>;
     using Attributes = std::map<std::string, Kelmar::FVariant>;
+
+    // A node's children, shared by the node and the walks handed out over
+    // them (see getChildren) instead of copied for each walk: a copy takes
+    // a reference of every child and lets go of it again, which on a
+    // feature's long tracks fetches each child from the heap twice more per
+    // walk. The node changes a list a walk still holds only after making
+    // its own copy, so that a walk sees the list as it was handed out.
+    class ChildList {
+    public:
+        ChildList() = default;
+        ChildList(const ChildList& other);
+        ChildList(ChildList&& other) noexcept : block(std::exchange(other.block, nullptr)) {}
+        ChildList& operator=(ChildList other) noexcept;
+        ~ChildList();
+
+        bool empty() const { return !block || block->items.empty(); }
+        // The children; none for a list never made.
+        const List& items() const;
+        // The children to change: made on first use, copied first while a
+        // walk holds them too.
+        List& own();
+
+    private:
+        struct Block {
+            List items;
+            std::atomic<std::uint32_t> holders{1};
+        };
+        Block* block = nullptr;
+    };
 
     static Kelmar::IPtr<SimObject> create(ObjectKind kind);
     // Shorthands for building a project by hand; times as in Fields.
@@ -323,7 +354,7 @@ private:
     // apart: a feature's session holds hundreds of thousands of events and
     // points, and each would carry it empty.
     struct Rare {
-        List childList;
+        ChildList childList;
         // Children removed but still in the list (see settle).
         std::uint32_t leaving = 0;
         List automationList;

@@ -2,7 +2,7 @@
 
 namespace montala::sim {
 
-SimObjectIterator::SimObjectIterator(SimObject::List list) : list(std::move(list)) {}
+SimObjectIterator::SimObjectIterator(SimObject::ChildList list) : list(std::move(list)) {}
 
 Kelmar::tresult SimObjectIterator::queryInterface(const Kelmar::FUID& iid, void** obj)
 {
@@ -15,7 +15,7 @@ Kelmar::IProjectObject* SimObjectIterator::next()
 {
     if (atEnd())
         return nullptr;
-    Kelmar::IProjectObject* object = list[position++].get();
+    Kelmar::IProjectObject* object = list.items()[position++].get();
     object->addRef();
     return object;
 }

@@ -6,21 +6,21 @@
 
 namespace montala::sim {
 
-// Walks a copy of a list of nodes, so that changes made while walking do not
-// disturb it.
+// Walks a list of nodes as it was when the walk began: changes made while
+// walking do not disturb it (see SimObject::ChildList).
 class SimObjectIterator : public SimBase, public Kelmar::IObjectIterator {
 public:
-    explicit SimObjectIterator(SimObject::List list);
+    explicit SimObjectIterator(SimObject::ChildList list);
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
 
     Kelmar::IProjectObject* next() override;
-    bool atEnd() override { return position >= list.size(); }
-    Kelmar::int32 getCount() override { return static_cast<Kelmar::int32>(list.size()); }
+    bool atEnd() override { return position >= list.items().size(); }
+    Kelmar::int32 getCount() override { return static_cast<Kelmar::int32>(list.items().size()); }
 
 private:
-    SimObject::List list;
+    SimObject::ChildList list;
     std::size_t position = 0;
 };
 
