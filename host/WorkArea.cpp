@@ -316,16 +316,19 @@ void WorkArea::removePoints(Kelmar::IProjectEdit& edit, const Track& track, cons
         Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
         if (!curve)
             break;
-        // Gathered first, then taken away: the walk stays on the list as it
-        // was, whatever the host's iterator makes of a removal.
+        // Gathered first, then taken away once the walk is over: the walk
+        // stays on the list as it was, whatever the host's iterator makes of
+        // a removal, and the host need not keep that list for it.
         std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> going;
-        Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
-        while (points && !points->atEnd()) {
-            Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
-            if (!point)
-                break;
-            if (goes(point->getStart(nullptr)))
-                going.push_back(point);
+        {
+            Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
+            while (points && !points->atEnd()) {
+                Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
+                if (!point)
+                    break;
+                if (goes(point->getStart(nullptr)))
+                    going.push_back(point);
+            }
         }
         if (going.empty())
             continue;

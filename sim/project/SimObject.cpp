@@ -795,18 +795,26 @@ bool SimObject::removeChild(SimObject* child)
     // Once a quarter of the list is leaving, those go at once: what a run
     // takes away is let go of while it goes on, and the list is moved only
     // once for every quarter of it removed.
-    if (++rareParts->leaving >= kids().size() / 4)
+    std::vector<const SimObject*>& leaving = rare().leaving;
+    leaving.push_back(child);
+    if (leaving.size() >= kids().size() / 4)
         settle();
     return true;
 }
 
 void SimObject::settle() const
 {
-    if (!rareParts || rareParts->leaving == 0)
+    if (!rareParts || rareParts->leaving.empty())
         return;
-    rareParts->leaving = 0;
-    if (!rareParts->childList.empty())
-        std::erase_if(rareParts->childList.own(), [this](const auto& child) { return child->parentNode != this; });
+    // Found by their places in memory, among the list's pointers: asking
+    // each child whether it still belongs here would fetch every child of a
+    // long track from the heap.
+    std::vector<const SimObject*> leaving = std::move(rareParts->leaving);
+    rareParts->leaving = {};
+    std::sort(leaving.begin(), leaving.end());
+    std::erase_if(rareParts->childList.own(), [&leaving](const auto& child) {
+        return std::binary_search(leaving.begin(), leaving.end(), static_cast<const SimObject*>(child.get()));
+    });
 }
 
 void SimObject::replaceChildren(const List& list)

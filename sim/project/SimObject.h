@@ -355,13 +355,14 @@ private:
     // points, and each would carry it empty.
     struct Rare {
         ChildList childList;
-        // Children removed but still in the list (see settle).
-        std::uint32_t leaving = 0;
         List automationList;
         Attributes attributeMap;
         std::weak_ptr<const List> sortedChain;
         std::unique_ptr<ChildOrder> childOrder;
         std::unique_ptr<std::vector<double>> pointTimes;
+        // Children removed but still in the list (see settle), known by
+        // their places in memory.
+        std::vector<const SimObject*> leaving;
     };
     Rare& rare();
     SimProject* owner() const { return ownerLink ? ownerLink->project : nullptr; }
