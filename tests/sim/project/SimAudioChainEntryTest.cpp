@@ -9,6 +9,7 @@
 
 #include "kelmar/project/IAudioChainEntry.h"
 #include "kelmar/project/IAudioChainEvent.h"
+#include "kelmar/base/IObjectIterator.h"
 #include "sim/project/SimObject.h"
 #include "sim/services/SimUser.h"
 
@@ -144,10 +145,11 @@ TEST_F(SimAudioChainEntryTest, ChildrenNearARangeAreThoseThatMayReachIntoIt)
     host->endGroup(project.get(), u"Pieces");
 }
 
-TEST_F(SimAudioChainEntryTest, ChildrenTakenOutOneByOneLeaveEveryViewAndUndoBringsThemBack)
+TEST_F(SimAudioChainEntryTest, ChildrenTakenOutOneByOneLeaveEveryViewButAWalkAlreadyOutAndUndoBringsThemBack)
 {
     // Removals let go of their parent at once; the list, the chain and the
-    // order by start drop them before they are next read.
+    // order by start drop them before they are next read. A walk handed out
+    // before them goes on over the list as it was.
     auto project = open(smallSession());
     SimObject& dx = *project->findTrack(u"DX");
     SimObject& fx = *project->findTrack(u"FX");
@@ -160,8 +162,14 @@ TEST_F(SimAudioChainEntryTest, ChildrenTakenOutOneByOneLeaveEveryViewAndUndoBrin
 
     host->beginGroup();
     const SimObject::List before = dx.children();
+    Kelmar::IPtr<Kelmar::IObjectIterator> walk = owned(dx.getChildren());
+    ASSERT_NE(owned(walk->next()), nullptr);
     for (std::size_t i = 1; i < before.size(); i += 2)
         EXPECT_TRUE(dx.removeChild(before[i].get()));
+    for (std::size_t i = 1; i < before.size(); ++i)
+        EXPECT_EQ(owned(walk->next()).get(), static_cast<Kelmar::IProjectObject*>(before[i].get())) << i;
+    EXPECT_TRUE(walk->atEnd());
+    EXPECT_EQ(owned(dx.getChildren())->getCount(), 3);
     EXPECT_FALSE(dx.removeChild(before[1].get())) << "taken out already";
     EXPECT_FALSE(fx.removeChild(before[0].get())) << "another track's child";
     EXPECT_FALSE(fx.removeChild(fx.automation()[0].get())) << "an automation track is not a child";
