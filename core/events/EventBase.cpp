@@ -141,6 +141,53 @@ void EventBase::setTimecodes(const Timecode& newSrcIn, const Timecode& newSrcOut
     notifyChange();
 }
 
+void EventBase::fillFromLine(const LineFields& line, const Framerate& rate)
+{
+    eventNumber = line.eventNumber;
+    transitionType = line.transitionType;
+    transitionDuration = line.transitionDuration;
+    rollName.assign(line.rollName);
+    clipName.assign(line.clipName);
+    edlFile = line.edlFile;
+    edlTextBlock = line.textBlock;
+    edlTextOffset = line.textOffset;
+    edlTextLength = line.textLength;
+    states = static_cast<uint16_t>(states | line.formatStates);
+
+    const Timecode* const read = line.timecodes;
+    if (line.readTimecodes == 0xF && read[0].isValid(rate) && read[1].isValid(rate) && read[2].isValid(rate)
+        && read[3].isValid(rate)) {
+        // The common case. With all four valid, the states and the speed
+        // follow from the four frame counts alone.
+        srcIn = read[0];
+        srcOut = read[1];
+        dstIn = read[2];
+        dstOut = read[3];
+        const int frames[4] = {srcIn.toFrames(rate), srcOut.toFrames(rate), dstIn.toFrames(rate),
+                               dstOut.toFrames(rate)};
+        removeState(EventState::UninitializedTimecode);
+        if (frames[1] < frames[0] || frames[3] < frames[2])
+            addState(EventState::InvalidTimecodeRange);
+        const int source = frames[1] - frames[0];
+        const int record = frames[3] - frames[2];
+        if (source != 0)
+            motionSpeed = static_cast<double>(source) / static_cast<double>(record == 0 ? 1 : record);
+        else
+            motionSpeed = record == 0 ? 1.0 : 0.0;
+        return;
+    }
+    // Each judges the timecodes set so far, so that a range fault found on
+    // the way stays while a timecode is invalid.
+    Timecode* const fields[4] = {&srcIn, &srcOut, &dstIn, &dstOut};
+    for (int which = 0; which < 4; ++which) {
+        if ((line.readTimecodes & (1u << which)) == 0)
+            continue;
+        *fields[which] = read[which];
+        validateTimecodes(rate);
+        computeMotionSpeed(rate);
+    }
+}
+
 void EventBase::setRollName(const std::string& name)
 {
     rollName = name;

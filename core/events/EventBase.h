@@ -96,6 +96,31 @@ public:
     // most 4 GB from its start.
     void setEdlText(std::shared_ptr<const std::string> block, size_t offset, size_t length);
 
+    // What a reader took from an EDL line and its comments.
+    struct LineFields {
+        int eventNumber = 0;
+        int transitionType = Cut;
+        int transitionDuration = 0;
+        // States 1 to 10 that the line's fields gave, as bits.
+        uint16_t formatStates = 0;
+        std::string_view rollName;
+        std::string_view clipName;
+        // The timecodes in file order (SRC IN, SRC OUT, DST IN, DST OUT);
+        // bit n of readTimecodes is set when timecode n could be read.
+        Timecode timecodes[4];
+        uint8_t readTimecodes = 0;
+        std::shared_ptr<const std::string> edlFile;
+        // The event's text: textLength bytes from textOffset of textBlock.
+        std::shared_ptr<const std::string> textBlock;
+        uint32_t textOffset = 0;
+        uint32_t textLength = 0;
+    };
+    // Fills a fresh event, that nobody listens to yet, with everything its
+    // line gave, in one step and without notification. The states and the
+    // speed come out as the setters of the timecodes read, one after the
+    // other, would leave them at rate.
+    void fillFromLine(const LineFields& line, const Framerate& rate);
+
     void addState(EventState state) { states |= bitOf(state); }
     void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
     bool hasState(EventState state) const { return (states & bitOf(state)) != 0; }

@@ -129,6 +129,17 @@ void EventList::addEvents(const std::vector<EventPtr>& added)
     notifyListChanged();
 }
 
+void EventList::addEvents(std::vector<EventPtr>&& added)
+{
+    if (!events.empty() || added.empty()) {
+        addEvents(added);
+        return;
+    }
+    events = std::move(added);
+    subscribeAll();
+    notifyListChanged();
+}
+
 void EventList::removeEvents(const EventList& selection)
 {
     std::unordered_set<const EventBase*> removed;

@@ -50,6 +50,8 @@ public:
     void addEvent(const EventPtr& event);
     // Adds the events in order, with one notification.
     void addEvents(const std::vector<EventPtr>& added);
+    // The same; an empty list takes the vector itself.
+    void addEvents(std::vector<EventPtr>&& added);
     // Removes the events that stand in selection (by pointer).
     void removeEvents(const EventList& selection);
     void removeRange(size_t start, size_t count);

@@ -140,6 +140,28 @@ private:
     size_t count = 0;
 };
 
+// A timecode piece into its four numbers. Nearly every EDL writes two
+// digits a field, which is read here at once; any other form goes to the
+// timecode's own reading.
+bool readTimecodeText(std::string_view piece, int fields[4])
+{
+    if (piece.size() == 11) {
+        const char* const text = piece.data();
+        if (text[2] == ':' && text[5] == ':' && (text[8] == ':' || text[8] == ';')) {
+            bool digits = true;
+            for (int field = 0; field < 4; ++field) {
+                const char high = text[field * 3];
+                const char low = text[field * 3 + 1];
+                digits = digits && isDigit(high) && isDigit(low);
+                fields[field] = (high - '0') * 10 + (low - '0');
+            }
+            if (digits)
+                return true;
+        }
+    }
+    return piece.size() <= 11 && Timecode::parseText(piece, fields);
+}
+
 enum class NumberRead { Ok, NotANumber, TooLarge };
 
 // Digits only, as an int.
@@ -352,15 +374,11 @@ void CmxParser::startText(const std::string& edlFileName, size_t textSize)
     // Nearly every event line takes 58 bytes or more: room for that many
     // spares regrowing.
     pending.reserve(textSize / 58 + 1);
-    // An event and its comment take a hundred bytes or so.
-    if (textSize > 0)
-        arena.expect(textSize / 100 + 1);
     edlFile = std::make_shared<const std::string>(edlFileName);
     // The events' lines are about the whole text.
     texts.clear();
     texts.reserve(textSize);
     dummy = PendingEvent{};
-    dummy.event = std::make_shared<EventBase>();
     current = PendingEvent{};
     lastLineGood = false;
 }
@@ -413,8 +431,6 @@ void CmxParser::readLine(std::string_view line, size_t lineNumber, bool acceptAu
         if (lastLineGood)
             pending.push_back(std::move(current));
         current = PendingEvent{};
-        current.event = arena.makeEvent();
-        current.event->setEdlFile(edlFile);
         current.line = lineNumber;
         lastLineGood = parseEventLine(line, current, acceptAudio);
         if (!lastLineGood)
@@ -424,7 +440,7 @@ void CmxParser::readLine(std::string_view line, size_t lineNumber, bool acceptAu
         // clip's comment goes to the first of them, the incoming one's to
         // the second, and any other comment of the pair is dropped.
         PendingEvent& previous = pending.empty() ? dummy : pending.back();
-        if (previous.event->getEventNumber() == current.event->getEventNumber()) {
+        if (previous.eventNumber == current.eventNumber) {
             if (contains(line, "FROM CLIP"))
                 addComment(line, previous);
             else if (contains(line, "TO CLIP"))
@@ -448,10 +464,9 @@ void CmxParser::addComment(std::string_view line, PendingEvent& target)
         const std::string_view clipName = StringUtil::trimView(line.substr(name + 5));
         if (clipName.empty())
             return;
-        // Through a text kept from line to line: most names are longer
-        // than a string holds without a heap block.
-        nameScratch.assign(clipName);
-        target.event->setClipName(nameScratch);
+        // The name stays where the line lands in the target's text.
+        target.clipStart = static_cast<uint32_t>(target.textLength + 1 + static_cast<size_t>(clipName.data() - line.data()));
+        target.clipLength = static_cast<uint32_t>(clipName.size());
     }
     if (&target == &dummy)
         return;
@@ -468,49 +483,50 @@ void CmxParser::addComment(std::string_view line, PendingEvent& target)
 
 bool CmxParser::parseEventLine(std::string_view line, PendingEvent& target, bool acceptAudio)
 {
-    EventBase& event = *target.event;
     try {
         const Pieces pieces(line);
 
         int number = 0;
         const NumberRead numberRead = readNumber(pieces.at(0), number);
         if (numberRead == NumberRead::Ok)
-            event.setEventNumber(number);
+            target.eventNumber = number;
         else
-            event.addState(EventState::BadEventNumber);
+            target.addState(EventState::BadEventNumber);
 
         const std::string_view roll = pieces.at(1);
-        if (consistsOf(roll, isRollCharacter))
-            event.setRollName(std::string(roll));
-        else
-            event.addState(EventState::BadRollName);
+        if (consistsOf(roll, isRollCharacter)) {
+            target.rollStart = static_cast<uint32_t>(roll.data() - line.data());
+            target.rollLength = static_cast<uint32_t>(roll.size());
+        } else {
+            target.addState(EventState::BadRollName);
+        }
 
         const std::string_view channels = pieces.at(2);
         bool video = false;
         for (char c : channels)
             video = video || c == 'B' || c == 'V' || (acceptAudio && c == 'A');
         if (!video)
-            event.addState(EventState::NotVideoEvent);
+            target.addState(EventState::NotVideoEvent);
 
         const std::string_view transition = pieces.at(3);
         size_t firstTimecode = 4;
         switch (transition.empty() ? '\0' : transition[0]) {
         case 'C':
-            event.setTransitionType(EventBase::Cut);
+            target.transitionType = EventBase::Cut;
             break;
         case 'D':
         case 'W': {
-            event.setTransitionType(transition[0] == 'D' ? EventBase::Dissolve : EventBase::Wipe);
+            target.transitionType = transition[0] == 'D' ? EventBase::Dissolve : EventBase::Wipe;
             int duration = 0;
             if (readNumber(pieces.at(4), duration) == NumberRead::Ok)
-                event.setTransitionDuration(duration);
+                target.transitionDuration = duration;
             else
-                event.addState(EventState::BadTransitionDuration);
+                target.addState(EventState::BadTransitionDuration);
             firstTimecode = 5;
             break;
         }
         default:
-            event.addState(EventState::UnsupportedTransition);
+            target.addState(EventState::UnsupportedTransition);
             break;
         }
 
@@ -525,8 +541,6 @@ bool CmxParser::parseEventLine(std::string_view line, PendingEvent& target, bool
         return true;
     } catch (MissingPiece) {
         return false;
-    } catch (Result::Type) {
-        return false;
     }
 }
 
@@ -535,8 +549,8 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
     static constexpr EventState badStates[4] = {EventState::BadSrcIn, EventState::BadSrcOut,
                                                 EventState::BadDstIn, EventState::BadDstOut};
     int fields[4];
-    if (piece.size() > 11 || !Timecode::parseText(piece, fields)) {
-        target.event->addState(badStates[which]);
+    if (!readTimecodeText(piece, fields)) {
+        target.addState(badStates[which]);
         return;
     }
     auto& stored = target.timecodes[static_cast<size_t>(which)];
@@ -549,57 +563,44 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 
 void CmxParser::build(EventList& list)
 {
-    const Framerate rate = Timecode::currentFramerate();
+    EventBase::LineFields fields;
+    fields.edlFile = edlFile;
     if (texts.size() < texts.capacity() / 2)
         texts.shrink_to_fit();
-    const auto block = std::make_shared<const std::string>(std::move(texts));
+    fields.textBlock = std::make_shared<const std::string>(std::move(texts));
     texts = std::string();
+    const std::string_view block(*fields.textBlock);
+    const Framerate rate = Timecode::currentFramerate();
+    arena.expect(pending.size());
     std::vector<EventPtr> built;
     built.reserve(pending.size());
-    for (PendingEvent& waiting : pending) {
-        EventBase& event = *waiting.event;
-        try {
-            if (waiting.readTimecodes == 0xF) {
-                const auto timecode = [&waiting](size_t which) {
-                    const auto& f = waiting.timecodes[which];
-                    return Timecode(f[0], f[1], f[2], f[3]);
-                };
-                const Timecode srcIn = timecode(0), srcOut = timecode(1), dstIn = timecode(2), dstOut = timecode(3);
-                // With all four valid, the states and the speed follow from
-                // the four alone, so one setter does the work of four.
-                if (srcIn.isValid(rate) && srcOut.isValid(rate) && dstIn.isValid(rate) && dstOut.isValid(rate)) {
-                    event.setTimecodes(srcIn, srcOut, dstIn, dstOut);
-                    event.setEdlText(block, waiting.textStart, waiting.textLength);
-                    built.push_back(std::move(waiting.event));
-                    report.eventLines.push_back(waiting.line);
-                    continue;
-                }
-            }
-            // One setter after the other, as the states have always been
-            // worked out: each judges the timecodes set so far, and a range
-            // fault found on the way stays while a timecode is invalid.
-            for (int which = 0; which < 4; ++which) {
-                if ((waiting.readTimecodes & (1u << which)) == 0)
-                    continue;
-                const auto& f = waiting.timecodes[static_cast<size_t>(which)];
-                const Timecode tc(f[0], f[1], f[2], f[3]);
-                switch (which) {
-                case 0: event.setSrcIn(tc); break;
-                case 1: event.setSrcOut(tc); break;
-                case 2: event.setDstIn(tc); break;
-                default: event.setDstOut(tc); break;
-                }
-            }
-            event.setEdlText(block, waiting.textStart, waiting.textLength);
-        } catch (Result::Type) {
+    for (const PendingEvent& waiting : pending) {
+        // An event's text is held by 32-bit offsets.
+        if (waiting.textStart > UINT32_MAX || waiting.textLength > UINT32_MAX - waiting.textStart) {
             report.lines.push_back({waiting.line, LineIssue::ValueRefused});
             continue;
         }
-        built.push_back(std::move(waiting.event));
+        const std::string_view text = block.substr(waiting.textStart, waiting.textLength);
+        fields.eventNumber = waiting.eventNumber;
+        fields.transitionType = waiting.transitionType;
+        fields.transitionDuration = waiting.transitionDuration;
+        fields.formatStates = waiting.formatStates;
+        fields.rollName = text.substr(waiting.rollStart, waiting.rollLength);
+        fields.clipName = text.substr(waiting.clipStart, waiting.clipLength);
+        for (size_t which = 0; which < 4; ++which) {
+            const auto& f = waiting.timecodes[which];
+            fields.timecodes[which].set(f[0], f[1], f[2], f[3]);
+        }
+        fields.readTimecodes = waiting.readTimecodes;
+        fields.textOffset = static_cast<uint32_t>(waiting.textStart);
+        fields.textLength = static_cast<uint32_t>(waiting.textLength);
+        EventPtr event = arena.makeEvent();
+        event->fillFromLine(fields, rate);
+        built.push_back(std::move(event));
         report.eventLines.push_back(waiting.line);
     }
     pending.clear();
-    list.addEvents(built);
+    list.addEvents(std::move(built));
 }
 
 Framerate CmxParser::getSuggestedFramerate() const

@@ -48,16 +48,27 @@ public:
     const ParseReport& getReport() const { return report; }
 
 private:
-    // An event whose line was good, with what waits for build().
+    // An event whose line was good, as plain values: the event itself is
+    // made by build(), in one step, once the rate is known.
     struct PendingEvent {
-        EventPtr event;
         // The event's text: bytes of texts from textStart.
         size_t textStart = 0;
         size_t textLength = 0;
+        // The names, as bytes of the event's text from its start.
+        uint32_t rollStart = 0;
+        uint32_t rollLength = 0;
+        uint32_t clipStart = 0;
+        uint32_t clipLength = 0;
+        int eventNumber = 0;
+        int transitionDuration = 0;
+        uint16_t formatStates = 0; // bits of the EventStates found
+        uint8_t transitionType = EventBase::Cut;
+        uint8_t readTimecodes = 0; // bit n: timecode n matched the pattern
         // Two digits a field at most, as the pattern allows.
         std::array<std::array<uint8_t, 4>, 4> timecodes{};
-        uint8_t readTimecodes = 0; // bit n: timecode n matched the pattern
         size_t line = 0;
+
+        void addState(EventState state) { formatStates = static_cast<uint16_t>(formatStates | (1u << static_cast<int>(state))); }
     };
 
     // sizeHint: the bytes the stream is expected to hold, to make room for
@@ -95,7 +106,6 @@ private:
     PendingEvent dummy;
     // A line as it reads once made UTF-8 and free of NULs.
     std::string repaired;
-    std::string nameScratch;
 };
 
 // Parses into a fresh scratch list that is then assigned to list, whatever
