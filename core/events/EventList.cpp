@@ -56,10 +56,14 @@ EventList::~EventList()
 void EventList::releaseEvents()
 {
     // An event that only this list holds goes with it, listeners and all.
-    for (const EventPtr& event : events) {
+    // One walk over the events: a long list's events lie far beyond the
+    // cache, and each is reached once.
+    for (EventPtr& event : events) {
         if (event.use_count() > 1)
             event->removeListener(this);
+        event.reset();
     }
+    events.clear();
 }
 
 void EventList::subscribeAll()

@@ -112,7 +112,8 @@ protected:
     // Takes the list out of (and back into) the listeners of all its events.
     void subscribeAll();
     void unsubscribeAll();
-    // Unsubscribes from the events that outlive the list's hold on them.
+    // Lets go of all events, unsubscribing from those that outlive the
+    // list's hold on them.
     void releaseEvents();
     void notifyListChanged();
 

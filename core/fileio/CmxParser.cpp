@@ -63,23 +63,41 @@ bool contains(std::string_view text, std::string_view part)
 // event-line parse: the line is then dropped.
 struct MissingPiece {};
 
-// Bit i set when byte i of text (at most 64 bytes) is not a space; bits
-// past the text are clear.
-uint64_t solidBits(const char* text, size_t size)
+// Bit i set where byte i of text (at most 64 bytes) is a space and, in
+// blanks, where it is a tab or a line end; bits past the text are clear.
+uint64_t spaceBits(const char* text, size_t size, uint64_t& blanks)
 {
     uint64_t spaces = 0;
+    blanks = 0;
     size_t at = 0;
 #if defined(__SSE2__)
     const __m128i space = _mm_set1_epi8(' ');
-    for (; at + 16 <= size; at += 16) {
-        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + at));
-        spaces |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, space)))} << at;
+    const __m128i tab = _mm_set1_epi8('\t');
+    const __m128i newline = _mm_set1_epi8('\n');
+    const __m128i carriageReturn = _mm_set1_epi8('\r');
+    // Bits for the 16 bytes from `from`, shifted down to start at `at`.
+    const auto take = [&](size_t from) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from));
+        const __m128i blank = _mm_or_si128(_mm_cmpeq_epi8(chunk, tab),
+                                           _mm_or_si128(_mm_cmpeq_epi8(chunk, newline),
+                                                        _mm_cmpeq_epi8(chunk, carriageReturn)));
+        const unsigned shift = static_cast<unsigned>(at - from);
+        spaces |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, space)))} >> shift << at;
+        blanks |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(blank))} >> shift << at;
+    };
+    for (; at + 16 <= size; at += 16)
+        take(at);
+    // The rest, from sixteen bytes that end with the text.
+    if (at < size && size >= 16) {
+        take(size - 16);
+        at = size;
     }
 #endif
-    for (; at < size; ++at)
+    for (; at < size; ++at) {
         spaces |= uint64_t{text[at] == ' '} << at;
-    const uint64_t inside = size >= 64 ? ~uint64_t{0} : (uint64_t{1} << size) - 1;
-    return ~spaces & inside;
+        blanks |= uint64_t{text[at] == '\t' || text[at] == '\n' || text[at] == '\r'} << at;
+    }
+    return spaces;
 }
 
 // The pieces of an event line: split at blanks (a tab does not split),
@@ -92,29 +110,39 @@ public:
     // and a line has twenty.
     explicit Pieces(std::string_view line)
     {
-        constexpr size_t none = std::string_view::npos;
-        size_t start = none; // of the piece being read
-        for (size_t base = 0; base < line.size(); base += 64) {
-            const uint64_t solid = solidBits(line.data() + base, std::min<size_t>(64, line.size() - base));
-            uint64_t ahead = ~uint64_t{0}; // the bytes from the place reached on
-            for (;;) {
-                const uint64_t edges = (start == none ? solid : ~solid) & ahead;
-                if (edges == 0)
-                    break;
-                const int at = std::countr_zero(edges);
-                if (start == none) {
-                    start = base + static_cast<size_t>(at);
-                } else {
-                    add(line.substr(start, base + static_cast<size_t>(at) - start));
-                    start = none;
+        bool inside = false; // a piece has started and not ended
+        size_t start = 0;
+        uint64_t solidBefore = 0; // the last byte of the block before
+        uint64_t blanks = 0;
+        for (size_t base = 0; base < line.size() && count < pieces.size(); base += 64) {
+            const size_t size = std::min<size_t>(64, line.size() - base);
+            uint64_t blockBlanks = 0;
+            const uint64_t inText = size == 64 ? ~uint64_t{0} : (uint64_t{1} << size) - 1;
+            const uint64_t solid = ~spaceBits(line.data() + base, size, blockBlanks) & inText;
+            blanks |= blockBlanks;
+            // A bit where each piece starts and where each ends.
+            for (uint64_t edges = solid ^ ((solid << 1) | solidBefore); edges != 0; edges &= edges - 1) {
+                const size_t at = base + static_cast<size_t>(std::countr_zero(edges));
+                if (inside) {
+                    pieces[count++] = line.substr(start, at - start);
                     if (count == pieces.size())
-                        return;
+                        break;
+                } else {
+                    start = at;
                 }
-                ahead = ~uint64_t{0} << at;
+                inside = !inside;
+            }
+            solidBefore = solid >> 63;
+        }
+        if (inside && count < pieces.size())
+            pieces[count++] = line.substr(start);
+        // Only a tab or a line end can stand at a piece's edge.
+        if (blanks != 0) {
+            for (size_t i = 0; i < count; ++i) {
+                if (isBlank(pieces[i].front()) || isBlank(pieces[i].back()))
+                    pieces[i] = StringUtil::trimView(pieces[i]);
             }
         }
-        if (start != none)
-            add(line.substr(start));
     }
 
     std::string_view at(size_t index) const
@@ -127,39 +155,45 @@ public:
 private:
     static bool isBlank(char c) { return c == '\t' || c == '\n' || c == '\r'; }
 
-    void add(std::string_view piece)
-    {
-        // Only a tab or a line end can stand at a piece's edge.
-        if (isBlank(piece.front()) || isBlank(piece.back()))
-            piece = StringUtil::trimView(piece);
-        pieces[count++] = piece;
-    }
-
     // Only the first count are set.
     std::array<std::string_view, 9> pieces;
     size_t count = 0;
 };
 
-// A timecode piece into its four numbers. Nearly every EDL writes two
-// digits a field, which is read here at once; any other form goes to the
-// timecode's own reading.
-bool readTimecodeText(std::string_view piece, int fields[4])
+// The four numbers of "hh:mm:ss:ff" (';' allowed before the frames), two
+// digits a field as nearly every EDL writes them, checked and read as two
+// words at once; false, with fields untouched, for any other eleven bytes.
+bool readTwoDigitTimecode(const char* text, std::array<uint8_t, 4>& fields)
 {
-    if (piece.size() == 11) {
-        const char* const text = piece.data();
-        if (text[2] == ':' && text[5] == ':' && (text[8] == ':' || text[8] == ';')) {
-            bool digits = true;
-            for (int field = 0; field < 4; ++field) {
-                const char high = text[field * 3];
-                const char low = text[field * 3 + 1];
-                digits = digits && isDigit(high) && isDigit(low);
-                fields[field] = (high - '0') * 10 + (low - '0');
-            }
-            if (digits)
-                return true;
-        }
-    }
-    return piece.size() <= 11 && Timecode::parseText(piece, fields);
+    uint64_t head = 0; // "hh:mm:ss", byte 0 lowest
+    std::memcpy(&head, text, 8);
+    uint32_t tail = 0; // "s:ff"
+    std::memcpy(&tail, text + 7, 4);
+    constexpr uint64_t highs = 0xF0F0F0F0F0F0F0F0ull;
+    constexpr uint64_t zeros = 0x3030303030303030ull;
+    constexpr uint64_t sixes = 0x0606060606060606ull;
+    constexpr uint64_t headDigits = 0xFFFF00FFFF00FFFFull;
+    constexpr uint32_t tailDigits = 0xFFFF00FFu;
+    // A byte is a digit when its high half is 3, before and after adding 6.
+    // A carry out of a byte can only come from a byte above 0xF9, which
+    // fails on its own.
+    const bool headOk = ((head & highs) & headDigits) == (zeros & headDigits)
+                        && (((head + sixes) & highs) & headDigits) == (zeros & headDigits)
+                        && ((head >> 16) & 0xFF) == ':' && ((head >> 40) & 0xFF) == ':';
+    const uint32_t tailHighs = static_cast<uint32_t>(highs);
+    const uint32_t tailZeros = static_cast<uint32_t>(zeros);
+    const bool tailOk = ((tail & tailHighs) & tailDigits) == (tailZeros & tailDigits)
+                        && (((tail + static_cast<uint32_t>(sixes)) & tailHighs) & tailDigits) == (tailZeros & tailDigits)
+                        && (((tail >> 8) & 0xFF) | 1) == ';';
+    if (!headOk || !tailOk)
+        return false;
+    const uint64_t digits = head - zeros;
+    const uint32_t frameDigits = tail - tailZeros;
+    const auto pair = [](uint64_t word, int at) {
+        return static_cast<uint8_t>(((word >> (8 * at)) & 0xF) * 10 + ((word >> (8 * at + 8)) & 0xF));
+    };
+    fields = {pair(digits, 0), pair(digits, 3), pair(digits, 6), pair(frameDigits, 2)};
+    return true;
 }
 
 enum class NumberRead { Ok, NotANumber, TooLarge };
@@ -548,17 +582,19 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 {
     static constexpr EventState badStates[4] = {EventState::BadSrcIn, EventState::BadSrcOut,
                                                 EventState::BadDstIn, EventState::BadDstOut};
-    int fields[4];
-    if (!readTimecodeText(piece, fields)) {
-        target.addState(badStates[which]);
-        return;
-    }
     auto& stored = target.timecodes[static_cast<size_t>(which)];
-    for (size_t i = 0; i < 4; ++i)
-        stored[i] = static_cast<uint8_t>(fields[i]);
+    if (piece.size() != 11 || !readTwoDigitTimecode(piece.data(), stored)) {
+        int fields[4];
+        if (piece.size() > 11 || !Timecode::parseText(piece, fields)) {
+            target.addState(badStates[which]);
+            return;
+        }
+        for (size_t i = 0; i < 4; ++i)
+            stored[i] = static_cast<uint8_t>(fields[i]);
+    }
     target.readTimecodes = static_cast<uint8_t>(target.readTimecodes | (1u << which));
-    if (fields[3] < 60)
-        ++frameHistogram[static_cast<size_t>(fields[3])];
+    if (stored[3] < 60)
+        ++frameHistogram[stored[3]];
 }
 
 void CmxParser::build(EventList& list)
