@@ -26,7 +26,7 @@ EventArena::~EventArena()
         block->release();
 }
 
-EventPtr EventArena::makeEvent()
+EventArena::Block* EventArena::blockWithRoom()
 {
     if (!block || !block->hasRoom(slotBytes)) {
         Block* fresh = Block::create(expectedBytes != 0 ? expectedBytes : blockBytes);
@@ -35,7 +35,7 @@ EventPtr EventArena::makeEvent()
             block->release();
         block = fresh;
     }
-    return std::allocate_shared<EventBase>(Allocator<EventBase>(block));
+    return block;
 }
 
 void EventArena::expect(size_t events)

@@ -20,13 +20,22 @@ public:
     EventArena(const EventArena&) = delete;
     EventArena& operator=(const EventArena&) = delete;
 
-    // A new plain event, as std::make_shared<EventBase>() makes it.
-    EventPtr makeEvent();
+    // A new plain event, as std::make_shared<EventBase>(arguments...)
+    // makes it.
+    template <typename... Arguments>
+    EventPtr makeEvent(const Arguments&... arguments)
+    {
+        return std::allocate_shared<EventBase>(Allocator<EventBase>(blockWithRoom()), arguments...);
+    }
     // Makes the next block for about this many events: a file's size, or
     // the list an algorithm goes through, tells how many will come.
     void expect(size_t events);
 
 private:
+    class Block;
+    // The block to take the next event from.
+    Block* blockWithRoom();
+
     // Aligned for whatever the events hold; the events follow the header.
     class alignas(alignof(std::max_align_t)) Block {
     public:

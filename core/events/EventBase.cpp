@@ -141,28 +141,46 @@ void EventBase::setTimecodes(const Timecode& newSrcIn, const Timecode& newSrcOut
     notifyChange();
 }
 
-void EventBase::fillFromLine(const LineFields& line, const Framerate& rate)
-{
-    eventNumber = line.eventNumber;
-    transitionType = line.transitionType;
-    transitionDuration = line.transitionDuration;
-    rollName.assign(line.rollName);
-    clipName.assign(line.clipName);
-    edlFile = line.edlFile;
-    edlTextBlock = line.textBlock;
-    edlTextOffset = line.textOffset;
-    edlTextLength = line.textLength;
-    states = static_cast<uint16_t>(states | line.formatStates);
+namespace {
 
-    const Timecode* const read = line.timecodes;
-    if (line.readTimecodes == 0xF && read[0].isValid(rate) && read[1].isValid(rate) && read[2].isValid(rate)
-        && read[3].isValid(rate)) {
+bool allFourValid(const EventBase::LineFields& line, const Framerate& rate)
+{
+    return line.readTimecodes == 0xF && line.timecodes[0].isValid(rate) && line.timecodes[1].isValid(rate)
+           && line.timecodes[2].isValid(rate) && line.timecodes[3].isValid(rate);
+}
+
+// Timecode n of the line when all four are valid; otherwise an unset one,
+// for the timecodes to be set one after the other.
+const Timecode& startingTimecode(const EventBase::LineFields& line, bool allValid, int which)
+{
+    static const Timecode unset;
+    return allValid ? line.timecodes[which] : unset;
+}
+
+} // namespace
+
+EventBase::EventBase(const LineFields& line, const Framerate& rate) : EventBase(line, rate, allFourValid(line, rate)) {}
+
+EventBase::EventBase(const LineFields& line, const Framerate& rate, bool allValid)
+    : Serializable(currentVersion),
+      eventNumber(line.eventNumber),
+      transitionType(line.transitionType),
+      transitionDuration(line.transitionDuration),
+      states(static_cast<uint16_t>(bitOf(EventState::UninitializedTimecode) | line.formatStates)),
+      srcIn(startingTimecode(line, allValid, 0)),
+      srcOut(startingTimecode(line, allValid, 1)),
+      dstIn(startingTimecode(line, allValid, 2)),
+      dstOut(startingTimecode(line, allValid, 3)),
+      rollName(line.rollName),
+      clipName(line.clipName),
+      edlFile(line.edlFile),
+      edlTextBlock(line.textBlock),
+      edlTextOffset(line.textOffset),
+      edlTextLength(line.textLength)
+{
+    if (allValid) {
         // The common case. With all four valid, the states and the speed
         // follow from the four frame counts alone.
-        srcIn = read[0];
-        srcOut = read[1];
-        dstIn = read[2];
-        dstOut = read[3];
         const int frames[4] = {srcIn.toFrames(rate), srcOut.toFrames(rate), dstIn.toFrames(rate),
                                dstOut.toFrames(rate)};
         removeState(EventState::UninitializedTimecode);
@@ -176,13 +194,14 @@ void EventBase::fillFromLine(const LineFields& line, const Framerate& rate)
             motionSpeed = record == 0 ? 1.0 : 0.0;
         return;
     }
-    // Each judges the timecodes set so far, so that a range fault found on
-    // the way stays while a timecode is invalid.
+    // The timecodes as the setters would have come upon them: each judges
+    // those set so far, so that a range fault found on the way stays while
+    // a timecode is invalid.
     Timecode* const fields[4] = {&srcIn, &srcOut, &dstIn, &dstOut};
     for (int which = 0; which < 4; ++which) {
         if ((line.readTimecodes & (1u << which)) == 0)
             continue;
-        *fields[which] = read[which];
+        *fields[which] = line.timecodes[which];
         validateTimecodes(rate);
         computeMotionSpeed(rate);
     }

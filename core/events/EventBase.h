@@ -44,7 +44,31 @@ public:
     // other number.
     static char transitionLetter(int transitionType);
 
+    // What a reader took from an EDL line and its comments.
+    struct LineFields {
+        int eventNumber = 0;
+        int transitionType = Cut;
+        int transitionDuration = 0;
+        // States 1 to 10 that the line's fields gave, as bits.
+        uint16_t formatStates = 0;
+        std::string_view rollName;
+        std::string_view clipName;
+        // The timecodes in file order (SRC IN, SRC OUT, DST IN, DST OUT);
+        // bit n of readTimecodes is set when timecode n could be read.
+        Timecode timecodes[4];
+        uint8_t readTimecodes = 0;
+        std::shared_ptr<const std::string> edlFile;
+        // The event's text: textLength bytes from textOffset of textBlock.
+        std::shared_ptr<const std::string> textBlock;
+        uint32_t textOffset = 0;
+        uint32_t textLength = 0;
+    };
+
     EventBase();
+    // An event with everything its line gave, made in one step. The states
+    // and the speed come out as the setters of the timecodes read, one
+    // after the other, would leave them at rate.
+    EventBase(const LineFields& line, const Framerate& rate);
     EventBase(const EventBase&) = delete;
     // Copies the event's content (not listeners, not the legacy text) and
     // does not notify; the copy's timecodes all count as initialized.
@@ -96,30 +120,6 @@ public:
     // most 4 GB from its start.
     void setEdlText(std::shared_ptr<const std::string> block, size_t offset, size_t length);
 
-    // What a reader took from an EDL line and its comments.
-    struct LineFields {
-        int eventNumber = 0;
-        int transitionType = Cut;
-        int transitionDuration = 0;
-        // States 1 to 10 that the line's fields gave, as bits.
-        uint16_t formatStates = 0;
-        std::string_view rollName;
-        std::string_view clipName;
-        // The timecodes in file order (SRC IN, SRC OUT, DST IN, DST OUT);
-        // bit n of readTimecodes is set when timecode n could be read.
-        Timecode timecodes[4];
-        uint8_t readTimecodes = 0;
-        std::shared_ptr<const std::string> edlFile;
-        // The event's text: textLength bytes from textOffset of textBlock.
-        std::shared_ptr<const std::string> textBlock;
-        uint32_t textOffset = 0;
-        uint32_t textLength = 0;
-    };
-    // Fills a fresh event, that nobody listens to yet, with everything its
-    // line gave, in one step and without notification. The states and the
-    // speed come out as the setters of the timecodes read, one after the
-    // other, would leave them at rate.
-    void fillFromLine(const LineFields& line, const Framerate& rate);
 
     void addState(EventState state) { states |= bitOf(state); }
     void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
@@ -141,6 +141,7 @@ public:
 
 protected:
     explicit EventBase(int type);
+    EventBase(const LineFields& line, const Framerate& rate, bool allValid);
 
     static uint16_t bitOf(EventState state) { return static_cast<uint16_t>(1u << static_cast<int>(state)); }
     void validateTimecodes() { validateTimecodes(Timecode::currentFramerate()); }

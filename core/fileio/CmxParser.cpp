@@ -63,10 +63,12 @@ bool contains(std::string_view text, std::string_view part)
 // event-line parse: the line is then dropped.
 struct MissingPiece {};
 
-// Bit i set where byte i of text (at most 64 bytes) is a space and, in
-// blanks, where it is a tab or a line end; bits past the text are clear.
-uint64_t spaceBits(const char* text, size_t size, uint64_t& blanks)
+// Bit i set where byte base + i of line is a space and, in blanks, where
+// it is a tab or a line end, for the size bytes (at most 64) from base;
+// bits past them are clear.
+uint64_t spaceBits(std::string_view line, size_t base, size_t size, uint64_t& blanks)
 {
+    const char* const text = line.data() + base;
     uint64_t spaces = 0;
     blanks = 0;
     size_t at = 0;
@@ -75,21 +77,22 @@ uint64_t spaceBits(const char* text, size_t size, uint64_t& blanks)
     const __m128i tab = _mm_set1_epi8('\t');
     const __m128i newline = _mm_set1_epi8('\n');
     const __m128i carriageReturn = _mm_set1_epi8('\r');
-    // Bits for the 16 bytes from `from`, shifted down to start at `at`.
+    // Bits for the 16 bytes of the line from `from`, shifted down to start
+    // at `at`.
     const auto take = [&](size_t from) {
-        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + from));
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(line.data() + from));
         const __m128i blank = _mm_or_si128(_mm_cmpeq_epi8(chunk, tab),
                                            _mm_or_si128(_mm_cmpeq_epi8(chunk, newline),
                                                         _mm_cmpeq_epi8(chunk, carriageReturn)));
-        const unsigned shift = static_cast<unsigned>(at - from);
+        const unsigned shift = static_cast<unsigned>(base + at - from);
         spaces |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, space)))} >> shift << at;
         blanks |= uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(blank))} >> shift << at;
     };
     for (; at + 16 <= size; at += 16)
-        take(at);
-    // The rest, from sixteen bytes that end with the text.
-    if (at < size && size >= 16) {
-        take(size - 16);
+        take(base + at);
+    // The rest, from the sixteen bytes that end with it.
+    if (at < size && base + size >= 16) {
+        take(base + size - 16);
         at = size;
     }
 #endif
@@ -118,7 +121,7 @@ public:
             const size_t size = std::min<size_t>(64, line.size() - base);
             uint64_t blockBlanks = 0;
             const uint64_t inText = size == 64 ? ~uint64_t{0} : (uint64_t{1} << size) - 1;
-            const uint64_t solid = ~spaceBits(line.data() + base, size, blockBlanks) & inText;
+            const uint64_t solid = ~spaceBits(line, base, size, blockBlanks) & inText;
             blanks |= blockBlanks;
             // A bit where each piece starts and where each ends.
             for (uint64_t edges = solid ^ ((solid << 1) | solidBefore); edges != 0; edges &= edges - 1) {
@@ -630,9 +633,7 @@ void CmxParser::build(EventList& list)
         fields.readTimecodes = waiting.readTimecodes;
         fields.textOffset = static_cast<uint32_t>(waiting.textStart);
         fields.textLength = static_cast<uint32_t>(waiting.textLength);
-        EventPtr event = arena.makeEvent();
-        event->fillFromLine(fields, rate);
-        built.push_back(std::move(event));
+        built.push_back(arena.makeEvent(fields, rate));
         report.eventLines.push_back(waiting.line);
     }
     pending.clear();

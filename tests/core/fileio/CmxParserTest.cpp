@@ -155,6 +155,53 @@ TEST_F(CmxParserTest, BadFieldsKeepTheEventWithItsState)
     EXPECT_EQ(event(2).getDstIn(), tc("01:00:00:00"));
 }
 
+TEST_F(CmxParserTest, FieldsAreFoundWhereverTheirEdgesFallInALongLine)
+{
+    // Runs of blanks of every length move each edge across the places
+    // where the line is looked at in pieces (16 and 64 bytes); a tab sticks
+    // to its field and is trimmed off.
+    for (size_t blanks = 1; blanks <= 70; ++blanks) {
+        SCOPED_TRACE(blanks);
+        const std::string gap(blanks, ' ');
+        list.clear();
+        ASSERT_EQ(parse("007" + gap + "A007\t" + gap + "V" + gap + "D" + gap + "012" + gap + "10:00:00:00" + gap +
+                        "10:00:01:12\t" + gap + "01:00:00:00" + gap + "01:00:01:12" + gap + "\n"),
+                  Result::Ok);
+        ASSERT_EQ(list.getSize(), 1u);
+        EXPECT_EQ(event(0).getEventNumber(), 7);
+        EXPECT_EQ(event(0).getRollName(), "A007");
+        EXPECT_EQ(event(0).getTransitionDuration(), 12);
+        EXPECT_EQ(event(0).getSrcOut(), tc("10:00:01:12"));
+        EXPECT_EQ(event(0).getDstOut(), tc("01:00:01:12"));
+        EXPECT_TRUE(event(0).isFlawless());
+    }
+}
+
+TEST_F(CmxParserTest, TimecodesAreReadOnlyInTheirPattern)
+{
+    struct Case {
+        const char* text;
+        const char* read; // nullptr: SRC IN cannot be read
+    };
+    const Case cases[] = {
+        {"10:20:30:12", "10:20:30:12"}, {"10:20:30;12", "10:20:30:12"}, {"1:2:3:4", "01:02:03:04"},
+        {"10;20:30:12", nullptr},       {"10:20;30:12", nullptr},       {"1a:20:30:12", nullptr},
+        {"10:2/:30:12", nullptr},       {"10:20:3::12", nullptr},       {"10:20:30:1:", nullptr},
+        {"10:20:30:1;", nullptr},       {"10:20:30<12", nullptr},       {"100:20:30:1", nullptr},
+        {"10:20:30:123", nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        list.clear();
+        ASSERT_EQ(parse(std::string("1 AX V C ") + c.text + " 10:20:31:00 01:00:00:00 01:00:01:00\n"), Result::Ok);
+        ASSERT_EQ(list.getSize(), 1u);
+        EXPECT_EQ(event(0).hasState(EventState::BadSrcIn), c.read == nullptr);
+        if (c.read != nullptr) {
+            EXPECT_EQ(event(0).getSrcIn(), tc(c.read));
+        }
+    }
+}
+
 TEST_F(CmxParserTest, ChannelCheckWidensForAudioOnlyWhenAsked)
 {
     const std::string lines = "1 AX A C 01:00:00:00 01:00:01:00 01:00:00:00 01:00:01:00\n"
