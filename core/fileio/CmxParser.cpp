@@ -111,57 +111,56 @@ public:
     // The edges are found in a mask of the bytes that are not spaces, 64
     // at a time: a walk byte by byte guesses wrong at nearly every edge,
     // and a line has twenty.
-    explicit Pieces(std::string_view line)
+    explicit Pieces(std::string_view line) : text(line)
     {
-        bool inside = false; // a piece has started and not ended
-        size_t start = 0;
         uint64_t solidBefore = 0; // the last byte of the block before
         uint64_t blanks = 0;
-        for (size_t base = 0; base < line.size() && count < pieces.size(); base += 64) {
+        for (size_t base = 0; base < line.size() && edgeCount < maxEdges; base += 64) {
             const size_t size = std::min<size_t>(64, line.size() - base);
             uint64_t blockBlanks = 0;
             const uint64_t inText = size == 64 ? ~uint64_t{0} : (uint64_t{1} << size) - 1;
             const uint64_t solid = ~spaceBits(line, base, size, blockBlanks) & inText;
             blanks |= blockBlanks;
-            // A bit where each piece starts and where each ends.
-            for (uint64_t edges = solid ^ ((solid << 1) | solidBefore); edges != 0; edges &= edges - 1) {
-                const size_t at = base + static_cast<size_t>(std::countr_zero(edges));
-                if (inside) {
-                    pieces[count++] = line.substr(start, at - start);
-                    if (count == pieces.size())
-                        break;
-                } else {
-                    start = at;
-                }
-                inside = !inside;
-            }
+            // A bit where each piece starts and where each ends: starts and
+            // ends alternate, from the first start on.
+            uint64_t edges = solid ^ ((solid << 1) | solidBefore);
+            for (; edges != 0 && edgeCount < maxEdges; edges &= edges - 1)
+                bounds[edgeCount++] = base + static_cast<size_t>(std::countr_zero(edges));
             solidBefore = solid >> 63;
         }
-        if (inside && count < pieces.size())
-            pieces[count++] = line.substr(start);
+        // A piece still open ends with the line.
+        if (edgeCount % 2 != 0)
+            bounds[edgeCount++] = line.size();
         // Only a tab or a line end can stand at a piece's edge.
         if (blanks != 0) {
-            for (size_t i = 0; i < count; ++i) {
-                if (isBlank(pieces[i].front()) || isBlank(pieces[i].back()))
-                    pieces[i] = StringUtil::trimView(pieces[i]);
+            for (size_t i = 0; i < edgeCount; i += 2) {
+                const std::string_view piece = at(i / 2);
+                if (isBlank(piece.front()) || isBlank(piece.back())) {
+                    const std::string_view trimmed = StringUtil::trimView(piece);
+                    bounds[i] = static_cast<size_t>(trimmed.data() - line.data());
+                    bounds[i + 1] = bounds[i] + trimmed.size();
+                }
             }
         }
     }
 
     std::string_view at(size_t index) const
     {
-        if (index >= count)
+        if (2 * index >= edgeCount)
             throw MissingPiece{};
-        return pieces[index];
+        return text.substr(bounds[2 * index], bounds[2 * index + 1] - bounds[2 * index]);
     }
 
 private:
     static bool isBlank(char c) { return c == '\t' || c == '\n' || c == '\r'; }
 
-    // Only the first count are set.
-    std::array<std::string_view, 9> pieces;
-    size_t count = 0;
+    static constexpr size_t maxEdges = 18;
+    std::string_view text;
+    // Where each piece starts and ends; only the first edgeCount are set.
+    size_t bounds[maxEdges];
+    size_t edgeCount = 0;
 };
+
 
 // The four numbers of "hh:mm:ss:ff" (';' allowed before the frames), two
 // digits a field as nearly every EDL writes them, checked and read as two
@@ -585,19 +584,20 @@ void CmxParser::parseTimecode(std::string_view piece, PendingEvent& target, int 
 {
     static constexpr EventState badStates[4] = {EventState::BadSrcIn, EventState::BadSrcOut,
                                                 EventState::BadDstIn, EventState::BadDstOut};
-    auto& stored = target.timecodes[static_cast<size_t>(which)];
-    if (piece.size() != 11 || !readTwoDigitTimecode(piece.data(), stored)) {
+    std::array<uint8_t, 4> read;
+    if (piece.size() != 11 || !readTwoDigitTimecode(piece.data(), read)) {
         int fields[4];
         if (piece.size() > 11 || !Timecode::parseText(piece, fields)) {
             target.addState(badStates[which]);
             return;
         }
         for (size_t i = 0; i < 4; ++i)
-            stored[i] = static_cast<uint8_t>(fields[i]);
+            read[i] = static_cast<uint8_t>(fields[i]);
     }
+    target.timecodes[static_cast<size_t>(which)] = read;
     target.readTimecodes = static_cast<uint8_t>(target.readTimecodes | (1u << which));
-    if (stored[3] < 60)
-        ++frameHistogram[stored[3]];
+    if (read[3] < 60)
+        ++frameHistogram[read[3]];
 }
 
 void CmxParser::build(EventList& list)
