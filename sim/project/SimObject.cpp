@@ -277,6 +277,10 @@ IPtr<SimObject> SimObject::makePoint(double time, double value, bool segmentEnd)
     return point;
 }
 
+// A feature's session holds a million events and points, so a byte more
+// here is a megabyte more; a field added belongs in operator== as well.
+static_assert(sizeof(SimObject::Fields) <= 48);
+
 SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
 
 const SimObject::List& SimObject::automation() const

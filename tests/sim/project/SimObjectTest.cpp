@@ -127,9 +127,16 @@ TEST_F(SimObjectTest, TimesAreHostTimesAndAPartsEventsAreRelativeToThePart)
         {"kind": "part", "name": "scene", "start": "01:00:10:00", "end": "01:00:20:00", "events": [
           {"kind": "audio", "start": "00:00:01:00", "end": "00:00:04:00", "file": "a.wav", "offset": 0, "joinedToNext": true},
           {"kind": "audio", "start": "00:00:04:00", "end": "00:00:06:00", "file": "b.wav", "offset": 0}]},
-        {"kind": "audio", "start": "01:00:02:00", "end": "01:00:05:00", "file": "c.wav", "offset": 1}]}]})");
+        {"kind": "audio", "start": "01:00:02:00", "end": "01:00:05:00", "file": "c.wav", "offset": 1}],
+        "automation": [{"name": "Volume", "curveType": 1, "points": [{"time": 2, "value": 0.5}]}]}]})");
     SimObject& dx = *project->findTrack(u"DX");
     EXPECT_DOUBLE_EQ(project->getProjectStart(), 3600.0);
+    // An event's source offset and a point's value lie in one place: each
+    // kind answers only its own.
+    EXPECT_DOUBLE_EQ(dx.children()[1]->getOffset(nullptr), 1.0);
+    SimObject& point = *dx.automation()[0]->children()[0];
+    EXPECT_DOUBLE_EQ(point.getOffset(nullptr), 0.0);
+    EXPECT_FLOAT_EQ(point.getValue(), 0.5f);
     EXPECT_DOUBLE_EQ(project->getEnd(nullptr), 60.0);
 
     SimObject& part = *dx.children()[0];
