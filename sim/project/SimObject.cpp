@@ -812,12 +812,25 @@ void SimObject::settle() const
         return;
     // Found by their places in memory, among the list's pointers: asking
     // each child whether it still belongs here would fetch every child of a
-    // long track from the heap.
+    // long track from the heap. They mostly left in the list's order, so
+    // each child is first compared with the next to leave only; those that
+    // left out of order are then looked up among the rest.
     std::vector<const SimObject*> leaving = std::move(rareParts->leaving);
     rareParts->leaving = {};
-    std::sort(leaving.begin(), leaving.end());
-    std::erase_if(rareParts->childList.own(), [&leaving](const auto& child) {
-        return std::binary_search(leaving.begin(), leaving.end(), static_cast<const SimObject*>(child.get()));
+    List& list = rareParts->childList.own();
+    std::size_t next = 0;
+    std::erase_if(list, [&](const auto& child) {
+        if (next == leaving.size() || child.get() != leaving[next])
+            return false;
+        ++next;
+        return true;
+    });
+    if (next == leaving.size())
+        return;
+    const auto rest = leaving.begin() + static_cast<std::ptrdiff_t>(next);
+    std::sort(rest, leaving.end());
+    std::erase_if(list, [&](const auto& child) {
+        return std::binary_search(rest, leaving.end(), static_cast<const SimObject*>(child.get()));
     });
 }
 
