@@ -405,32 +405,35 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         };
         // The last point before the destination is the latest there.
         const bool pointAtLow = before != all.begin() && near((*std::prev(before))->get().start, low);
+        // Times within epsilon are one time, but the curve must stay in
+        // order to the last bit: a destination that was summed another way
+        // than the neighbouring paste's may lie a hair before it. The new
+        // points are moved onto their neighbours, never the old ones, each
+        // as it is placed: a long curve's copies are fetched once here.
+        double floor = before == all.begin() ? -unbounded : (*std::prev(before))->get().start;
+        const double ceiling = after == all.end() ? unbounded : (*after)->get().start;
         SimObject::List placed;
+        placed.reserve(points.size() + 2);
+        const auto put = [&](IPtr<SimObject> point) {
+            const double time = std::min(std::max(point->get().start, floor), ceiling);
+            if (time != point->get().start)
+                shift(*point, time - point->get().start);
+            floor = time;
+            placed.push_back(std::move(point));
+        };
         if (valueBefore && !clipped && !pointAtLow)
-            placed.push_back(newPoint(low, *valueBefore));
+            put(newPoint(low, *valueBefore));
         if (clipped && !at(points, low - position))
-            placed.push_back(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
+            put(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
         for (const auto& point : points) {
             if (point->get().start + position < low - epsilon)
                 continue;
             IPtr<SimObject> copied = fresh ? point : point->cloneTree();
             place(*copied, position);
-            placed.push_back(copied);
+            put(std::move(copied));
         }
         if (valueAfter && !(after != all.end() && near((*after)->get().start, end)))
-            placed.push_back(newPoint(end, *valueAfter));
-        // Times within epsilon are one time, but the curve must stay in
-        // order to the last bit: a destination that was summed another way
-        // than the neighbouring paste's may lie a hair before it. The new
-        // points are moved onto their neighbours, never the old ones.
-        double floor = before == all.begin() ? -unbounded : (*std::prev(before))->get().start;
-        const double ceiling = after == all.end() ? unbounded : (*after)->get().start;
-        for (const auto& point : placed) {
-            const double time = std::min(std::max(point->get().start, floor), ceiling);
-            if (time != point->get().start)
-                shift(*point, time - point->get().start);
-            floor = time;
-        }
+            put(newPoint(end, *valueAfter));
         automationTrack->replaceChildren(static_cast<std::size_t>(before - all.begin()),
                                          static_cast<std::size_t>(after - all.begin()), placed);
     }

@@ -850,29 +850,34 @@ void SimObject::replaceChildren(std::size_t first, std::size_t last, const List&
     List& kidsList = ownKids();
     last = std::min(last, kidsList.size());
     first = std::min(first, last);
-    if (times) {
-        const auto at = times->erase(times->begin() + static_cast<std::ptrdiff_t>(first),
-                                     times->begin() + static_cast<std::ptrdiff_t>(last));
-        std::vector<double> coming;
-        coming.reserve(list.size());
-        for (const auto& child : list)
-            coming.push_back(child->fields.start);
-        times->insert(at, coming.begin(), coming.end());
-        rareParts->pointTimes = std::move(times);
-    }
     // Those that stay keep their parent; only the ones that leave let go of
     // it and only the new ones take it, so a paste among a long list of
-    // points costs what it changes.
-    for (std::size_t i = first; i < last; ++i)
+    // points costs what it changes. Each is fetched once: one that leaves
+    // is let go of at once, a new one takes its parent, its project and
+    // gives its time.
+    for (std::size_t i = first; i < last; ++i) {
         kidsList[i]->parentNode = nullptr;
-    const auto at = kidsList.erase(kidsList.begin() + static_cast<std::ptrdiff_t>(first),
-                                   kidsList.begin() + static_cast<std::ptrdiff_t>(last));
-    kidsList.insert(at, list.begin(), list.end());
+        kidsList[i].reset();
+    }
+    std::vector<double> coming;
+    if (times)
+        coming.reserve(list.size());
     for (const auto& child : list) {
         child->parentNode = this;
         if (child->owner() != owner())
             child->bindTo(owner());
+        if (times)
+            coming.push_back(child->fields.start);
     }
+    if (times) {
+        const auto at = times->erase(times->begin() + static_cast<std::ptrdiff_t>(first),
+                                     times->begin() + static_cast<std::ptrdiff_t>(last));
+        times->insert(at, coming.begin(), coming.end());
+        rareParts->pointTimes = std::move(times);
+    }
+    const auto at = kidsList.erase(kidsList.begin() + static_cast<std::ptrdiff_t>(first),
+                                   kidsList.begin() + static_cast<std::ptrdiff_t>(last));
+    kidsList.insert(at, list.begin(), list.end());
 }
 
 void SimObject::appendAutomation(IPtr<SimObject> automationTrack)
