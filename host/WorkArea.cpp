@@ -282,26 +282,27 @@ void WorkArea::moveBack(Kelmar::IProjectEdit& edit, Absolute from, Absolute to, 
     for (const Track& track : onTracks) {
         // The range work leaves a locked track as it is.
         const bool takesAway = !track.isLocked();
-        std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> old;
+        // The walk sees the list as it was when it began: the old
+        // arrangement goes as it is met, while the host has just fetched it.
+        auto context = tracks.editContext(track.object().get());
         std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> behind;
         track.eachEvent([&](Kelmar::IProjectObject& event) {
             const double start = event.getStart(nullptr);
             const double end = event.getEnd(nullptr);
             if (start >= homeLow && end <= homeHigh)
-                old.push_back(Kelmar::shared(&event));
+                check(edit.removeObject(context.get(), &event));
             else if (takesAway && start >= insideLow && end <= insideHigh)
                 behind.push_back(Kelmar::shared(&event));
         });
-        auto context = tracks.editContext(track.object().get());
-        for (const auto& event : old)
-            check(edit.removeObject(context.get(), event.get()));
-        old = {};
         auto one = getService<Kelmar::IObjectList>(tracks.getServices());
         check(one->add(track.getHostTrack()));
         copyRange(edit, from, fromEnd, to, one.get());
-        for (const auto& event : behind)
+        // Each is let go of as soon as it is removed, while the host has just
+        // fetched it, not in a walk over all of them afterwards.
+        for (auto& event : behind) {
             check(edit.removeObject(context.get(), event.get()));
-        behind = {};
+            event.reset();
+        }
         if (takesAway)
             removePoints(edit, track, [insideLow, insideHigh](double time) { return time >= insideLow && time <= insideHigh; });
     }
@@ -316,25 +317,20 @@ void WorkArea::removePoints(Kelmar::IProjectEdit& edit, const Track& track, cons
         Kelmar::IPtr<Kelmar::IProjectObject> curve = Kelmar::owned(curves->next());
         if (!curve)
             break;
-        // Gathered first, then taken away once the walk is over: the walk
-        // stays on the list as it was, whatever the host's iterator makes of
-        // a removal, and the host need not keep that list for it.
-        std::vector<Kelmar::IPtr<Kelmar::IProjectObject>> going;
-        {
-            Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
-            while (points && !points->atEnd()) {
-                Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
-                if (!point)
-                    break;
-                if (goes(point->getStart(nullptr)))
-                    going.push_back(point);
-            }
-        }
-        if (going.empty())
-            continue;
-        auto context = tracks.editContext(curve.get());
-        for (const auto& point : going)
+        // The walk sees the list as it was when it began: a point goes as
+        // it is met, while the host has just fetched it.
+        Kelmar::IPtr<Kelmar::IEditContext> context;
+        Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(curve->getChildren());
+        while (points && !points->atEnd()) {
+            Kelmar::IPtr<Kelmar::IProjectObject> point = Kelmar::owned(points->next());
+            if (!point)
+                break;
+            if (!goes(point->getStart(nullptr)))
+                continue;
+            if (!context)
+                context = tracks.editContext(curve.get());
             check(edit.removeObject(context.get(), point.get()));
+        }
     }
 }
 

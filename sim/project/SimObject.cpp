@@ -798,10 +798,12 @@ bool SimObject::removeChild(SimObject* child)
     child->parentNode = nullptr;
     // Once a quarter of the list is leaving, those go at once: what a run
     // takes away is let go of while it goes on, and the list is moved only
-    // once for every quarter of it removed.
+    // once for every quarter of it removed. Not while a walk holds the list,
+    // though: a run that removes what it meets would have it copied; the
+    // next look at the list takes them out.
     std::vector<const SimObject*>& leaving = rare().leaving;
     leaving.push_back(child);
-    if (leaving.size() >= kids().size() / 4)
+    if (leaving.size() >= kids().size() / 4 && !rareParts->childList.shared())
         settle();
     return true;
 }

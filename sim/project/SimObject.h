@@ -121,6 +121,8 @@ public:
         ~ChildList();
 
         bool empty() const { return !block || block->items.empty(); }
+        // Whether a walk holds the list too.
+        bool shared() const { return block && block->holders > 1; }
         // The children; none for a list never made.
         const List& items() const;
         // The children to change: made on first use, copied first while a
