@@ -246,7 +246,8 @@ tresult SimEdit::copyRangeOnTracks(IProject* project, IObjectList* tracks, doubl
     const SimHost::OwnStep step(target, u"Copy Range");
     for (SimObject* track : chosen)
         if (track->isContentTrack() && !track->isLockedContent())
-            SimRangeEditor::paste(SimRangeEditor::copyTrack(*track, start, end), destination, end - start);
+            SimRangeEditor::paste(SimRangeEditor::copyTrack(*track, start, end, destination >= 0.0), destination,
+                                  end - start);
     return kResultOk;
 }
 

@@ -303,10 +303,12 @@ void SimRangeEditor::fitPart(SimObject& part, double low, double high)
     part.setFields(values);
 }
 
-SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end)
+SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end, bool pointsLater)
 {
     TrackCopy copy;
     copy.track = shared(&track);
+    if (pointsLater)
+        copy.pointsFrom = start;
     // Only the children near the range can reach into it; they are taken
     // in the track's order.
     for (const std::size_t index : track.childrenNear(start, end)) {
@@ -329,6 +331,10 @@ SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double sta
                 const double time = (*it)->get().start;
                 if (time >= end - epsilon)
                     break;
+                if (pointsLater) {
+                    points.push_back(*it);
+                    continue;
+                }
                 IPtr<SimObject> pointCopy = (*it)->cloneTree();
                 shift(*pointCopy, -start);
                 points.push_back(pointCopy);
@@ -426,9 +432,18 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         if (clipped && !at(points, low - position))
             put(newPoint(low, *valueAt(points, automationTrack->get().curveType, low - position)));
         for (const auto& point : points) {
-            if (point->get().start + position < low - epsilon)
+            IPtr<SimObject> copied = point;
+            // A curve's own point still to be copied (the edge points are
+            // new) is copied now, as copyTrack would have.
+            const bool copiedNow = copy.pointsFrom && point->parent();
+            if (copiedNow) {
+                copied = point->cloneTree();
+                shift(*copied, -*copy.pointsFrom);
+            }
+            if (copied->get().start + position < low - epsilon)
                 continue;
-            IPtr<SimObject> copied = fresh ? point : point->cloneTree();
+            if (!copiedNow && !fresh)
+                copied = point->cloneTree();
             place(*copied, position);
             put(std::move(copied));
         }

@@ -41,9 +41,17 @@ public:
         Kelmar::IPtr<SimObject> track;
         SimObject::List items;
         std::vector<std::pair<Kelmar::IPtr<SimObject>, SimObject::List>> automation;
+        // Set when the curves' lists hold, between their new edge points,
+        // the curves' own points, to be copied from a range starting here
+        // when they are pasted.
+        std::optional<double> pointsFrom;
     };
 
-    static TrackCopy copyTrack(SimObject& track, double start, double end);
+    // With `pointsLater`, the curves' points inside the range are copied by
+    // the paste of the copy, one by one as it places them, instead of all
+    // here first: a long curve's copies are then fetched once while new.
+    // Such a copy is for a paste at or after the project start only.
+    static TrackCopy copyTrack(SimObject& track, double start, double end, bool pointsLater = false);
     static void paste(const TrackCopy& copy, double position, double length);
     // The same with a copy made for this paste alone: its nodes are placed
     // themselves instead of being copied once more.
