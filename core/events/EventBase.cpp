@@ -149,12 +149,13 @@ bool allFourValid(const EventBase::LineFields& line, const Framerate& rate)
            && line.timecodes[2].isValid(rate) && line.timecodes[3].isValid(rate);
 }
 
+const Timecode unsetTimecode;
+
 // Timecode n of the line when all four are valid; otherwise an unset one,
 // for the timecodes to be set one after the other.
 const Timecode& startingTimecode(const EventBase::LineFields& line, bool allValid, int which)
 {
-    static const Timecode unset;
-    return allValid ? line.timecodes[which] : unset;
+    return allValid ? line.timecodes[which] : unsetTimecode;
 }
 
 } // namespace
