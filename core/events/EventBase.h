@@ -120,7 +120,6 @@ public:
     // most 4 GB from its start.
     void setEdlText(std::shared_ptr<const std::string> block, size_t offset, size_t length);
 
-
     void addState(EventState state) { states |= bitOf(state); }
     void removeState(EventState state) { states &= static_cast<uint16_t>(~bitOf(state)); }
     bool hasState(EventState state) const { return (states & bitOf(state)) != 0; }

@@ -161,12 +161,14 @@ private:
     size_t edgeCount = 0;
 };
 
-
 // The four numbers of "hh:mm:ss:ff" (';' allowed before the frames), two
 // digits a field as nearly every EDL writes them, checked and read as two
 // words at once; false, with fields untouched, for any other eleven bytes.
 bool readTwoDigitTimecode(const char* text, std::array<uint8_t, 4>& fields)
 {
+    // The words are read with their first byte lowest.
+    if constexpr (std::endian::native != std::endian::little)
+        return false;
     uint64_t head = 0; // "hh:mm:ss", byte 0 lowest
     std::memcpy(&head, text, 8);
     uint32_t tail = 0; // "s:ff"
@@ -184,8 +186,9 @@ bool readTwoDigitTimecode(const char* text, std::array<uint8_t, 4>& fields)
                         && ((head >> 16) & 0xFF) == ':' && ((head >> 40) & 0xFF) == ':';
     const uint32_t tailHighs = static_cast<uint32_t>(highs);
     const uint32_t tailZeros = static_cast<uint32_t>(zeros);
+    const uint32_t tailSixes = static_cast<uint32_t>(sixes);
     const bool tailOk = ((tail & tailHighs) & tailDigits) == (tailZeros & tailDigits)
-                        && (((tail + static_cast<uint32_t>(sixes)) & tailHighs) & tailDigits) == (tailZeros & tailDigits)
+                        && (((tail + tailSixes) & tailHighs) & tailDigits) == (tailZeros & tailDigits)
                         && (((tail >> 8) & 0xFF) | 1) == ';';
     if (!headOk || !tailOk)
         return false;
@@ -531,7 +534,8 @@ void CmxParser::addComment(std::string_view line, PendingEvent& target)
         if (clipName.empty())
             return;
         // The name stays where the line lands in the target's text.
-        target.clipStart = static_cast<uint32_t>(target.textLength + 1 + static_cast<size_t>(clipName.data() - line.data()));
+        const size_t inLine = static_cast<size_t>(clipName.data() - line.data());
+        target.clipStart = static_cast<uint32_t>(target.textLength + 1 + inLine);
         target.clipLength = static_cast<uint32_t>(clipName.size());
     }
     if (&target == &dummy)

@@ -68,7 +68,10 @@ private:
         std::array<std::array<uint8_t, 4>, 4> timecodes{};
         size_t line = 0;
 
-        void addState(EventState state) { formatStates = static_cast<uint16_t>(formatStates | (1u << static_cast<int>(state))); }
+        void addState(EventState state)
+        {
+            formatStates = static_cast<uint16_t>(formatStates | (1u << static_cast<int>(state)));
+        }
     };
 
     // sizeHint: the bytes the stream is expected to hold, to make room for
