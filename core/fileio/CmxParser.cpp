@@ -647,6 +647,7 @@ void CmxParser::build(EventList& list)
     arena.expect(pending.size());
     std::vector<EventPtr> built;
     built.reserve(pending.size());
+    report.eventLines.reserve(report.eventLines.size() + pending.size());
     for (const PendingEvent& waiting : pending) {
         // An event's text is held by 32-bit offsets.
         if (waiting.textStart > UINT32_MAX || waiting.textLength > UINT32_MAX - waiting.textStart) {
