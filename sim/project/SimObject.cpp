@@ -796,16 +796,21 @@ bool SimObject::removeChild(SimObject* child)
     noteListChange(false);
     dropChain();
     child->parentNode = nullptr;
+    rare().leaving.push_back(child);
+    settleIfDue();
+    return true;
+}
+
+void SimObject::settleIfDue() const
+{
     // Once a quarter of the list is leaving, those go at once: what a run
     // takes away is let go of while it goes on, and the list is moved only
     // once for every quarter of it removed. Not while a walk holds the list,
     // though: a run that removes what it meets would have it copied; the
-    // next look at the list takes them out.
-    std::vector<const SimObject*>& leaving = rare().leaving;
-    leaving.push_back(child);
-    if (leaving.size() >= kids().size() / 4 && !rareParts->childList.shared())
+    // walk's end takes them out.
+    if (rareParts && !rareParts->leaving.empty() && rareParts->leaving.size() >= kids().size() / 4
+        && !rareParts->childList.shared())
         settle();
-    return true;
 }
 
 void SimObject::settle() const
@@ -1147,7 +1152,7 @@ tresult SimObject::changeEnd(IEditContext*, double end, int32)
 IObjectIterator* SimObject::getChildren()
 {
     settle();
-    return new SimObjectIterator(rareParts ? rareParts->childList : ChildList());
+    return new SimObjectIterator(rareParts ? rareParts->childList : ChildList(), this);
 }
 
 IProjectObject* SimObject::getParent()

@@ -230,6 +230,9 @@ public:
     double timelineEnd() const;
     // Whether the node lies in its project's tree.
     bool isInProject() const;
+    // Takes the children that left out of the list once a quarter of it
+    // has, unless a walk holds it (see removeChild).
+    void settleIfDue() const;
     // The positions of the children that may lie in [start, end): those
     // that start before `end` and end after `start`, and markers that end no
     // earlier than a hair before it (a point there lies in the range), in

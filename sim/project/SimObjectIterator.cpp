@@ -2,7 +2,18 @@
 
 namespace montala::sim {
 
-SimObjectIterator::SimObjectIterator(SimObject::ChildList list) : list(std::move(list)) {}
+SimObjectIterator::SimObjectIterator(SimObject::ChildList list, SimObject* parent)
+    : list(std::move(list)), parent(Kelmar::shared(parent))
+{
+}
+
+SimObjectIterator::~SimObjectIterator()
+{
+    // The list is let go of first, so that the parent's is its own again.
+    list = SimObject::ChildList();
+    if (parent)
+        parent->settleIfDue();
+}
 
 Kelmar::tresult SimObjectIterator::queryInterface(const Kelmar::FUID& iid, void** obj)
 {

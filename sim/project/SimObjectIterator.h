@@ -10,7 +10,10 @@ namespace montala::sim {
 // walking do not disturb it (see SimObject::ChildList).
 class SimObjectIterator : public SimBase, public Kelmar::IObjectIterator {
 public:
-    explicit SimObjectIterator(SimObject::ChildList list);
+    // `parent`, when given, is the node whose children `list` holds: once
+    // the walk is over, it takes out what left its list during the walk.
+    explicit SimObjectIterator(SimObject::ChildList list, SimObject* parent = nullptr);
+    ~SimObjectIterator() override;
 
     Kelmar::tresult queryInterface(const Kelmar::FUID& iid, void** obj) override;
     KELMAR_FOBJECT_REFCOUNT
@@ -21,6 +24,7 @@ public:
 
 private:
     SimObject::ChildList list;
+    Kelmar::IPtr<SimObject> parent;
     std::size_t position = 0;
 };
 
