@@ -163,6 +163,29 @@ TEST_F(SimObjectTest, TimesAreHostTimesAndAPartsEventsAreRelativeToThePart)
     EXPECT_EQ(entry, nullptr);
 }
 
+TEST_F(SimObjectTest, ChildrenTakenOutDuringAWalkAreLetGoOfWhenTheWalkEnds)
+{
+    auto project = open(smallSession());
+    SimObject& dx = *project->findTrack(u"DX");
+    for (int i = 0; i < 8; ++i)
+        dx.appendChild(SimObject::makeAudioEvent(u"piece", 30.0 + i, 30.5 + i, "p.wav", 0.0));
+    const IPtr<SimObject> last = dx.children().back();
+    host->beginGroup();
+    IPtr<IObjectIterator> walk = owned(dx.getChildren());
+    while (!walk->atEnd()) {
+        IPtr<IProjectObject> child = owned(walk->next());
+        if (child->getStart(nullptr) >= 30.0) {
+            EXPECT_TRUE(dx.removeChild(simObject(child.get())));
+        }
+    }
+    // Undo keeps what it recorded; the list lets go of it once the walk is over.
+    const auto held = last->getRefCount();
+    walk = nullptr;
+    EXPECT_EQ(last->getRefCount(), held - 1);
+    EXPECT_EQ(dx.children().size(), 2u);
+    host->endGroup(project.get(), u"Remove");
+}
+
 TEST_F(SimObjectTest, FlagsSayWhatLeftTheProjectAndWhatChangedInTheOpenGroup)
 {
     auto project = open(smallSession());
