@@ -510,8 +510,6 @@ void Track::readAutomationValues(double until)
         Kelmar::IPtr<Kelmar::IProjectObject> trackObject = Kelmar::owned(tracks->next());
         if (!trackObject)
             break;
-        // An automation track without points keeps its place: the index is
-        // how the two sides of a seam find the same curve.
         std::vector<std::pair<double, float>> read;
         Kelmar::IPtr<Kelmar::IObjectIterator> points = Kelmar::owned(trackObject->getChildren());
         while (points && !points->atEnd()) {
