@@ -305,6 +305,7 @@ void SimRangeEditor::fitPart(SimObject& part, double low, double high)
 
 SimRangeEditor::TrackCopy SimRangeEditor::copyTrack(SimObject& track, double start, double end, bool pointsLater)
 {
+    const NodeHeap::Placing placing(track.heapPlace());
     TrackCopy copy;
     copy.track = shared(&track);
     if (pointsLater)
@@ -370,6 +371,7 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
         return;
     const bool clipped = position < 0.0 && low > position + epsilon;
     SimObject& track = *copy.track;
+    const NodeHeap::Placing placing(track.heapPlace());
     SimObject::List pasted;
     pasted.reserve(copy.items.size());
     for (const auto& item : copy.items) {
@@ -456,6 +458,7 @@ void SimRangeEditor::paste(const TrackCopy& copy, double position, double length
 
 void SimRangeEditor::deleteOnTrack(SimObject& track, double start, double end)
 {
+    const NodeHeap::Placing placing(track.heapPlace());
     SimObject::List children;
     bool changed = false;
     for (const auto& child : track.children()) {

@@ -94,9 +94,10 @@ namespace {
 // node itself does the work.
 class TrackNode final : public SimObject, public ITrack, public IMarkerTrack {
 public:
-    explicit TrackNode(ObjectKind kind) : SimObject(kind) {}
+    explicit TrackNode(ObjectKind kind) : SimObject(kind), place(NodeHeap::newPlace()) {}
     tresult queryInterface(const FUID& iid, void** obj) override { return SimObject::queryInterface(iid, obj); }
     KELMAR_FOBJECT_REFCOUNT
+    std::uint8_t heapPlace() const override { return place; }
     IObjectIterator* getAutomationTracks() override { return SimObject::getAutomationTracks(); }
     IAudioChainEntry* getAudioChain() override { return SimObject::getAudioChain(); }
     tresult setToggle(const char8* name, bool on) override { return SimObject::setToggle(name, on); }
@@ -108,6 +109,9 @@ protected:
         return answerInterface<ITrack>(this, iid, obj)
                || (kind() == ObjectKind::MarkerTrack && answerInterface<IMarkerTrack>(this, iid, obj));
     }
+
+private:
+    const std::uint8_t place;
 };
 
 class AudioEventNode final : public SimObject, public IAudioChainEvent {

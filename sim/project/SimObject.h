@@ -12,6 +12,7 @@
 #include "kelmar/project/IRangeMarker.h"
 #include "kelmar/project/ITrack.h"
 #include "kelmar/project/IVideoEvent.h"
+#include "sim/project/NodeHeap.h"
 #include "sim/project/SimBase.h"
 #include "sim/project/SimSharedText.h"
 
@@ -138,6 +139,15 @@ public:
     };
 
     static Kelmar::IPtr<SimObject> create(ObjectKind kind);
+#ifndef __SANITIZE_ADDRESS__
+    // Nodes come from the heap's place for the track being worked on (see
+    // NodeHeap); the address sanitizer watches them in the general heap.
+    static void* operator new(std::size_t size) { return NodeHeap::allocate(size); }
+    static void operator delete(void* memory, std::size_t size) noexcept { NodeHeap::release(memory, size); }
+#endif
+    // Where the nodes of this track are made (see NodeHeap); 0 for any
+    // other node.
+    virtual std::uint8_t heapPlace() const { return 0; }
     // Shorthands for building a project by hand; times as in Fields.
     static Kelmar::IPtr<SimObject> makeTrack(ObjectKind kind, std::u16string name);
     static Kelmar::IPtr<SimObject> makeAudioEvent(std::u16string name, double start, double end, std::string file,

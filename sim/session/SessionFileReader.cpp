@@ -376,6 +376,8 @@ private:
                                         ObjectKind::Folder, ObjectKind::RulerTrack},
                                        "track", fields.at("kind"));
         IPtr<SimObject> result = SimObject::create(kind);
+        // The track's events and points lie together, in time order.
+        const NodeHeap::Placing placing(result->heapPlace());
         SimObject::Fields values;
         if (const Json* name = fields.find("name"))
             values.name = Kelmar::String::utf8ToUtf16(textOf(*name, fields.at("name")));

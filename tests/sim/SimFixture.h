@@ -3,6 +3,7 @@
 #include "kelmar/base/IPtr.h"
 #include "kelmar/base/String.h"
 #include "sim/session/SessionFile.h"
+#include "sim/project/NodeHeap.h"
 #include "sim/project/SimBase.h"
 #include "sim/services/SimHost.h"
 #include "sim/project/SimPlayback.h"
@@ -24,6 +25,7 @@ protected:
         host->shutdown();
         host.reset();
         EXPECT_EQ(SimBase::liveObjects(), objectsBefore) << "objects of the simulator are still referenced";
+        EXPECT_EQ(NodeHeap::blocksInUse(), blocksBefore) << "the nodes' blocks are not all back in stock";
     }
 
     // A project read from session text, opened and active.
@@ -90,6 +92,7 @@ protected:
 
 private:
     long objectsBefore = SimBase::liveObjects();
+    std::size_t blocksBefore = NodeHeap::blocksInUse();
 
 protected:
     Kelmar::IPtr<SimHost> host = SimHost::create();
