@@ -1,7 +1,12 @@
 #include "sim/project/NodeHeap.h"
 
 #include <atomic>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
+#include <iterator>
+#include <map>
+#include <memory>
 #include <new>
 
 namespace montala::sim {
@@ -9,12 +14,34 @@ namespace montala::sim {
 namespace {
 
 constexpr std::size_t blockSize = 16 * 1024;
-// Blocks are taken from the system a megabyte at a time.
+// Blocks are taken from the general heap a megabyte at a time, and a
+// megabyte whose blocks are all empty again goes back to it, so that memory
+// a project or a run let go of serves whatever comes next.
 constexpr std::size_t blocksPerChunk = 64;
+constexpr std::size_t chunkSize = blockSize * blocksPerChunk;
+constexpr std::uint64_t allBlocks = ~std::uint64_t{0};
+// Chunks kept when all their blocks are empty, against taking and giving
+// back the same megabyte over and over.
+constexpr std::size_t idleLimit = 2;
 // Node classes need no more than pointer alignment; a finer grain than the
 // general heap's 16 bytes is what lets an event take 104 bytes, not 112.
 constexpr std::size_t grain = alignof(void*);
 constexpr std::size_t sizeClasses = NodeHeap::largest / grain + 1;
+
+struct Chunk {
+    Chunk() = default;
+    Chunk(const Chunk&) = delete;
+    Chunk& operator=(const Chunk&) = delete;
+    ~Chunk() { std::free(memory); }
+
+    char* memory = nullptr;
+    // In the list of chunks with empty blocks.
+    Chunk* previous = nullptr;
+    Chunk* next = nullptr;
+    // A bit for each empty block.
+    std::uint64_t empty = allBlocks;
+    bool listed = false;
+};
 
 // The head of a block; its slots follow.
 struct Block {
@@ -76,31 +103,73 @@ private:
 struct Heap {
     SpinLock lock;
     Pool pools[NodeHeap::places][sizeClasses];
-    // Empty blocks, linked by `next`.
-    Block* stock = nullptr;
-    // The rest of the latest chunk, never used yet.
-    char* fresh = nullptr;
-    std::size_t freshBlocks = 0;
+    Chunk* withEmpty = nullptr;
+    // Every chunk by where its memory begins.
+    std::map<std::uintptr_t, std::unique_ptr<Chunk>> chunks;
+    std::size_t idle = 0;
     std::size_t inUse = 0;
     std::uint8_t lastPlace = 0;
 
-    Block* takeBlock()
+    void link(Chunk* chunk)
     {
-        if (stock) {
-            Block* block = stock;
-            stock = block->next;
-            return block;
-        }
-        if (freshBlocks == 0) {
-            fresh = static_cast<char*>(std::aligned_alloc(blockSize, blockSize * blocksPerChunk));
-            if (!fresh)
+        chunk->previous = nullptr;
+        chunk->next = withEmpty;
+        if (withEmpty)
+            withEmpty->previous = chunk;
+        withEmpty = chunk;
+        chunk->listed = true;
+    }
+
+    void unlink(Chunk* chunk)
+    {
+        if (chunk->previous)
+            chunk->previous->next = chunk->next;
+        else
+            withEmpty = chunk->next;
+        if (chunk->next)
+            chunk->next->previous = chunk->previous;
+        chunk->previous = chunk->next = nullptr;
+        chunk->listed = false;
+    }
+
+    void* takeBlock()
+    {
+        Chunk* chunk = withEmpty;
+        if (!chunk) {
+            auto made = std::make_unique<Chunk>();
+            made->memory = static_cast<char*>(std::aligned_alloc(blockSize, chunkSize));
+            if (!made->memory)
                 return nullptr;
-            freshBlocks = blocksPerChunk;
+            chunk = made.get();
+            chunks.emplace(reinterpret_cast<std::uintptr_t>(chunk->memory), std::move(made));
+            link(chunk);
+            ++idle;
         }
-        auto* block = reinterpret_cast<Block*>(fresh);
-        fresh += blockSize;
-        --freshBlocks;
-        return block;
+        if (chunk->empty == allBlocks)
+            --idle;
+        const int index = std::countr_zero(chunk->empty);
+        chunk->empty &= ~(std::uint64_t{1} << index);
+        if (chunk->empty == 0)
+            unlink(chunk);
+        return chunk->memory + static_cast<std::size_t>(index) * blockSize;
+    }
+
+    void putBack(Block* block) noexcept
+    {
+        const auto address = reinterpret_cast<std::uintptr_t>(block);
+        const auto holding = std::prev(chunks.upper_bound(address));
+        Chunk* chunk = holding->second.get();
+        if (!chunk->listed)
+            link(chunk);
+        chunk->empty |= std::uint64_t{1} << ((address - holding->first) / blockSize);
+        if (chunk->empty != allBlocks)
+            return;
+        if (idle < idleLimit) {
+            ++idle;
+            return;
+        }
+        unlink(chunk);
+        chunks.erase(holding);
     }
 };
 
@@ -174,8 +243,7 @@ void NodeHeap::release(void* memory, std::size_t size) noexcept
     if (--block->live == 0) {
         if (block->listed)
             pool.unlink(block);
-        block->next = h.stock;
-        h.stock = block;
+        h.putBack(block);
         --h.inUse;
     } else if (!block->listed) {
         pool.link(block);

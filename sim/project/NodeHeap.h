@@ -14,10 +14,10 @@ namespace montala::sim {
 // of a feature's memory, and moving them home fetched each from far away;
 // here they lie in blocks of their own track, in the order they were made.
 //
-// Each place keeps blocks of 16 KiB per node size; a block that empties goes
-// back to a common stock for any place and size. Nodes larger than `largest`
-// come from the general heap. Memory taken for blocks is kept for later
-// nodes, not given back.
+// Each place keeps blocks of 16 KiB per node size; a block that empties is
+// free for any place and size, and a megabyte of blocks that all empty goes
+// back to the general heap. Nodes larger than `largest` come from the
+// general heap.
 //
 // Nodes are made and let go of on the thread that runs the project; a lock
 // still keeps the blocks whole should another thread let go of the last
@@ -47,7 +47,7 @@ public:
         std::uint8_t previous;
     };
 
-    // Blocks handed out and not yet back in the stock: for tests.
+    // Blocks holding nodes: for tests.
     static std::size_t blocksInUse();
 };
 

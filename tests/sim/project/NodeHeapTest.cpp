@@ -72,5 +72,34 @@ TEST(NodeHeapTest, TracksMadeInTurnKeepTheirOwnBlocksWholeAndGiveThemAllBack)
     EXPECT_EQ(NodeHeap::blocksInUse(), blocksBefore);
 }
 
+// Megabytes of nodes made, let go of in an order that empties blocks all
+// over, and made again, twice: blocks and whole megabytes that went back
+// are handed out again without two nodes sharing room.
+TEST(NodeHeapTest, MemoryLetGoOfAndTakenAgainNeverHoldsTwoNodesAtOnce)
+{
+    const std::size_t blocksBefore = NodeHeap::blocksInUse();
+    const NodeHeap::Placing placing(NodeHeap::newPlace());
+    std::vector<Slot> slots(40000);
+    for (int round = 0; round < 3; ++round) {
+        for (std::size_t i = 0; i < slots.size(); ++i) {
+            const std::size_t size = i % 3 == 0 ? 120 : 104;
+            slots[i] = {static_cast<unsigned char*>(NodeHeap::allocate(size)), size,
+                        static_cast<unsigned char>(i * 7 + static_cast<std::size_t>(round))};
+            std::memset(slots[i].memory, slots[i].mark, size);
+        }
+        for (std::size_t step : {5u, 2u, 1u}) {
+            for (std::size_t i = 0; i < slots.size(); i += step) {
+                if (!slots[i].memory)
+                    continue;
+                for (std::size_t b = 0; b < slots[i].size; ++b)
+                    ASSERT_EQ(slots[i].memory[b], slots[i].mark) << "slots overlap in round " << round;
+                NodeHeap::release(slots[i].memory, slots[i].size);
+                slots[i].memory = nullptr;
+            }
+        }
+        EXPECT_EQ(NodeHeap::blocksInUse(), blocksBefore);
+    }
+}
+
 } // namespace
 } // namespace montala::sim
