@@ -60,32 +60,37 @@ struct Block {
 };
 constexpr std::uint32_t firstSlot = (sizeof(Block) + grain - 1) / grain * grain;
 
-// One place's blocks of one size with room in them; the first is used first.
-struct Pool {
-    Block* withRoom = nullptr;
+// A list through its items' own links, and their flag of being in it; the
+// first is used first.
+template <typename Item>
+struct Listed {
+    Item* first = nullptr;
 
-    void link(Block* block)
+    void link(Item* item)
     {
-        block->previous = nullptr;
-        block->next = withRoom;
-        if (withRoom)
-            withRoom->previous = block;
-        withRoom = block;
-        block->listed = true;
+        item->previous = nullptr;
+        item->next = first;
+        if (first)
+            first->previous = item;
+        first = item;
+        item->listed = true;
     }
 
-    void unlink(Block* block)
+    void unlink(Item* item)
     {
-        if (block->previous)
-            block->previous->next = block->next;
+        if (item->previous)
+            item->previous->next = item->next;
         else
-            withRoom = block->next;
-        if (block->next)
-            block->next->previous = block->previous;
-        block->previous = block->next = nullptr;
-        block->listed = false;
+            first = item->next;
+        if (item->next)
+            item->next->previous = item->previous;
+        item->previous = item->next = nullptr;
+        item->listed = false;
     }
 };
+
+// One place's blocks of one size with room in them.
+using Pool = Listed<Block>;
 
 class SpinLock {
 public:
@@ -103,38 +108,16 @@ private:
 struct Heap {
     SpinLock lock;
     Pool pools[NodeHeap::places][sizeClasses];
-    Chunk* withEmpty = nullptr;
+    Listed<Chunk> withEmpty;
     // Every chunk by where its memory begins.
     std::map<std::uintptr_t, std::unique_ptr<Chunk>> chunks;
     std::size_t idle = 0;
     std::size_t inUse = 0;
     std::uint8_t lastPlace = 0;
 
-    void link(Chunk* chunk)
-    {
-        chunk->previous = nullptr;
-        chunk->next = withEmpty;
-        if (withEmpty)
-            withEmpty->previous = chunk;
-        withEmpty = chunk;
-        chunk->listed = true;
-    }
-
-    void unlink(Chunk* chunk)
-    {
-        if (chunk->previous)
-            chunk->previous->next = chunk->next;
-        else
-            withEmpty = chunk->next;
-        if (chunk->next)
-            chunk->next->previous = chunk->previous;
-        chunk->previous = chunk->next = nullptr;
-        chunk->listed = false;
-    }
-
     void* takeBlock()
     {
-        Chunk* chunk = withEmpty;
+        Chunk* chunk = withEmpty.first;
         if (!chunk) {
             auto made = std::make_unique<Chunk>();
             made->memory = static_cast<char*>(std::aligned_alloc(blockSize, chunkSize));
@@ -142,7 +125,7 @@ struct Heap {
                 return nullptr;
             chunk = made.get();
             chunks.emplace(reinterpret_cast<std::uintptr_t>(chunk->memory), std::move(made));
-            link(chunk);
+            withEmpty.link(chunk);
             ++idle;
         }
         if (chunk->empty == allBlocks)
@@ -150,7 +133,7 @@ struct Heap {
         const int index = std::countr_zero(chunk->empty);
         chunk->empty &= ~(std::uint64_t{1} << index);
         if (chunk->empty == 0)
-            unlink(chunk);
+            withEmpty.unlink(chunk);
         return chunk->memory + static_cast<std::size_t>(index) * blockSize;
     }
 
@@ -160,7 +143,7 @@ struct Heap {
         const auto holding = std::prev(chunks.upper_bound(address));
         Chunk* chunk = holding->second.get();
         if (!chunk->listed)
-            link(chunk);
+            withEmpty.link(chunk);
         chunk->empty |= std::uint64_t{1} << ((address - holding->first) / blockSize);
         if (chunk->empty != allBlocks)
             return;
@@ -168,7 +151,7 @@ struct Heap {
             ++idle;
             return;
         }
-        unlink(chunk);
+        withEmpty.unlink(chunk);
         chunks.erase(holding);
     }
 };
@@ -199,7 +182,7 @@ void* NodeHeap::allocate(std::size_t size)
     Heap& h = heap();
     Locked locked(h);
     Pool& pool = h.pools[currentPlace][sizeClass];
-    Block* block = pool.withRoom;
+    Block* block = pool.first;
     if (!block) {
         void* room = h.takeBlock();
         if (!room)
