@@ -84,8 +84,9 @@ juce::Colour partOf(juce::PixelARGB opaque, int level)
 bool TimeLineRowPainter::canPaint(juce::Graphics& g)
 {
     juce::LowLevelGraphicsContext& context = g.getInternalContext();
+    const float density = context.getPhysicalPixelScaleFactor();
     return dynamic_cast<juce::LowLevelGraphicsSoftwareRenderer*>(&context) != nullptr &&
-           context.getPhysicalPixelScaleFactor() == 1.0f;
+           (density == 1.0f || density == 2.0f || density == 4.0f);
 }
 
 bool TimeLineRowPainter::canFill(juce::Colour colour)
@@ -94,6 +95,26 @@ bool TimeLineRowPainter::canFill(juce::Colour colour)
 }
 
 void TimeLineRowPainter::paint(juce::Graphics& g, const std::vector<Fill>& fills, int top, int bottom)
+{
+    const auto density = static_cast<int>(g.getInternalContext().getPhysicalPixelScaleFactor());
+    if (density == 1) {
+        paintPixels(g, fills, top, bottom);
+        return;
+    }
+    // On a denser display the rows are painted in device pixels: the context
+    // scaled back to one unit a pixel, the fills' edges and the rows scaled
+    // up. Both scales are powers of two, so every edge lands where the
+    // display's own scaling of a path puts it.
+    const juce::Graphics::ScopedSaveState saved(g);
+    g.addTransform(juce::AffineTransform::scale(1.0f / static_cast<float>(density)));
+    const auto scale = static_cast<float>(density);
+    inDevicePixels.clear();
+    for (const Fill& fill : fills)
+        inDevicePixels.push_back({fill.left * scale, fill.right * scale, fill.colour});
+    paintPixels(g, inDevicePixels, top * density, bottom * density);
+}
+
+void TimeLineRowPainter::paintPixels(juce::Graphics& g, const std::vector<Fill>& fills, int top, int bottom)
 {
     const juce::Rectangle<int> clip = g.getClipBounds();
     if (fills.empty() || clip.isEmpty() || bottom <= clip.getY() || top >= clip.getBottom())

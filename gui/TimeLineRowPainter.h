@@ -41,10 +41,10 @@ public:
     };
 
     // Whether the context draws the way this painter reproduces: JUCE's own
-    // software renderer, at one device pixel per unit, moved by whole pixels
-    // and clipped to whole-pixel rectangles, as a component's paint is.
-    // Elsewhere (scaled displays, native renderers) the strip fills its
-    // rectangles as paths.
+    // software renderer, at one, two or four device pixels per unit, moved
+    // by whole pixels and clipped to whole-pixel rectangles, as a
+    // component's paint is. Elsewhere (displays scaled by 150%, native
+    // renderers) the strip fills its rectangles as paths.
     static bool canPaint(juce::Graphics& g);
     // Whether a fill of this colour can be reproduced: an opaque one whose
     // partly covered edges have an exact counterpart over whole pixels,
@@ -56,6 +56,10 @@ public:
     void paint(juce::Graphics& g, const std::vector<Fill>& fills, int top, int bottom);
 
 private:
+    // Paints at one device pixel per unit.
+    void paintPixels(juce::Graphics& g, const std::vector<Fill>& fills, int top, int bottom);
+
+    std::vector<Fill> inDevicePixels;
     // Per column of the clip: the last fill to cover it whole (-1: none),
     // and for a covered column its colour as far as the fills go.
     std::vector<int> lastWhole;

@@ -90,6 +90,20 @@ TEST(TimeLineRowPainterTest, PaintsTheSameBytesAsFillingEachRectangleAsAPath)
         // Edges on 1/64 pixel stay exact when moved by whole pixels.
         {"moved by a whole-pixel origin", juce::Image::RGB, [](juce::Graphics& g) { g.setOrigin(18, 3); },
          scatter(500, 0.0f, 260.0f, 1.0f, 30.0f, 64.0f)},
+        // A display of twice or four times the density, the strip moved by
+        // whole pixels on it; the rows are then 70 or 140 device pixels high.
+        {"on a display of twice the density", juce::Image::ARGB,
+         [](juce::Graphics& g) {
+             g.addTransform(juce::AffineTransform::scale(2.0f));
+             g.setOrigin(3, -9);
+         },
+         scatter(3000, 0.0f, 140.0f, 0.1f, 20.0f, 1e6f)},
+        {"on a display of four times the density", juce::Image::RGB,
+         [](juce::Graphics& g) {
+             g.addTransform(juce::AffineTransform::scale(4.0f));
+             g.setOrigin(1, -10);
+         },
+         scatter(200, 0.0f, 70.0f, 0.1f, 10.0f, 64.0f)},
     };
     for (const Scene& scene : scenes) {
         SCOPED_TRACE(scene.name);
