@@ -284,6 +284,11 @@ IPtr<SimObject> SimObject::makePoint(double time, double value, bool segmentEnd)
 // A feature's session holds a million events and points, so a byte more
 // here is a megabyte more; a field added belongs in operator== as well.
 static_assert(sizeof(SimObject::Fields) <= 48);
+// The node heap hands out slots aligned for pointers only.
+static_assert(alignof(TrackNode) <= alignof(void*) && alignof(AudioEventNode) <= alignof(void*) &&
+              alignof(VideoEventNode) <= alignof(void*) && alignof(MarkerNode) <= alignof(void*) &&
+              alignof(AutomationTrackNode) <= alignof(void*) && alignof(PointNode) <= alignof(void*) &&
+              alignof(PlainNode) <= alignof(void*));
 
 SimObject::SimObject(ObjectKind kind) : objectKind(kind) {}
 
