@@ -105,9 +105,9 @@ void TimeLineRowPainter::paint(juce::Graphics& g, const std::vector<Fill>& fills
     // scaled back to one unit a pixel, the fills' edges and the rows scaled
     // up. Both scales are powers of two, so every edge lands where the
     // display's own scaling of a path puts it.
-    const juce::Graphics::ScopedSaveState saved(g);
-    g.addTransform(juce::AffineTransform::scale(1.0f / static_cast<float>(density)));
     const auto scale = static_cast<float>(density);
+    const juce::Graphics::ScopedSaveState saved(g);
+    g.addTransform(juce::AffineTransform::scale(1.0f / scale));
     inDevicePixels.clear();
     for (const Fill& fill : fills)
         inDevicePixels.push_back({fill.left * scale, fill.right * scale, fill.colour});

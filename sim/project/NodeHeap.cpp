@@ -53,7 +53,6 @@ struct Block {
     std::uint32_t live = 0;
     // Where the slots never handed out begin.
     std::uint32_t untouched = 0;
-    std::uint32_t slotSize = 0;
     std::uint8_t place = 0;
     std::uint8_t sizeClass = 0;
     bool listed = false;
@@ -126,10 +125,9 @@ struct Heap {
             chunk = made.get();
             chunks.emplace(reinterpret_cast<std::uintptr_t>(chunk->memory), std::move(made));
             withEmpty.link(chunk);
-            ++idle;
-        }
-        if (chunk->empty == allBlocks)
+        } else if (chunk->empty == allBlocks) {
             --idle;
+        }
         const int index = std::countr_zero(chunk->empty);
         chunk->empty &= ~(std::uint64_t{1} << index);
         if (chunk->empty == 0)
@@ -189,7 +187,6 @@ void* NodeHeap::allocate(std::size_t size)
             throw std::bad_alloc();
         block = new (room) Block;
         block->untouched = firstSlot;
-        block->slotSize = slotSize;
         block->place = currentPlace;
         block->sizeClass = static_cast<std::uint8_t>(sizeClass);
         ++h.inUse;

@@ -25,7 +25,7 @@ protected:
         host->shutdown();
         host.reset();
         EXPECT_EQ(SimBase::liveObjects(), objectsBefore) << "objects of the simulator are still referenced";
-        EXPECT_EQ(NodeHeap::blocksInUse(), blocksBefore) << "the nodes' blocks are not all back in stock";
+        EXPECT_EQ(NodeHeap::blocksInUse(), blocksBefore) << "blocks of the simulator's nodes are still in use";
     }
 
     // A project read from session text, opened and active.
